@@ -1,0 +1,13 @@
+// os_buffer.h: the kit's aligned buffer allocator.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+// A buffer of at least dwSize bytes aligned to dwAlignment (a power of two), or null.
+void* oxOsBufferCreateAligned(uint64_t dwSize, uint64_t dwAlignment, uint32_t dwFlags);
+// Frees a buffer of this allocator: 0 on success, non-zero (nothing freed) for null or a
+// pointer that this allocator did not hand out.
+int oxOsBufferFree(void* pBuffer);
+// Test hook: the next n allocations succeed, every later one fails, until reset with -1.
+void oxOsBufferFailAfter(int n);

@@ -1,0 +1,8 @@
+// test_main.cpp: the GoogleTest entry point shared by every test executable.
+#include <gtest/gtest.h>
+
+int main(int argc, char** argv)
+{
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
