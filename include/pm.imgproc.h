@@ -254,6 +254,45 @@ KAIP_API char* KaipGetStatusMsg(KaipStatus status, char* pszBuffer, uint64_t dwB
 /* ==== end bayer ===================================================================== */
 
 /* ==== lut =========================================================================== */
+
+/* LUT objects. A look-up table maps every input sample of one depth to an output value,
+ * separately for red, green and blue (monochrome data uses the green table). A LUT object is
+ * made by KaipAllocateLut from a type word: the depth in the low byte (KAIP_LUT_ALL_DEPTHS
+ * makes a universal object holding an 8-, a 10- and a 12-bit table kept in step) and the
+ * Bayer flags, which add the tables the Bayer decoders read. Every other bit is stored as
+ * given and ignored.
+ *
+ * Handles: (KaipHLut)1 names the global LUT, one universal LUT with both Bayer flags that
+ * every caller of the process shares and may change (without locking). A null handle means
+ * the global LUT as well for the reset, set, get, builder functions and KaipApplyLut; the
+ * Bayer decoders read identity tables for it instead, and the mirror does no lookup.
+ * Any other handle must be one returned by KaipAllocateLut and not yet freed: the library
+ * cannot detect a pointer to anything else, and reads or writes through it as a LUT. */
+#define KAIP_LUT_ALL_DEPTHS 0x00000000u /* universal object: 8-, 10- and 12-bit tables */
+#define KAIP_LUT_8BIT       0x00000008u
+#define KAIP_LUT_10BIT      0x0000000Au
+#define KAIP_LUT_12BIT      0x0000000Cu
+#define KAIP_LUT_BAYER      0x00010000u /* 10/12-bit tables also give 8-bit Bayer outputs */
+#define KAIP_LUT_BAYER_16   0x00100000u /* with KAIP_LUT_BAYER: replicated 16/32-bit Bayer tables */
+
+/* Channel selectors of the single-value functions; any other value addresses no table. */
+#define KAIP_LUT_CHANNEL_MONO  0x502D0000u /* the green table */
+#define KAIP_LUT_CHANNEL_RED   0x502D0001u
+#define KAIP_LUT_CHANNEL_GREEN 0x502D0002u
+#define KAIP_LUT_CHANNEL_BLUE  0x502D0003u
+
+/* Returns a new LUT object of the given type, set to identity, or null. An unknown depth
+ * byte gives null (and a log line). When memory runs out the global LUT is reset to
+ * identity and null is returned. */
+KAIP_API KaipHLut KaipAllocateLut(uint32_t dwLutType);
+
+/* Frees an object made by KaipAllocateLut. Returns 0; KASTATUS_KAIP_INVALID_LUT_HANDLE for
+ * null or 1 (the global LUT cannot be freed). */
+KAIP_API KaipStatus KaipFreeLut(KaipHLut hLut);
+
+/* Sets a LUT back to identity (null or 1: the global LUT). Returns 0;
+ * KASTATUS_KAIP_INVALID_LUT_HANDLE for an object with an unknown depth byte. */
+KAIP_API KaipStatus KaipResetLut(KaipHLut hLut);
 /* ==== end lut ======================================================================= */
 
 /* ==== geometry ====================================================================== */
@@ -355,9 +394,287 @@ KAIP_API KaipStatus KaipFillWithColor(KaipImgInfo* pImgInfo, uint8_t red, uint8_
 /* ==== end geometry ================================================================== */
 
 /* ==== matrix ======================================================================== */
+
+/* Colour matrices and 3x3 kernels are nine int32_t entries in row-major order, in
+ * thousandths: KaipMatrix_One (1000) stands for 1.0. A colour matrix's rows are the output
+ * channels red, green, blue and its columns the input channels red, green, blue, whatever
+ * the byte order of the format. A kernel's rows are the previous, the same and the next
+ * line in memory order (whatever KaipImgFlag_BottomUp says), its columns left, same, right;
+ * it is applied as written and divided by 1000. */
+#define KaipMatrix_One                1000
+
+/* Sharpness range of KaipSet3x3MatrixSharpening: -100 smooths most, 0 is the identity. */
+#define KaipSharpness_Min             (-100)
+#define KaipSharpness_Max             100
+
+/* Option of KaipSet3x3MatrixSharpening: weight all eight neighbours (else only the four
+ * edge neighbours, with the corners 0). */
+#define KaipSharpening_AllNeighbours  0x00000001u
+
+/* Multiplies every pixel of a packed RGB/BGR image by the colour matrix piMatrix and writes
+ * the result into pDstImgInfo, or back into the source when pDstImgInfo is null.
+ * Formats: BGR8Packed, BGRA8Packed, RGB8Packed, RGBA8Packed (8 bits), BGR10Packed,
+ * RGB10Packed (10 bits in 16-bit words), BGR12Packed, RGB12Packed (12 bits), BGR16,
+ * RGB16Packed (16 bits). Each entry becomes the 16.16 fixed-point coefficient
+ * entry x 65.536 truncated toward zero (1 gives 65); each output channel is the sum of the
+ * three products (32-bit arithmetic, 64-bit for the 16-bit formats), 0 below 0, the
+ * format's maximum above it, else shifted right by 16. With a LUT each channel is then
+ * replaced by the entry of its own table (red, green, blue). The fourth byte of
+ * BGRA8/RGBA8 destination pixels is not written.
+ * The destination must match the source in size, format, colour planes and orientation;
+ * with KaipOption_ReallocateDst in dwOptions a misfit is rebuilt from the source's size and
+ * format with the other dwOptions bits as flags.
+ * hLut: null = no LUT; (KaipHLut)1 = the global LUT; otherwise a LUT object holding a body
+ * of the format's depth (8, 10 or 12). The 16-bit formats ignore hLut.
+ * Returns 0; the statuses of the common checks (KASTATUS_KAIP_INVALID_SRC_POINTER,
+ * ..._IMGINFO_NOT_INITIALIZED, ..._SRC_NOT_ALLOCATED, ..._UNSUPPORTED_SRC_PIXEL_FORMAT,
+ * ..._COLOR_PLANES_NOT_SUPPORTED, ..._INCOMPATIBLE_SIZE, ..._INCOMPATIBLE_SRC_DST_PIXEL_FORMAT,
+ * ..._DST_NOT_ALLOCATED, ..._INCOMPATIBLE_FLAGS) and of the reallocation
+ * (..._INVALID_PIXEL_FORMAT, ..._MEMORY_ALLOC_FAILED); KASTATUS_KAIP_INVALID_POINTER for a
+ * null piMatrix; KASTATUS_KAIP_INVALID_LUT_TYPE when hLut has no body of the format's
+ * depth; KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED when dwOptions would rebuild the
+ * destination in colour-planes mode. Nothing is written to pixels on a refusal. */
+KAIP_API KaipStatus KaipApplyRgbColorCorrection(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                                                const int32_t* piMatrix, uint32_t dwOptions, KaipHLut hLut);
+
+/* Fills piMatrix with the colour matrix of a saturation in percent (100 = unchanged,
+ * 0 = grey, above 100 = stronger colours). With s = dwSaturation / 100.0 and the luma
+ * weights 0.299, 0.587, 0.114, each entry is computed in double precision and truncated:
+ * diagonal (0.701 s + 0.299), (0.413 s + 0.587), (0.886 s + 0.114); off the diagonal
+ * (1 - s) x the weight of the input column; all x 1000. 0 gives 299, 587, 114 in every row;
+ * 100 the identity; 150 gives 1350, -293, -57 / -149, 1206, -57 / -149, -293, 1443.
+ * Entries that would not fit in 32 bits (saturations above about 300 million) become
+ * INT32_MIN. Returns 0; KASTATUS_KAIP_INVALID_POINTER for a null piMatrix. */
+KAIP_API KaipStatus KaipSetSaturationMatrix(uint32_t dwSaturation, int32_t* piMatrix);
+
+/* Filters the interior of an image with the 3x3 kernel piMatrix into pDstImgInfo (required;
+ * its buffer must not overlap the source's). Formats: Mono8, BGR8Packed, BGRA8Packed (each
+ * of the three colour bytes on its own; the fourth byte of BGRA8 is not written), Mono10,
+ * Mono12 and Mono9, Mono11, Mono13, Mono15, Mono16 (16-bit words). Every pixel except those
+ * of the first and last line and column gets the sum of the nine weighted samples (32-bit
+ * arithmetic) divided by 1000 with truncation toward zero, clamped to 0..the format's
+ * maximum (255, 1023, 4095, 511, 2047, 8191, 32767, 65535). The border pixels of the
+ * destination are not written: they keep what the destination held (a freshly allocated
+ * destination has them undefined). Images of 2 lines or fewer are not written at all.
+ * With a LUT the value is replaced by a table entry: for BGR8 and BGRA8 by byte position
+ * (first byte through the red table, second green, third blue, so the blue channel goes
+ * through the red table), for Mono8, Mono10 and Mono12 through the green table.
+ * The destination must match the source in size, format, colour planes and orientation;
+ * with KaipOption_ReallocateDst a misfit is rebuilt as for KaipApplyRgbColorCorrection.
+ * hLut: null = none; (KaipHLut)1 = the global LUT; otherwise a LUT object with a body of
+ * the format's depth (Mono8, BGR8, BGRA8: 8; Mono10: 10; Mono12: 12). The other 16-bit
+ * formats take no LUT.
+ * Returns 0; the statuses of the common checks as for KaipApplyRgbColorCorrection, plus
+ * KASTATUS_KAIP_INVALID_DST_POINTER for a null pDstImgInfo; KASTATUS_KAIP_INVALID_POINTER
+ * for a null piMatrix; KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT also for the Bayer codes
+ * and Mono14, which have no sample range here; KASTATUS_KAIP_INVALID_LUT_TYPE for a LUT
+ * without a body of the format's depth or any non-null hLut with a 16-bit format other
+ * than Mono10 and Mono12; the statuses of the reallocation. */
+KAIP_API KaipStatus KaipApply3x3Convolution(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                                            const int32_t* piMatrix, uint32_t dwOptions, KaipHLut hLut);
+
+/* Fills piMatrix with a sharpening (iSharpness > 0) or smoothing (< 0) kernel; iSharpness
+ * is clamped to KaipSharpness_Min..KaipSharpness_Max and 0 gives the identity.
+ * Sharpening: centre 1000 + 90 s; neighbours -(9000 s / 400) on the four edges (corners 0),
+ * or -(9000 s / 800) on all eight with KaipSharpening_AllNeighbours (integer division, so
+ * the sum is 1000 only where it divides exactly). Smoothing with a = -s: edges 2a, corners
+ * 0, centre (250 - 2a) x 4; or, with all neighbours, t = 111 a / 100 on all eight and
+ * centre (125 - t) x 8. 100 gives centre 10000 with edges -2250 (all eight: -1125).
+ * Returns 0; KASTATUS_KAIP_INVALID_POINTER for a null piMatrix. */
+KAIP_API KaipStatus KaipSet3x3MatrixSharpening(int32_t iSharpness, int32_t* piMatrix, uint32_t dwOptions);
+
+/* Flat-field (shading) correction of pSrcImgInfo against a black and a white reference
+ * image of the same size, pixel format and flags: each pixel is rescaled so that the black
+ * reference maps to black and the white reference to full scale, removing fixed dark
+ * offsets and uneven illumination or sensitivity. Declared for completeness: not provided
+ * by this version of the library. */
+KAIP_API KaipStatus KaipApplyShadingCorrection(const KaipImgInfo* pSrcImgInfo, const KaipImgInfo* pBlackImgInfo,
+                                               const KaipImgInfo* pWhiteImgInfo, KaipImgInfo* pDstImgInfo,
+                                               uint32_t dwOptions);
+
+/* Threshold sharpening: the kernel piMatrix (as for KaipApply3x3Convolution, typically from
+ * KaipSet3x3MatrixSharpening) applied only where the local contrast around a pixel exceeds
+ * iThreshold, in the units of the format's samples; flat areas keep their noise-free
+ * values. Declared for completeness: not provided by this version of the library. */
+KAIP_API KaipStatus Kaip3x3ThresholdSharpening(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                                               const int32_t* piMatrix, int32_t iThreshold, uint32_t dwOptions,
+                                               KaipHLut hLut);
+
 /* ==== end matrix ==================================================================== */
 
 /* ==== file ========================================================================== */
+
+/* Windows device-independent bitmap descriptors, laid out byte for byte as in a .bmp file
+ * (little-endian, the same on every platform). */
+
+#pragma pack(push, 2)
+/* The 14-byte file header in front of every .bmp file (packed: bfSize sits at offset 2). */
+typedef struct tagBITMAPFILEHEADER {
+    uint16_t bfType;      /* 'B','M' = 0x4D42 */
+    uint32_t bfSize;      /* bytes of the whole file */
+    uint16_t bfReserved1; /* 0 */
+    uint16_t bfReserved2; /* 0 */
+    uint32_t bfOffBits;   /* offset of the pixel data from the start of the file */
+} BITMAPFILEHEADER;
+#pragma pack(pop)
+
+/* The 40-byte bitmap header. */
+typedef struct tagBITMAPINFOHEADER {
+    uint32_t biSize;         /* 40, the only size accepted */
+    int32_t biWidth;         /* pixels per line */
+    int32_t biHeight;        /* lines; positive = stored bottom-up, negative = top-down */
+    uint16_t biPlanes;       /* 1 */
+    uint16_t biBitCount;     /* 8, 16, 24 or 32 */
+    uint32_t biCompression;  /* KAIP_BI_RGB or KAIP_BI_BITFIELDS */
+    uint32_t biSizeImage;    /* bytes of the pixel data */
+    int32_t biXPelsPerMeter; /* written as 9600 */
+    int32_t biYPelsPerMeter; /* written as 9600 */
+    uint32_t biClrUsed;      /* 0 */
+    uint32_t biClrImportant; /* 0 */
+} BITMAPINFOHEADER;
+
+/* One colour-table entry. */
+typedef struct tagRGBQUAD {
+    uint8_t rgbBlue;
+    uint8_t rgbGreen;
+    uint8_t rgbRed;
+    uint8_t rgbReserved;
+} RGBQUAD;
+
+/* The header and a 256-entry colour table: 1064 bytes. With KAIP_BI_BITFIELDS the first three
+ * table entries hold the red, green and blue masks (offsets 40, 44, 48) as 32-bit words. */
+typedef struct tagBITMAPINFO {
+    BITMAPINFOHEADER bmiHeader;
+    RGBQUAD bmiColors[256];
+} tagBITMAPINFO, BITMAPINFO;
+
+#define KAIP_BI_RGB       0u /* uncompressed */
+#define KAIP_BI_BITFIELDS 3u /* uncompressed with colour masks (16-bit 5-6-5) */
+
+/* Option bits of the file functions (besides KaipOption_ReallocateDst). */
+#define KaipBmpOption_BottomUpFile  0x00000002u /* save: write a bottom-up file (positive biHeight);
+                                                   load: deliver a bottom-up file top-down */
+#define KaipBmpOption_BottomUpImage 0x00008000u /* load: deliver a bottom-up image */
+#define KaipTiffOption_Scale16      0x00002000u /* save: scale 9..15-bit grey to the full 16 bits */
+#define KaipJpegOption_BGR          0x00004000u /* load: deliver colour as BGR8Packed */
+#define KaipJpegOption_HeaderOnly   0x00008000u /* load: only fill the descriptor, read no pixels */
+
+/* Hostile files. Every loader accepts regular files only, computes every size in 64 bits and
+ * refuses, before it allocates anything from the file's numbers, a file whose dimensions are
+ * zero or negative, whose line increment x height does not fit in 32 bits, whose offsets point
+ * outside the file or whose header fields contradict each other (status 100037 for BMP,
+ * 100036 for TIFF, 100040 for JPEG), and a file whose pixel data is shorter than its header
+ * promises (100034). These checks are stricter than a plain reading of the headers; each is
+ * named with the function it applies to.
+ *
+ * Saving never destroys what was there: the file is written under a temporary name in the same
+ * folder and renamed over the target only when everything was written; on any failure the
+ * temporary is removed and an existing file keeps its old contents (a target that is not a
+ * regular file, such as a device, is written in place). */
+
+/* Fills pImgInfo from a bitmap header: Width = biWidth, Height = |biHeight|, Flags =
+ * KaipImgFlag_Align4 plus KaipImgFlag_BottomUp for a positive biHeight, PixelFormat by
+ * biBitCount (8: Mono8; 16: BGR565Packed with KAIP_BI_BITFIELDS, else BGR555; 24: BGR8Packed;
+ * 32: BGRA8Packed), PixelIncrement from the format and LineIncrement = PixelIncrement x Width
+ * rounded up to 4. pData and the other fields are left alone; nothing is allocated.
+ * Returns 0; KASTATUS_KAIP_INVALID_POINTER (null pointer); KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER
+ * (biSize other than 40, biCompression other than 0 and 3, and, stricter than the plain
+ * header, a negative biWidth or a LineIncrement x Height that does not fit in 32 bits);
+ * KASTATUS_KAIP_INVALID_PIXEL_FORMAT (other bit counts; the fields set so far stay set). */
+KAIP_API KaipStatus KaipBmpInfoToImgInfo(const tagBITMAPINFO* pBmpInfo, KaipImgInfo* pImgInfo);
+
+/* Describes pImgInfo as a bitmap: biSize 40, biWidth, biHeight (negative unless the image is
+ * bottom-up), biPlanes 1, 9600 pixels per metre, biSizeImage = Height x LineIncrement, and by
+ * format: Mono8 and the 8-bit Bayer formats 8 bits with a grey ramp colour table;
+ * BGR565Packed 16 bits, KAIP_BI_BITFIELDS and the masks 0xF800, 0x07E0, 0x001F; BGR555 16 bits;
+ * BGR8Packed 24; BGRA8Packed 32. pBmpInfo must point to all 1064 bytes.
+ * Returns 0; KASTATUS_KAIP_INVALID_POINTER; KASTATUS_KAIP_INCOMPATIBLE_LINE_INCREMENT (not a
+ * multiple of 4); KASTATUS_KAIP_INCOMPATIBLE_PIXEL_FORMAT (other formats; the common header
+ * fields are then already written); KASTATUS_KAIP_INCOMPATIBLE_SIZE (stricter: a width or
+ * height beyond 2^31 - 1, or Height x LineIncrement beyond 32 bits, which the fields cannot
+ * hold). */
+KAIP_API KaipStatus KaipImgInfoToBmpInfo(const KaipImgInfo* pImgInfo, tagBITMAPINFO* pBmpInfo);
+
+/* Saves an image as an uncompressed BMP file. Formats a bitmap cannot hold, or lines not
+ * padded to 4 bytes, are converted first (colour to BGR8Packed, everything else to Mono8);
+ * the source is not changed. The file is top-down (negative biHeight) in memory line order,
+ * or bottom-up with KaipBmpOption_BottomUpFile (lines reversed if the image is top-down).
+ * Accepts the source formats Mono8 .. Mono16, the Bayer formats of 8 to 16 bits, BGR555,
+ * BGR565Packed, BGR8Packed, BGRA8Packed, RGB8Packed and RGBA8Packed.
+ * Returns 0; the statuses of the source check; KASTATUS_KAIP_NOT_SUPPORTED (colour planes);
+ * those of KaipImgInfoToBmpInfo; KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE (the file cannot be
+ * created or fully written; the target then keeps its old contents). */
+KAIP_API KaipStatus KaipSaveToBmp(const char* pszFileName, const KaipImgInfo* pSrcImgInfo, uint32_t dwOptions);
+
+/* Loads an uncompressed BMP file of 8 (loaded as Mono8 whatever its colour table), 16, 24 or
+ * 32 bits into pDstImgInfo, which is re-described by KaipBmpInfoToImgInfo and given a new
+ * buffer (a buffer it held is not freed: release it first). Lines: a bottom-up file gives a
+ * bottom-up image, a top-down file a top-down image; KaipBmpOption_BottomUpFile turns a
+ * bottom-up file into a top-down image and KaipBmpOption_BottomUpImage a top-down file into a
+ * bottom-up image.
+ * Returns 0; KASTATUS_KAIP_INVALID_DST_POINTER; KASTATUS_KAIP_CANNOT_OPEN_READ_FILE (cannot
+ * open, not a regular file, short read, pixel data shorter than the header promises);
+ * KASTATUS_KAIP_INVALID_BMP_FILE (not 'BM', header size other than 40, fewer than 8 bits, and,
+ * stricter: width or height zero or negative, line increment x height beyond 32 bits,
+ * bfOffBits inside the 54 header bytes or beyond the end of the file);
+ * KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER and KASTATUS_KAIP_INVALID_PIXEL_FORMAT as
+ * KaipBmpInfoToImgInfo; KASTATUS_KAIP_MEMORY_ALLOC_FAILED. Refusals before the allocation
+ * leave the descriptor as it was; a failed read after it leaves the descriptor allocated (the
+ * caller releases it with KaipDeallocateImageData). */
+KAIP_API KaipStatus KaipLoadFromBmp(const char* pszFileName, KaipImgInfo* pDstImgInfo, uint32_t dwOptions);
+
+/* Saves an image as an uncompressed little-endian single-strip TIFF file at 75 pixels per
+ * inch: Mono8 and the 8-bit Bayer formats as 8-bit grey (MaxSampleValue 255); Mono9 .. Mono16
+ * and the other Bayer formats as 16-bit grey with MaxSampleValue 2^bits - 1, or with
+ * KaipTiffOption_Scale16 shifted to 16 bits with MaxSampleValue 65535; the colour formats
+ * (BGR555, BGR565Packed, BGR8Packed, BGRA8Packed, RGB8Packed, RGBA8Packed) as RGB 8,8,8.
+ * The top line is always written first.
+ * Returns 0; the statuses of the source check; KASTATUS_KAIP_NOT_SUPPORTED (colour planes);
+ * KASTATUS_KAIP_MEMORY_ALLOC_FAILED (no memory for the converted copy);
+ * KASTATUS_KAIP_INCOMPATIBLE_SIZE (stricter: pixel data beyond the 32-bit offsets of TIFF);
+ * KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE (the target then keeps its old contents). */
+KAIP_API KaipStatus KaipSaveToTiff(const char* pszFileName, const KaipImgInfo* pSrcImgInfo, uint32_t dwOptions);
+
+/* Loads a TIFF file of exactly the shape KaipSaveToTiff writes into pDstImgInfo, top-down, in
+ * a new buffer (a buffer it held is not freed: release it first). Grey files give Mono8 ..
+ * Mono16 by MaxSampleValue. Colour files are delivered as 3 bytes per pixel in the file's
+ * order R, G, B, and the descriptor keeps the pixel format it carried on entry: preset
+ * RGB8Packed (or BGR8Packed, the bytes still being R, G, B).
+ * Returns 0; KASTATUS_KAIP_INVALID_DST_POINTER; KASTATUS_KAIP_CANNOT_OPEN_READ_FILE (cannot
+ * open, not a regular file, short read, pixel data shorter than promised: the buffer is then
+ * released); KASTATUS_KAIP_INVALID_TIFF_FILE (any other layout: byte order, more than 32 tags,
+ * a checked tag with another type, count or value, and, stricter: a missing size, sample,
+ * photometric, strip or MaxSampleValue tag, zero dimensions, BitsPerSample that disagrees with
+ * MaxSampleValue, SamplesPerPixel or PhotometricInterpretation, a StripByteCounts other than
+ * the line bytes x height, data offsets inside the directory or outside the file, a size beyond
+ * 32 bits); KASTATUS_KAIP_INCOMPATIBLE_DST (stricter: the preset format of a colour file
+ * needs more than 3 bytes per pixel, so its lines would overrun the buffer);
+ * KASTATUS_KAIP_MEMORY_ALLOC_FAILED. */
+KAIP_API KaipStatus KaipLoadFromTiff(const char* pszFileName, KaipImgInfo* pDstImgInfo);
+
+/* Saves an image as a baseline JPEG file with the given quality (0..100): Mono8 as grey,
+ * RGB8Packed as colour; Mono10, Mono12, Mono16 and the Bayer formats of 8 to 12 bits are
+ * converted to Mono8 first, every other format to RGB8Packed. The top line is written first.
+ * Returns 0; the statuses of the source check; KASTATUS_KAIP_NOT_SUPPORTED (colour planes);
+ * KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE; the status of a failed conversion;
+ * KASTATUS_KAIP_JPEG_SAVE_FAILED (the JPEG library failed, for example beyond 65500 pixels;
+ * its message is in the log). On every failure the target keeps its old contents. */
+KAIP_API KaipStatus KaipSaveToJpeg(const char* pszFileName, const KaipImgInfo* pSrcImgInfo, uint32_t dwQuality);
+
+/* Loads a JPEG file: grey files as Mono8, colour files as RGB8Packed (BGR8Packed with
+ * KaipJpegOption_BGR), top-down, top line first. A destination that differs in width, height
+ * or format (or, stricter, is in colour-planes mode or has lines too short) is released
+ * (unless KaipImgFlag_NoDeallocate) and re-described with KaipImgFlag_Align4; it is then
+ * allocated only under KaipOption_ReallocateDst. KaipJpegOption_HeaderOnly fills the
+ * descriptor and returns without reading pixels or allocating.
+ * Returns 0; KASTATUS_KAIP_INVALID_DST_POINTER; KASTATUS_KAIP_CANNOT_OPEN_READ_FILE;
+ * KASTATUS_KAIP_INCOMPATIBLE_DST (the destination does not fit and KaipOption_ReallocateDst is
+ * not given); KASTATUS_KAIP_MEMORY_ALLOC_FAILED; KASTATUS_KAIP_JPEG_LOAD_FAILED (the JPEG
+ * library failed, CMYK or YCCK colour, and, stricter: any warning of the JPEG library such as
+ * a truncated or corrupt scan, or an image whose line increment x height does not fit in 32
+ * bits; the destination may then hold a partly decoded buffer). */
+KAIP_API KaipStatus KaipLoadFromJpeg(const char* pszFileName, KaipImgInfo* pDstImgInfo, uint32_t dwOptions);
+
 /* ==== end file ====================================================================== */
 
 #ifdef __cplusplus

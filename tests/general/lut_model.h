@@ -1,0 +1,102 @@
+// lut_model.h: an independent model of what a LUT body holds, for the LUT tests.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <vector>
+
+#include "general/lut.h"
+
+namespace lutmodel {
+
+// The three channel curves of one depth as plain numbers.
+struct Curves {
+    std::vector<uint32_t> r, g, b;
+};
+
+template <class TLut>
+Curves ChannelsOf(const TLut& lut)
+{
+    Curves c;
+    c.r.assign(lut.Red, lut.Red + TLut::N);
+    c.g.assign(lut.Green, lut.Green + TLut::N);
+    c.b.assign(lut.Blue, lut.Blue + TLut::N);
+    return c;
+}
+
+// The Bayer rows of a body must be what its channel tables imply: the 8-bit output is the
+// channel value, shifted down to 8 bits for the wider depths and cut to a byte.
+template <class TLut>
+void ExpectBayerDerived(const TLut& lut, bool b8Rows, bool bReplicated)
+{
+    const unsigned shift = TLut::Bits - 8;
+    for (unsigned i = 0; i < TLut::N; ++i) {
+        const uint32_t r = (lut.Red[i] >> shift) & 0xFF, g = (lut.Green[i] >> shift) & 0xFF,
+                       b = (lut.Blue[i] >> shift) & 0xFF;
+        if constexpr (TLut::Bits > 8) {
+            if (b8Rows) {
+                ASSERT_EQ(lut.BayerRed8[i], r) << "depth " << TLut::Bits << " i " << i;
+                ASSERT_EQ(lut.BayerGreen8[i], g) << "depth " << TLut::Bits << " i " << i;
+                ASSERT_EQ(lut.BayerBlue8[i], b) << "depth " << TLut::Bits << " i " << i;
+            }
+        }
+        if (bReplicated) {
+            ASSERT_EQ(lut.BayerRed16[i], r * 257) << "depth " << TLut::Bits << " i " << i;
+            ASSERT_EQ(lut.BayerBlue16[i], b * 257) << "depth " << TLut::Bits << " i " << i;
+            ASSERT_EQ(lut.BayerRed32[i], r * 0x01010101u) << "depth " << TLut::Bits << " i " << i;
+            ASSERT_EQ(lut.BayerGreen32[i], g * 0x01010101u) << "depth " << TLut::Bits << " i " << i;
+            ASSERT_EQ(lut.BayerBlue32[i], b * 0x01010101u) << "depth " << TLut::Bits << " i " << i;
+        }
+    }
+}
+
+// Identity in the channel and 32-bit tables, Bayer rows as the type has them.
+template <class TLut>
+void ExpectIdentity(const TLut& lut, bool bFullBayer)
+{
+    for (unsigned i = 0; i < TLut::N; ++i) {
+        ASSERT_TRUE(lut.Red[i] == i && lut.Green[i] == i && lut.Blue[i] == i) << "depth " << TLut::Bits << " i " << i;
+        ASSERT_TRUE(lut.Red32[i] == int32_t(i) && lut.Green32[i] == int32_t(i) && lut.Blue32[i] == int32_t(i))
+            << "depth " << TLut::Bits << " i " << i;
+    }
+    ExpectBayerDerived(lut, bFullBayer, bFullBayer);
+}
+
+// The bodies of a handle, through the public lookup.
+inline TKaIpLut8* Body8(KaipHLut h)
+{
+    TKaIpLut8* p = nullptr;
+    EXPECT_EQ(GetLut8(h, p), KASTATUS_OK);
+    return p;
+}
+inline TKaIpLut10* Body10(KaipHLut h)
+{
+    TKaIpLut10* p = nullptr;
+    EXPECT_EQ(GetLut10(h, p), KASTATUS_OK);
+    return p;
+}
+inline TKaIpLut12* Body12(KaipHLut h)
+{
+    TKaIpLut12* p = nullptr;
+    EXPECT_EQ(GetLut12(h, p), KASTATUS_OK);
+    return p;
+}
+
+// A LUT object freed at the end of the scope.
+struct Lut {
+    explicit Lut(uint32_t dwType) : h(KaipAllocateLut(dwType)) {}
+    ~Lut() { KaipFreeLut(h); }
+    Lut(const Lut&) = delete;
+    Lut& operator=(const Lut&) = delete;
+    KaipHLut h;
+};
+
+// Puts the global LUT back to identity around each test that changes it.
+class GlobalLutTest : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_EQ(KaipResetLut(nullptr), KASTATUS_OK); }
+    void TearDown() override { KaipResetLut(nullptr); }
+};
+
+}  // namespace lutmodel

@@ -1,0 +1,197 @@
+// lut_test.cpp: LUT objects, the global tables, lookup of bodies, depth conversion and DoubleTo32Bit.
+#include "general/lut.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "lut_model.h"
+
+using namespace lutmodel;
+
+TEST(LutObjects, GlobalBodiesAreIdentityWithFullBayerLayoutAtLoad)
+{
+    ExpectIdentity(g_LutLinear8, true);
+    ExpectIdentity(g_LutLinear10, true);
+    ExpectIdentity(g_LutLinear12, true);
+    ExpectIdentity(g_Lut8, true);
+    ExpectIdentity(g_Lut10, true);
+    ExpectIdentity(g_Lut12, true);
+}
+
+TEST(LutObjects, AllocateGivesIdentityOfEveryShape)
+{
+    struct Case {
+        uint32_t dwType;
+        bool bFull;
+    };
+    for (const Case c : {Case{0, false}, Case{KAIP_LUT_BAYER, false}, Case{KAIP_LUT_BAYER_16, false},
+                         Case{KAIP_LUT_BAYER | KAIP_LUT_BAYER_16, true}, Case{0xFF000000 | KAIP_LUT_BAYER, false}}) {
+        SCOPED_TRACE(c.dwType);
+        Lut all(c.dwType), l8(c.dwType | 8), l10(c.dwType | 10), l12(c.dwType | 12);
+        ASSERT_TRUE(all.h && l8.h && l10.h && l12.h);
+        EXPECT_EQ(*all.h, c.dwType);
+        EXPECT_EQ(*l12.h, c.dwType | 12);
+        ExpectIdentity(*Body8(all.h), c.bFull);
+        ExpectIdentity(*Body10(all.h), c.bFull);
+        ExpectIdentity(*Body12(all.h), c.bFull);
+        ExpectIdentity(*Body8(l8.h), c.bFull);
+        ExpectIdentity(*Body10(l10.h), c.bFull);
+        ExpectIdentity(*Body12(l12.h), c.bFull);
+    }
+}
+
+TEST(LutObjects, BayerAloneLeavesTheEightBitBayerRowsZero)
+{
+    Lut l10(10 | KAIP_LUT_BAYER), l12(KAIP_LUT_BAYER);
+    const TKaIpLut10& b10 = *Body10(l10.h);
+    const TKaIpLut12& b12 = *Body12(l12.h);
+    for (unsigned i = 0; i < 1024; ++i) ASSERT_EQ(b10.BayerRed8[i] | b10.BayerGreen8[i] | b10.BayerBlue8[i], 0);
+    for (unsigned i = 0; i < 4096; ++i) ASSERT_EQ(b12.BayerRed8[i] | b12.BayerGreen8[i] | b12.BayerBlue8[i], 0);
+}
+
+TEST(LutObjects, SingleBodyFollowsTheTypeWord)
+{
+    Lut l10(10);
+    TKaIpLut10* p = nullptr;
+    ASSERT_EQ(GetLut10(l10.h, p), KASTATUS_OK);
+    EXPECT_EQ(reinterpret_cast<uint8_t*>(p), reinterpret_cast<uint8_t*>(l10.h) + 4);
+}
+
+TEST(LutObjects, UnknownDepthsAreRefused)
+{
+    for (uint32_t dwType : {16u, 9u, 1u, 0x00110007u, 0xFFu}) {
+        EXPECT_EQ(KaipAllocateLut(dwType), nullptr) << dwType;
+    }
+    // An object whose depth byte is unknown: nothing beyond the type word is read.
+    uint32_t fake[4] = {9, 0, 0, 0};
+    EXPECT_EQ(KaipResetLut(fake), KASTATUS_KAIP_INVALID_LUT_HANDLE);
+    TKaIpLut8* p8 = &g_Lut8;
+    EXPECT_EQ(GetLut8(fake, p8), KASTATUS_KAIP_INVALID_LUT_TYPE);
+    EXPECT_EQ(p8, nullptr);
+}
+
+TEST(LutObjects, GetLutResolvesEveryHandleShape)
+{
+    Lut all(0), l8(8), l10(10), l12(12);
+    const KaipHLut one = reinterpret_cast<KaipHLut>(1);
+    TKaIpLut8* p8 = &g_Lut8;
+    TKaIpLut10* p10 = &g_Lut10;
+    TKaIpLut12* p12 = &g_Lut12;
+    EXPECT_EQ(GetLut8(nullptr, p8), KASTATUS_KAIP_INVALID_LUT_HANDLE);
+    EXPECT_EQ(GetLut10(nullptr, p10), KASTATUS_KAIP_INVALID_LUT_HANDLE);
+    EXPECT_EQ(GetLut12(nullptr, p12), KASTATUS_KAIP_INVALID_LUT_HANDLE);
+    EXPECT_TRUE(!p8 && !p10 && !p12);
+    EXPECT_EQ(GetLut8(one, p8), KASTATUS_OK);
+    EXPECT_EQ(GetLut10(one, p10), KASTATUS_OK);
+    EXPECT_EQ(GetLut12(one, p12), KASTATUS_OK);
+    EXPECT_TRUE(p8 == &g_Lut8 && p10 == &g_Lut10 && p12 == &g_Lut12);
+
+    const TKaIpLutUniversal& u = *reinterpret_cast<TKaIpLutUniversal*>(all.h);
+    EXPECT_TRUE(GetLut8(all.h, p8) == KASTATUS_OK && p8 == u.pLut8);
+    EXPECT_TRUE(GetLut10(all.h, p10) == KASTATUS_OK && p10 == u.pLut10);
+    EXPECT_TRUE(GetLut12(all.h, p12) == KASTATUS_OK && p12 == u.pLut12);
+
+    for (KaipHLut h : {l10.h, l12.h}) {
+        EXPECT_EQ(GetLut8(h, p8), KASTATUS_KAIP_INVALID_LUT_TYPE);
+        EXPECT_EQ(p8, nullptr);
+    }
+    for (KaipHLut h : {l8.h, l12.h}) EXPECT_EQ(GetLut10(h, p10), KASTATUS_KAIP_INVALID_LUT_TYPE);
+    for (KaipHLut h : {l8.h, l10.h}) EXPECT_EQ(GetLut12(h, p12), KASTATUS_KAIP_INVALID_LUT_TYPE);
+}
+
+TEST(LutObjects, FreeRefusesTheGlobalHandles)
+{
+    EXPECT_EQ(KaipFreeLut(nullptr), KASTATUS_KAIP_INVALID_LUT_HANDLE);
+    EXPECT_EQ(KaipFreeLut(reinterpret_cast<KaipHLut>(1)), KASTATUS_KAIP_INVALID_LUT_HANDLE);
+    EXPECT_EQ(KaipFreeLut(KaipAllocateLut(KAIP_LUT_BAYER | KAIP_LUT_BAYER_16)), KASTATUS_OK);
+    EXPECT_EQ(KaipFreeLut(KaipAllocateLut(12)), KASTATUS_OK);
+}
+
+TEST_F(GlobalLutTest, ResetRestoresIdentityOfEveryBodyReached)
+{
+    for (KaipHLut h : {static_cast<KaipHLut>(nullptr), reinterpret_cast<KaipHLut>(1)}) {
+        g_Lut8.Red[3] = 9;
+        g_Lut10.Green32[7] = -5;
+        g_Lut12.BayerBlue32[4095] = 1;
+        EXPECT_EQ(KaipResetLut(h), KASTATUS_OK);
+        ExpectIdentity(g_Lut8, true);
+        ExpectIdentity(g_Lut10, true);
+        ExpectIdentity(g_Lut12, true);
+    }
+    Lut all(KAIP_LUT_BAYER | KAIP_LUT_BAYER_16);
+    Body8(all.h)->BayerRed16[0] = 7;
+    Body12(all.h)->Blue[100] = 0;
+    EXPECT_EQ(KaipResetLut(all.h), KASTATUS_OK);
+    ExpectIdentity(*Body8(all.h), true);
+    ExpectIdentity(*Body12(all.h), true);
+}
+
+// Depth conversion of one channel against the rules written out per entry.
+template <class TSrc, class TDst>
+void CheckConversion(void (*convert)(const TSrc*, TDst*), unsigned srcBits, unsigned dstBits, uint32_t seed)
+{
+    const unsigned nSrc = 1u << srcBits, nDst = 1u << dstBits;
+    std::mt19937 rng(seed);
+    std::vector<TSrc> src(nSrc);
+    for (auto& v : src) v = TSrc(rng());
+    std::vector<TDst> dst(nDst, 0xAB);
+    convert(src.data(), dst.data());
+    for (unsigned i = 0; i < nDst; ++i) {
+        uint32_t expected;
+        if (dstBits > srcBits) {
+            const unsigned F = nDst / nSrc, k = i / F, f = i % F;
+            if (i >= nDst - F) {
+                expected = src[nSrc - 1] * F;
+            } else {
+                // The source is scaled into 16 bits before the interpolation.
+                const uint32_t a = (src[k] * F) % 65536, b = (src[k + 1] * F) % 65536;
+                expected = (a * (F - f) + b * f) / F;
+            }
+        } else {
+            const unsigned F = nSrc / nDst;
+            expected = src[F * i] / F;
+        }
+        ASSERT_EQ(dst[i], TDst(expected)) << srcBits << "->" << dstBits << " i " << i << " seed " << seed;
+    }
+}
+
+TEST(LutConversion, WholeTablesFollowTheRules)
+{
+    for (uint32_t seed = 1; seed <= 20; ++seed) {
+        CheckConversion(Lut8toLut10, 8, 10, seed);
+        CheckConversion(Lut8toLut12, 8, 12, seed);
+        CheckConversion(Lut10toLut8, 10, 8, seed);
+        CheckConversion(Lut10toLut12, 10, 12, seed);
+        CheckConversion(Lut12toLut8, 12, 8, seed);
+        CheckConversion(Lut12toLut10, 12, 10, seed);
+    }
+}
+
+TEST(LutConversion, IdentityWorkedValues)
+{
+    std::vector<uint16_t> d10(1024);
+    Lut8toLut10(g_LutLinear8.Red, d10.data());
+    for (unsigned i = 0; i < 1020; ++i) ASSERT_EQ(d10[i], i);
+    for (unsigned i = 1020; i < 1024; ++i) ASSERT_EQ(d10[i], 1020);
+    std::vector<uint8_t> d8(256);
+    Lut10toLut8(g_LutLinear10.Red, d8.data());
+    for (unsigned i = 0; i < 256; ++i) ASSERT_EQ(d8[i], i);
+    // 10-bit values beyond 16383 wrap when scaled into 16 bits.
+    std::vector<uint16_t> s10(1024, 0), d12(4096);
+    s10[1] = 16385;
+    Lut10toLut12(s10.data(), d12.data());
+    EXPECT_EQ(d12[2], 2);  // (0 * 2 + 4 * 2) / 4
+    EXPECT_EQ(d12[4], 4);
+}
+
+TEST(LutConversion, DoubleTo32Bit)
+{
+    EXPECT_EQ(DoubleTo32Bit(-3e9), -2147483647);
+    EXPECT_EQ(DoubleTo32Bit(3e9), 2147483647);
+    EXPECT_EQ(DoubleTo32Bit(-2147483647.5), -2147483647);
+    EXPECT_EQ(DoubleTo32Bit(2147483647.5), 2147483647);
+    EXPECT_EQ(DoubleTo32Bit(2.9), 2);
+    EXPECT_EQ(DoubleTo32Bit(-2.9), -2);
+    EXPECT_EQ(DoubleTo32Bit(-0.5), 0);
+}
