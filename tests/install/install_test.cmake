@@ -1,0 +1,43 @@
+# Installs the built library into a scratch prefix, then builds and runs a consumer against it
+# twice: through find_package(PmImgProc) and through pkg-config.
+file(REMOVE_RECURSE ${WORK_DIR})
+set(prefix ${WORK_DIR}/prefix)
+execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix} RESULT_VARIABLE r)
+if(NOT r EQUAL 0)
+  message(FATAL_ERROR "install failed")
+endif()
+
+execute_process(COMMAND ${CMAKE_COMMAND} -S ${SOURCE_DIR}/consumer -B ${WORK_DIR}/consumer
+  -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_BUILD_TYPE=${CMAKE_BUILD_TYPE} RESULT_VARIABLE r)
+if(NOT r EQUAL 0)
+  message(FATAL_ERROR "consumer configure failed")
+endif()
+execute_process(COMMAND ${CMAKE_COMMAND} --build ${WORK_DIR}/consumer RESULT_VARIABLE r)
+if(NOT r EQUAL 0)
+  message(FATAL_ERROR "consumer build failed")
+endif()
+execute_process(COMMAND ${WORK_DIR}/consumer/consumer RESULT_VARIABLE r)
+if(NOT r EQUAL 0)
+  message(FATAL_ERROR "consumer run failed")
+endif()
+
+file(GLOB_RECURSE pcfile ${prefix}/*/pm.imgproc.pc)
+get_filename_component(pcdir "${pcfile}" DIRECTORY)
+set(ENV{PKG_CONFIG_PATH} ${pcdir})
+execute_process(COMMAND pkg-config --cflags --libs pm.imgproc OUTPUT_VARIABLE flags RESULT_VARIABLE r
+  OUTPUT_STRIP_TRAILING_WHITESPACE)
+if(NOT r EQUAL 0)
+  message(FATAL_ERROR "pkg-config does not know pm.imgproc")
+endif()
+separate_arguments(flags UNIX_COMMAND "${flags}")
+execute_process(COMMAND cc -std=c99 ${SOURCE_DIR}/consumer/consumer.c ${flags} -o ${WORK_DIR}/consumer_pc
+  RESULT_VARIABLE r)
+if(NOT r EQUAL 0)
+  message(FATAL_ERROR "pkg-config consumer build failed")
+endif()
+get_filename_component(libdir "${pcdir}" DIRECTORY)
+set(ENV{LD_LIBRARY_PATH} ${libdir})
+execute_process(COMMAND ${WORK_DIR}/consumer_pc RESULT_VARIABLE r)
+if(NOT r EQUAL 0)
+  message(FATAL_ERROR "pkg-config consumer run failed")
+endif()
