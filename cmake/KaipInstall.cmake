@@ -14,5 +14,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/PmImgProcConfigVersion.cm
 install(FILES ${PROJECT_BINARY_DIR}/PmImgProcConfig.cmake ${PROJECT_BINARY_DIR}/PmImgProcConfigVersion.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/PmImgProc)
 
+# The pkg-config file finds its prefix from its own folder, so the installed tree can move.
+file(RELATIVE_PATH KAIP_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/pm.imgproc.pc.in ${PROJECT_BINARY_DIR}/pm.imgproc.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/pm.imgproc.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
