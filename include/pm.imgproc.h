@@ -251,6 +251,99 @@ KAIP_API char* KaipGetStatusMsg(KaipStatus status, char* pszBuffer, uint64_t dwB
 /* ==== end conversion ================================================================ */
 
 /* ==== bayer ========================================================================= */
+
+/* Bayer decoding. Sources are Bayer mosaics of 8 bits (one byte per sample) or 10 and 12 bits
+ * (the low bits of a little-endian 16-bit word): KaipPixelFormat_BayerXX8/10/12. The pattern
+ * comes from the source's pixel format, not from its flags. 16-bit and packed Bayer formats
+ * give KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT; any other format (Mono8 included)
+ * KASTATUS_KAIP_NOT_BAYER_PIXEL_FORMAT. Every output sample has 8 bits.
+ *
+ * The decoders share one order of checks and statuses:
+ *   KASTATUS_KAIP_INVALID_SRC_POINTER      pSrcImgInfo is null;
+ *   KASTATUS_KAIP_NOT_BAYER_PIXEL_FORMAT   the source is no Bayer mosaic;
+ *   the statuses of the common descriptor check: a destination is required
+ *   (KASTATUS_KAIP_INVALID_DST_POINTER) and must have the source's size, a buffer, and a
+ *   pixel format the function produces (else KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT);
+ *   KASTATUS_KAIP_NOT_SUPPORTED            images narrower or lower than 2 pixels, for the
+ *                                          decoders with a border (all but KaipBdShowMosaic):
+ *                                          their border reads one pixel further;
+ *   KASTATUS_KAIP_INCOMPATIBLE_DST         the destination misfits (size, buffer, or pixel
+ *                                          format other than dwDstPixelFormat) and dwOptions
+ *                                          lacks KaipOption_ReallocateDst; with it the
+ *                                          destination is freed (unless KaipImgFlag_NoDeallocate),
+ *                                          re-initialised with dwOptions as flags, and allocated;
+ *   KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED  a destination held as colour planes;
+ *   KASTATUS_KAIP_INVALID_LUT_TYPE         (decoders with hLut) the handle is not a LUT of the
+ *                                          source's depth or lacks the Bayer tables it needs.
+ * hLut: null = identity tables, (KaipHLut)1 = the global LUT, otherwise a LUT object of the
+ * source's depth (or of all depths). Every output sample is one table read of the LUT.
+ * Lines are written in the source's memory order whatever KaipImgFlag_BottomUp says.
+ *
+ * Border: line 0, the last line, column 0 and the last column are computed from the 2x2
+ * block of each pixel and its neighbours towards the inside; these pixels are always written
+ * blue, green, red (so for RGB destinations the border carries red and blue swapped). */
+
+/* Shows the raw mosaic in colour: each sample (scaled to 8 bits) in the channel of its site,
+ * 0 in the others. Destinations BGR8Packed, BGRA8Packed (fourth byte 0). No LUT, no border. */
+KAIP_API KaipStatus KaipBdShowMosaic(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                                     uint32_t dwDstPixelFormat, uint32_t dwOptions);
+
+/* A Mono8 image from the green sites: green sites as they are, red and blue sites the mean of
+ * their four direct neighbours (identity LUT on the border). Destination Mono8 only; the other
+ * 8-bit formats of its class are refused with KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT. */
+KAIP_API KaipStatus KaipBdGreenToGreyscale(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                                           uint32_t dwDstPixelFormat, uint32_t dwOptions);
+
+/* The cheapest colour decoder: each pixel takes red, green and blue from the 2x2 block that
+ * ends at it. Destinations RGB8Packed, BGR8Packed, RGBA8Packed, BGRA8Packed (fourth byte 0).
+ * For 10- and 12-bit sources the LUT must carry KAIP_LUT_BAYER. */
+KAIP_API KaipStatus KaipBdNearestNeighbour(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                                           uint32_t dwDstPixelFormat, uint32_t dwOptions, KaipHLut hLut);
+
+/* Bilinear interpolation: each missing colour is the truncated mean of its two or four
+ * nearest samples of that colour, run through the LUT. Destinations BGR8Packed and
+ * BGRA8Packed (fourth byte 0); the LUT must carry KAIP_LUT_BAYER | KAIP_LUT_BAYER_16 at every
+ * depth. */
+KAIP_API KaipStatus KaipBdBilinearInterpolation(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                                                uint32_t dwDstPixelFormat, uint32_t dwOptions, KaipHLut hLut);
+
+/* Gradient-based decoders of the same frame (checks, LUT choice, border, BGR8Packed and
+ * BGRA8Packed destinations) as KaipBdBilinearInterpolation. Declared for the interface; not
+ * yet provided by this library. */
+KAIP_API KaipStatus KaipBdVariableGradients(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                                            uint32_t dwDstPixelFormat, uint32_t dwOptions, KaipHLut hLut);
+KAIP_API KaipStatus KaipBdPixelGrouping(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                                        uint32_t dwDstPixelFormat, uint32_t dwOptions, KaipHLut hLut);
+KAIP_API KaipStatus KaipBdBilinearColorCorrection(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                                                  uint32_t dwDstPixelFormat, uint32_t dwOptions, KaipHLut hLut);
+
+/* The inverse of KaipBdShowMosaic (BGR8/BGRA8 image to a Bayer 8/10/12 mosaic). Its source
+ * passes the same Bayer test as the decoders', so a colour source is refused with
+ * KASTATUS_KAIP_NOT_BAYER_PIXEL_FORMAT and a Bayer source with
+ * KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT: at present it encodes nothing. */
+KAIP_API KaipStatus KaipBdEncodeToBayer(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                                        uint32_t dwDstPixelFormat, uint32_t dwOptions);
+
+/* Options of KaipCalcWbFactors. Any non-zero options word refines the caller's factors on
+ * RGB images (Bayer mosaics ignore all but KaipWbOption_NoNormalize). */
+#define KaipWbOption_NoNormalize 0x00000001u /* exactly 1: green stays 1000, others may be below */
+#define KaipWbOption_Refine      0x00000002u /* multiply into the factors passed in (RGB only) */
+
+/* Measures white-balance factors in thousandths (1000 = gain 1.0) that make the image's
+ * average colour grey, green being the reference; unless dwOptions is exactly 1 they are then
+ * divided by the smallest, so none falls below 1000. Pixels with a channel above 249 (8-bit),
+ * 999 (10-bit) or 3999 (12-bit) are left out unless too few remain. A factor below 0.001
+ * sets all three to 1000; outputs are truncated. Each pointer may be null (neither read nor
+ * written). Sources: RGB8/BGR8/RGBA8/BGRA8Packed, RGB10/BGR10Packed, RGB12/BGR12Packed and
+ * Bayer 8/10/12 mosaics. With options non-zero, RGB images multiply the red and blue results
+ * into *pdwRed and *pdwBlue as passed in and take *pdwGreen as it is.
+ * Returns 0 (the outputs are left unchanged when nothing could be sampled); the source
+ * statuses of the decoders above; KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT for other
+ * depths. Bayer mosaics whose unsaturated sites are too few are measured on one byte per
+ * site (for 10/12-bit data: the bytes of the first half of each line). */
+KAIP_API KaipStatus KaipCalcWbFactors(const KaipImgInfo* pSrcImgInfo, uint32_t* pdwRed, uint32_t* pdwGreen,
+                                      uint32_t* pdwBlue, uint32_t dwOptions);
+
 /* ==== end bayer ===================================================================== */
 
 /* ==== lut =========================================================================== */
@@ -293,6 +386,20 @@ KAIP_API KaipStatus KaipFreeLut(KaipHLut hLut);
 /* Sets a LUT back to identity (null or 1: the global LUT). Returns 0;
  * KASTATUS_KAIP_INVALID_LUT_HANDLE for an object with an unknown depth byte. */
 KAIP_API KaipStatus KaipResetLut(KaipHLut hLut);
+
+/* Runs every sample of pSrcImgInfo through the LUT's channel tables into pDstImgInfo, or in
+ * place when pDstImgInfo is null. Formats: Mono8, Mono10, Mono12 (green table; source bits
+ * above the depth are ignored), RGB8Packed, BGR8Packed, RGBA8Packed, BGRA8Packed (the fourth
+ * byte of the destination is not written), RGB10Packed, BGR10Packed, RGB12Packed,
+ * BGR12Packed. hLut null or 1: the global LUT; otherwise a LUT object whose depth is that of
+ * the format, or a universal object. A destination must match the source in size, pixel
+ * format, colour planes and orientation; with KaipOption_ReallocateDst in dwOptions one that
+ * does not is rebuilt with the source's size and format (before the LUT is checked).
+ * Returns 0, a status of the common checks, KASTATUS_KAIP_INVALID_LUT_TYPE (LUT object of
+ * another depth, or any other format with a LUT object),
+ * KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT (any other format with the global LUT). */
+KAIP_API KaipStatus KaipApplyLut(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, KaipHLut hLut,
+                                 uint32_t dwOptions);
 /* ==== end lut ======================================================================= */
 
 /* ==== geometry ====================================================================== */

@@ -1,0 +1,235 @@
+// color_correction_test.cpp: KaipApplyRgbColorCorrection against a per-pixel model, its refusals, and the saturation matrix.
+#include <cmath>
+#include <functional>
+
+#include "matrix/matrix_test_util.h"
+
+namespace {
+
+struct TCcFormat {
+    uint32_t code;
+    unsigned depth;  // 8, 10, 12 or 16; the sample is a byte for 8, a word otherwise
+    bool bgr;        // blue first in memory
+    unsigned step;   // samples per pixel
+    unsigned SampleBytes() const { return depth == 8 ? 1 : 2; }
+    unsigned PixelBytes() const { return step * SampleBytes(); }
+};
+
+const TCcFormat kFormats[] = {
+    {KaipPixelFormat_BGR8Packed, 8, true, 3},   {KaipPixelFormat_BGRA8Packed, 8, true, 4},
+    {KaipPixelFormat_RGB8Packed, 8, false, 3},  {KaipPixelFormat_RGBA8Packed, 8, false, 4},
+    {KaipPixelFormat_BGR10Packed, 10, true, 3}, {KaipPixelFormat_RGB10Packed, 10, false, 3},
+    {KaipPixelFormat_BGR12Packed, 12, true, 3}, {KaipPixelFormat_RGB12Packed, 12, false, 3},
+    {KaipPixelFormat_BGR16, 16, true, 3},       {KaipPixelFormat_RGB16Packed, 16, false, 3},
+};
+
+// The correction of one image by its rules: coefficients entry x 65.536 truncated; sums wrapped at
+// 32 bits below 16-bit depth; clamp; shift; optional LUT per output channel. `out` holds what the
+// output buffer held before.
+void ModelCorrection(const TCcFormat& f, const KaipImgInfo& src, std::vector<uint8_t>& out, uint32_t outIncrement,
+                     const int32_t* m, const TModelLut* lut)
+{
+    int64_t c[9];
+    for (int i = 0; i < 9; ++i) c[i] = int64_t(std::trunc(m[i] * 65.536));
+    const int64_t max = (1 << f.depth) - 1;
+    const unsigned bytes = f.SampleBytes(), iRed = f.bgr ? 2 : 0, iBlue = 2 - iRed;
+    for (uint32_t y = 0; y < src.Height; ++y) {
+        const uint8_t* s = src.pData + y * src.LineIncrement;
+        uint8_t* d = out.data() + y * outIncrement;
+        for (uint32_t x = 0; x < src.Width; ++x) {
+            const size_t p = size_t(x) * f.step;
+            const int64_t in[3] = {GetSample(s, p + iRed, bytes), GetSample(s, p + 1, bytes), GetSample(s, p + iBlue, bytes)};
+            const size_t pos[3] = {p + iRed, p + 1, p + iBlue};
+            for (int k = 0; k < 3; ++k) {
+                int64_t v = c[3 * k] * in[0] + c[3 * k + 1] * in[1] + c[3 * k + 2] * in[2];
+                if (f.depth < 16) v = int32_t(uint32_t(uint64_t(v)));
+                int64_t o = v < 0 ? 0 : v > max * 65536 ? max : v >> 16;
+                if (lut) o = (*lut)[k][size_t(o)];
+                PutSample(d, pos[k], bytes, uint32_t(o));
+            }
+        }
+    }
+}
+
+// Mostly moderate entries; now and then a large one, whose products wrap the 32-bit sums.
+std::array<int32_t, 9> RandomMatrix(std::mt19937& gen)
+{
+    std::array<int32_t, 9> m;
+    for (auto& v : m) v = int32_t(gen() % 5001) - 2500;
+    if (gen() % 4 == 0) m[gen() % 9] = int32_t(gen() % 80001) - 40000;
+    return m;
+}
+
+enum class LutMode { None, Object, Global };
+
+TEST(ApplyRgbColorCorrection, MatchesModelOnRandomImages)
+{
+    const std::pair<uint32_t, uint32_t> sizes[] = {{1, 1}, {2, 3}, {5, 4}, {8, 2}, {17, 5}};
+    uint32_t seed = 1;
+    for (const TCcFormat& f : kFormats) {
+        for (auto [w, h] : sizes) {
+            for (uint32_t flags : {0u, KaipImgFlag_BottomUp}) {
+                for (LutMode mode : {LutMode::None, LutMode::Object, LutMode::Global}) {
+                    for (bool inPlace : {false, true}) {
+                        ++seed;
+                        SCOPED_TRACE(testing::Message() << "seed " << seed << " format 0x" << std::hex << f.code
+                                                        << std::dec << " " << w << "x" << h << " flags " << flags
+                                                        << " lut " << int(mode) << " in place " << inPlace);
+                        std::mt19937 gen(seed);
+                        const auto m = RandomMatrix(gen);
+                        const unsigned lutDepth = f.depth == 16 ? 8 : f.depth;
+                        std::unique_ptr<RandomLut> object;
+                        std::unique_ptr<RandomGlobalLut> global;
+                        KaipHLut hLut = nullptr;
+                        if (mode == LutMode::Object) object = std::make_unique<RandomLut>(lutDepth, seed), hLut = object->Handle();
+                        if (mode == LutMode::Global) global = std::make_unique<RandomGlobalLut>(lutDepth, seed), hLut = KaipHLut(1);
+                        // The 16-bit formats never use a LUT, whatever the handle.
+                        const TModelLut* lut = f.depth == 16 ? nullptr
+                                               : object       ? &object->Tables()
+                                               : global       ? &global->Tables()
+                                                              : nullptr;
+
+                        auto src = MakeImage(w, h, f.code, f.PixelBytes(), flags, 2, seed);
+                        auto dst = MakeImage(w, h, f.code, f.PixelBytes(), flags, 4, 0);
+                        KaipImgInfo* pDst = inPlace ? nullptr : &dst->info;
+                        GuardedImage& out = inPlace ? *src : *dst;
+                        std::vector<uint8_t> expected = Bytes(out);
+                        ModelCorrection(f, src->info, expected, out.info.LineIncrement, m.data(), lut);
+                        ASSERT_EQ(KaipApplyRgbColorCorrection(&src->info, pDst, m.data(), 0, hLut), KASTATUS_OK);
+                        ASSERT_EQ(Bytes(out), expected);
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST(ApplyRgbColorCorrection, WorkedValues)
+{
+    struct Case {
+        std::array<int32_t, 9> m;
+        std::array<uint8_t, 4> in, out;  // B, G, R, A of one BGRA8 pixel
+    };
+    const Case cases[] = {
+        {{1000, 0, 0, 0, 1000, 0, 0, 0, 1000}, {1, 2, 3, 4}, {1, 2, 3, 4}},  // identity
+        {{1000, 1000, 1000, 1000, 1000, 1000, 1000, 1000, 1000}, {100, 100, 100, 9}, {255, 255, 255, 9}},
+        {{1000, 1000, 1000, 1000, 1000, 1000, 1000, 1000, 1000}, {10, 20, 50, 9}, {80, 80, 80, 9}},
+        {{-1000, 0, 0, 0, 1000, 0, 0, 0, 1000}, {7, 8, 200, 9}, {7, 8, 0, 9}},  // negative red clamps to 0
+        {{0, 0, 0, 0, 0, 0, 0, 0, 0}, {7, 8, 9, 10}, {0, 0, 0, 10}},
+    };
+    for (const Case& c : cases) {
+        auto image = MakeImage(1, 1, KaipPixelFormat_BGRA8Packed, 4, 0, 0, 0);
+        std::copy(c.in.begin(), c.in.end(), image->buffer.data());
+        ASSERT_EQ(KaipApplyRgbColorCorrection(&image->info, nullptr, c.m.data(), 0, nullptr), KASTATUS_OK);
+        EXPECT_EQ(Bytes(*image), std::vector<uint8_t>(c.out.begin(), c.out.end()));
+    }
+}
+
+TEST(ApplyRgbColorCorrection, SixteenBitExtremes)
+{
+    auto image = MakeImage(2, 1, KaipPixelFormat_BGR16, 6, 0, 0, 0, 0xFF);
+    const int32_t identity[9] = {1000, 0, 0, 0, 1000, 0, 0, 0, 1000};
+    ASSERT_EQ(KaipApplyRgbColorCorrection(&image->info, nullptr, identity, 0, KaipHLut(1)), KASTATUS_OK);
+    EXPECT_EQ(Bytes(*image), std::vector<uint8_t>(12, 0xFF));
+    // An entry of 1 is the coefficient 65 (65.536 truncated): 65535 x 65 >> 16 = 64, not 65.
+    const int32_t tiny[9] = {1, 0, 0, 0, 1000, 0, 0, 0, 1000};
+    ASSERT_EQ(KaipApplyRgbColorCorrection(&image->info, nullptr, tiny, 0, nullptr), KASTATUS_OK);
+    EXPECT_EQ(GetSample(image->buffer.data(), 2, 2), 64u);
+}
+
+TEST(ApplyRgbColorCorrection, ReallocatesAMisfitDestination)
+{
+    const int32_t m[9] = {900, 50, 50, 100, 800, 100, 0, 300, 700};
+    auto src = MakeImage(7, 3, KaipPixelFormat_RGB12Packed, 6, KaipImgFlag_BottomUp, 0, 77);
+    std::vector<uint8_t> expected(src->buffer.size());
+    ModelCorrection(kFormats[7], src->info, expected, src->info.LineIncrement, m, nullptr);
+    KaipImgInfo dst{};
+    ASSERT_EQ(KaipApplyRgbColorCorrection(&src->info, &dst, m, KaipOption_ReallocateDst | KaipImgFlag_BottomUp, nullptr),
+              KASTATUS_OK);
+    EXPECT_EQ(dst.Width, 7u);
+    EXPECT_EQ(dst.PixelFormat, KaipPixelFormat_RGB12Packed);
+    EXPECT_EQ(dst.Flags, KaipImgFlag_BottomUp | KaipImgFlag_DataAllocated);
+    EXPECT_EQ(std::vector<uint8_t>(dst.pData, dst.pData + expected.size()), expected);
+    EXPECT_EQ(KaipDeallocateImageData(&dst), KASTATUS_OK);
+}
+
+TEST(ApplyRgbColorCorrection, Refusals)
+{
+    const int32_t m[9] = {1000, 0, 0, 0, 1000, 0, 0, 0, 1000};
+    RandomLut lut8(8, 5);
+    struct Case {
+        const char* what;
+        KaipStatus status;
+        std::function<KaipStatus(GuardedImage& src, GuardedImage& dst)> call;
+    };
+    const Case cases[] = {
+        {"null source", KASTATUS_KAIP_INVALID_SRC_POINTER,
+         [&](GuardedImage&, GuardedImage& d) { return KaipApplyRgbColorCorrection(nullptr, &d.info, m, 0, nullptr); }},
+        {"source not initialised", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED,
+         [&](GuardedImage& s, GuardedImage& d) { s.info.LineIncrement = 0; return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr); }},
+        {"source without buffer", KASTATUS_KAIP_SRC_NOT_ALLOCATED,
+         [&](GuardedImage& s, GuardedImage& d) { s.info.pData = nullptr; return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr); }},
+        {"mono source", KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT,
+         [&](GuardedImage& s, GuardedImage& d) { s.info.PixelFormat = d.info.PixelFormat = KaipPixelFormat_Mono8; return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr); }},
+        {"colour planes", KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED,
+         [&](GuardedImage& s, GuardedImage& d) {
+             s.info.Flags = KaipImgFlag_ColorPlanes;
+             s.info.pDataR = s.info.pDataG = s.info.pDataB = s.info.pData;
+             return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr);
+         }},
+        {"size", KASTATUS_KAIP_INCOMPATIBLE_SIZE,
+         [&](GuardedImage& s, GuardedImage& d) { d.info.Height = 1; return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr); }},
+        {"pixel format", KASTATUS_KAIP_INCOMPATIBLE_SRC_DST_PIXEL_FORMAT,
+         [&](GuardedImage& s, GuardedImage& d) { d.info.PixelFormat = KaipPixelFormat_RGB8Packed; return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr); }},
+        {"destination without buffer", KASTATUS_KAIP_DST_NOT_ALLOCATED,
+         [&](GuardedImage& s, GuardedImage& d) { d.info.pData = nullptr; return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr); }},
+        {"orientation", KASTATUS_KAIP_INCOMPATIBLE_FLAGS,
+         [&](GuardedImage& s, GuardedImage& d) { d.info.Flags = KaipImgFlag_BottomUp; return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr); }},
+        {"null matrix", KASTATUS_KAIP_INVALID_POINTER,
+         [&](GuardedImage& s, GuardedImage& d) { return KaipApplyRgbColorCorrection(&s.info, &d.info, nullptr, 0, nullptr); }},
+        {"null matrix in place", KASTATUS_KAIP_INVALID_POINTER,
+         [&](GuardedImage& s, GuardedImage&) { return KaipApplyRgbColorCorrection(&s.info, nullptr, nullptr, 0, nullptr); }},
+        {"8-bit LUT for a 10-bit format", KASTATUS_KAIP_INVALID_LUT_TYPE,
+         [&](GuardedImage& s, GuardedImage& d) {
+             s.info.PixelFormat = d.info.PixelFormat = KaipPixelFormat_BGR10Packed;
+             s.info.Width = d.info.Width = 1;
+             return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, lut8.Handle());
+         }},
+        {"rebuilt in colour planes", KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED,
+         [&](GuardedImage& s, GuardedImage& d) {
+             KaipImgInfo fresh{};
+             const KaipStatus status = KaipApplyRgbColorCorrection(&s.info, &fresh, m, KaipOption_ReallocateDst | KaipImgFlag_ColorPlanes, nullptr);
+             KaipDeallocateImageData(&fresh);
+             (void)d;
+             return status;
+         }},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        auto src = MakeImage(3, 2, KaipPixelFormat_BGR8Packed, 3, 0, 0, 9);
+        auto dst = MakeImage(3, 2, KaipPixelFormat_BGR8Packed, 3, 0, 0, 0);
+        const std::vector<uint8_t> srcBefore = Bytes(*src), dstBefore = Bytes(*dst);
+        EXPECT_EQ(c.call(*src, *dst), c.status);
+        EXPECT_EQ(Bytes(*src), srcBefore);
+        EXPECT_EQ(Bytes(*dst), dstBefore);
+    }
+}
+
+TEST(SetSaturationMatrix, Examples)
+{
+    const std::pair<uint32_t, std::array<int32_t, 9>> cases[] = {
+        {0, {299, 587, 114, 299, 587, 114, 299, 587, 114}},
+        {50, {649, 293, 57, 149, 793, 57, 149, 293, 557}},
+        {100, {1000, 0, 0, 0, 1000, 0, 0, 0, 1000}},
+        {150, {1350, -293, -57, -149, 1206, -57, -149, -293, 1443}},
+        {200, {1700, -587, -114, -299, 1412, -114, -299, -587, 1886}},
+    };
+    for (const auto& [saturation, expected] : cases) {
+        std::array<int32_t, 9> m{};
+        ASSERT_EQ(KaipSetSaturationMatrix(saturation, m.data()), KASTATUS_OK);
+        EXPECT_EQ(m, expected) << "saturation " << saturation;
+    }
+    EXPECT_EQ(KaipSetSaturationMatrix(100, nullptr), KASTATUS_KAIP_INVALID_POINTER);
+}
+
+}  // namespace

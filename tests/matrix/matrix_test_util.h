@@ -1,0 +1,110 @@
+// matrix_test_util.h: guarded random images, sample access and LUTs with random tables for the matrix tests.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstring>
+#include <memory>
+#include <random>
+#include <vector>
+
+#include "general/lut.h"
+#include "support/guarded.h"
+
+// Samples are bytes or little-endian 16-bit words.
+inline uint32_t GetSample(const uint8_t* p, size_t i, unsigned bytes)
+{
+    return bytes == 1 ? p[i] : uint32_t(p[2 * i] | p[2 * i + 1] << 8);
+}
+inline void PutSample(uint8_t* p, size_t i, unsigned bytes, uint32_t v)
+{
+    if (bytes == 1) {
+        p[i] = uint8_t(v);
+    } else {
+        p[2 * i] = uint8_t(v), p[2 * i + 1] = uint8_t(v >> 8);
+    }
+}
+
+// An image of width x height pixels of pixelBytes each in a guarded buffer, each line padded by
+// `pad` bytes, filled with random bytes (or with `fill` when seed is 0).
+inline std::unique_ptr<GuardedImage> MakeImage(uint32_t width, uint32_t height, uint32_t format, uint32_t pixelBytes,
+                                               uint32_t flags, uint32_t pad, uint32_t seed, uint8_t fill = 0xA5)
+{
+    auto image = std::make_unique<GuardedImage>(width, height, format, width * pixelBytes + pad, flags, pixelBytes);
+    if (seed) {
+        FillRandom(image->buffer.data(), image->buffer.size(), seed);
+    } else {
+        std::memset(image->buffer.data(), fill, image->buffer.size());
+    }
+    return image;
+}
+
+inline std::vector<uint8_t> Bytes(const GuardedImage& image)
+{
+    return {image.buffer.data(), image.buffer.data() + image.buffer.size()};
+}
+
+// The red, green and blue tables of a LUT as the tests see them.
+using TModelLut = std::array<std::vector<uint32_t>, 3>;
+
+// Fills the channel tables of a body with random values of its depth and returns a copy of them.
+template <typename TBody>
+TModelLut FillTables(TBody& body, unsigned depth, uint32_t seed)
+{
+    std::mt19937 gen(seed);
+    TModelLut model;
+    auto fill = [&](auto& table, std::vector<uint32_t>& copy) {
+        for (auto& v : table) {
+            v = gen() & ((1u << depth) - 1);
+            copy.push_back(v);
+        }
+    };
+    fill(body.Red, model[0]), fill(body.Green, model[1]), fill(body.Blue, model[2]);
+    return model;
+}
+
+// A LUT object of one depth (8, 10 or 12) with random channel tables, freed at the end of the scope.
+class RandomLut {
+public:
+    RandomLut(unsigned depth, uint32_t seed) : m_hLut(KaipAllocateLut(depth))
+    {
+        if (depth == 8) m_tables = Fill(GetLut8, depth, seed);
+        if (depth == 10) m_tables = Fill(GetLut10, depth, seed);
+        if (depth == 12) m_tables = Fill(GetLut12, depth, seed);
+    }
+    ~RandomLut() { KaipFreeLut(m_hLut); }
+    KaipHLut Handle() const { return m_hLut; }
+    const TModelLut& Tables() const { return m_tables; }
+
+private:
+    template <typename TBody>
+    TModelLut Fill(KaipStatus (*pfnGetLut)(KaipHLut, TBody*&), unsigned depth, uint32_t seed)
+    {
+        TBody* pBody = nullptr;
+        EXPECT_EQ(pfnGetLut(m_hLut, pBody), KASTATUS_OK);
+        return FillTables(*pBody, depth, seed);
+    }
+    KaipHLut m_hLut;
+    TModelLut m_tables;
+};
+
+// Random tables in the global LUT of one depth for one scope; the old contents come back afterwards.
+class RandomGlobalLut {
+public:
+    RandomGlobalLut(unsigned depth, uint32_t seed)
+        : m_save8(g_Lut8), m_save10(std::make_unique<TKaIpLut10>(g_Lut10)), m_save12(std::make_unique<TKaIpLut12>(g_Lut12))
+    {
+        if (depth == 8) m_tables = FillTables(g_Lut8, depth, seed);
+        if (depth == 10) m_tables = FillTables(g_Lut10, depth, seed);
+        if (depth == 12) m_tables = FillTables(g_Lut12, depth, seed);
+    }
+    ~RandomGlobalLut() { g_Lut8 = m_save8, g_Lut10 = *m_save10, g_Lut12 = *m_save12; }
+    const TModelLut& Tables() const { return m_tables; }
+
+private:
+    TKaIpLut8 m_save8;
+    std::unique_ptr<TKaIpLut10> m_save10;
+    std::unique_ptr<TKaIpLut12> m_save12;
+    TModelLut m_tables;
+};
