@@ -31,7 +31,7 @@ CGlobalLutInitializer g_GlobalLutInitializer __attribute__((init_priority(103)))
 namespace {
 
 template <class TLut>
-KaipStatus GetLut(KaipHLut hLut, TLut*& pLut, const char* pszFunc)
+KaipStatus ResolveLut(KaipHLut hLut, TLut*& pLut, const char* pszFunc)
 {
     pLut = nullptr;
     if (!hLut) return KASTATUS_KAIP_INVALID_LUT_HANDLE;
@@ -64,9 +64,9 @@ void* AllocateUniversal(uint32_t dwType)
 
 }  // namespace
 
-KaipStatus GetLut8(KaipHLut hLut, TKaIpLut8*& pLut) { return GetLut(hLut, pLut, "GetLut8"); }
-KaipStatus GetLut10(KaipHLut hLut, TKaIpLut10*& pLut) { return GetLut(hLut, pLut, "GetLut10"); }
-KaipStatus GetLut12(KaipHLut hLut, TKaIpLut12*& pLut) { return GetLut(hLut, pLut, "GetLut12"); }
+KaipStatus GetLut8(KaipHLut hLut, TKaIpLut8*& pLut) { return ResolveLut(hLut, pLut, "GetLut8"); }
+KaipStatus GetLut10(KaipHLut hLut, TKaIpLut10*& pLut) { return ResolveLut(hLut, pLut, "GetLut10"); }
+KaipStatus GetLut12(KaipHLut hLut, TKaIpLut12*& pLut) { return ResolveLut(hLut, pLut, "GetLut12"); }
 
 KaipHLut AllocateLut(uint32_t dwType)
 {

@@ -96,6 +96,10 @@ extern CGlobalLutInitializer g_GlobalLutInitializer;
 KaipStatus GetLut8(KaipHLut hLut, TKaIpLut8*& pLut);
 KaipStatus GetLut10(KaipHLut hLut, TKaIpLut10*& pLut);
 KaipStatus GetLut12(KaipHLut hLut, TKaIpLut12*& pLut);
+// The same lookups chosen by the body type, for code templated on the depth.
+inline KaipStatus GetLut(KaipHLut hLut, TKaIpLut8*& pLut) { return GetLut8(hLut, pLut); }
+inline KaipStatus GetLut(KaipHLut hLut, TKaIpLut10*& pLut) { return GetLut10(hLut, pLut); }
+inline KaipStatus GetLut(KaipHLut hLut, TKaIpLut12*& pLut) { return GetLut12(hLut, pLut); }
 
 // Objects: allocation (reset to identity), release, reset (null or 1: the global LUT).
 KaipHLut AllocateLut(uint32_t dwType);

@@ -4,3 +4,8 @@
 KAIP_API KaipHLut KaipAllocateLut(uint32_t dwLutType) { return AllocateLut(dwLutType); }
 KAIP_API KaipStatus KaipFreeLut(KaipHLut hLut) { return FreeLut(hLut); }
 KAIP_API KaipStatus KaipResetLut(KaipHLut hLut) { return ResetLut(hLut); }
+
+KAIP_API KaipStatus KaipApplyLut(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, KaipHLut hLut, uint32_t dwOptions)
+{
+    return ApplyLut(pSrcImgInfo, pDstImgInfo, hLut, dwOptions);
+}

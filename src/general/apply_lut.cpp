@@ -1,0 +1,110 @@
+// apply_lut.cpp: running every sample of an unpacked mono or RGB image through a LUT.
+#include <cstring>
+
+#include "core/check.h"
+#include "core/log.h"
+#include "general/lut.h"
+
+namespace {
+
+template <class T>
+inline T Load(const uint8_t* p)
+{
+    T v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+}
+
+template <class T>
+inline void Store(uint8_t* p, T v)
+{
+    std::memcpy(p, &v, sizeof v);
+}
+
+// One line of Channels samples per pixel (1, 3, or 4 with the fourth left alone). Bits above
+// the depth are dropped from the source; table values are written as they stand.
+template <class TLut, unsigned Channels, bool Bgr>
+void ApplyLutLine(const uint8_t* pSrc, uint8_t* pDst, uint32_t dwWidth, const TLut& lut)
+{
+    using T = typename TLut::TValue;
+    constexpr unsigned mask = TLut::N - 1, nLooked = Channels == 1 ? 1 : 3, step = Channels * sizeof(T);
+    const T* const tables[3] = {Channels == 1 ? lut.Green : Bgr ? lut.Blue : lut.Red, lut.Green,
+                                Bgr ? lut.Red : lut.Blue};
+    for (uint32_t x = 0; x < dwWidth; ++x, pSrc += step, pDst += step) {
+        for (unsigned c = 0; c < nLooked; ++c) {
+            Store<T>(pDst + c * sizeof(T), tables[c][Load<T>(pSrc + c * sizeof(T)) & mask]);
+        }
+    }
+}
+
+template <class TLut, unsigned Channels, bool Bgr>
+KaipStatus ApplyLutImage(const KaipImgInfo& src, const KaipImgInfo& dst, KaipHLut hLut)
+{
+    TLut* pLut;
+    if (GetLut(hLut, pLut) != KASTATUS_OK) return KASTATUS_KAIP_INVALID_LUT_TYPE;
+    for (uint32_t y = 0; y < src.Height; ++y) {
+        ApplyLutLine<TLut, Channels, Bgr>(src.pData + size_t(y) * src.LineIncrement,
+                                          dst.pData + size_t(y) * dst.LineIncrement, src.Width, *pLut);
+    }
+    return KASTATUS_OK;
+}
+
+struct TApplyLutFormat {
+    uint32_t dwPixelFormat;
+    uint32_t dwDepth;
+    KaipStatus (*pfnApply)(const KaipImgInfo& src, const KaipImgInfo& dst, KaipHLut hLut);
+};
+
+constexpr TApplyLutFormat kFormats[] = {
+    {KaipPixelFormat_Mono8, 8, ApplyLutImage<TKaIpLut8, 1, false>},
+    {KaipPixelFormat_Mono10, 10, ApplyLutImage<TKaIpLut10, 1, false>},
+    {KaipPixelFormat_Mono12, 12, ApplyLutImage<TKaIpLut12, 1, false>},
+    {KaipPixelFormat_RGB8Packed, 8, ApplyLutImage<TKaIpLut8, 3, false>},
+    {KaipPixelFormat_BGR8Packed, 8, ApplyLutImage<TKaIpLut8, 3, true>},
+    {KaipPixelFormat_RGBA8Packed, 8, ApplyLutImage<TKaIpLut8, 4, false>},
+    {KaipPixelFormat_BGRA8Packed, 8, ApplyLutImage<TKaIpLut8, 4, true>},
+    {KaipPixelFormat_RGB10Packed, 10, ApplyLutImage<TKaIpLut10, 3, false>},
+    {KaipPixelFormat_BGR10Packed, 10, ApplyLutImage<TKaIpLut10, 3, true>},
+    {KaipPixelFormat_RGB12Packed, 12, ApplyLutImage<TKaIpLut12, 3, false>},
+    {KaipPixelFormat_BGR12Packed, 12, ApplyLutImage<TKaIpLut12, 3, true>},
+};
+
+// Mono8/Bayer8, Mono10/Bayer10, Mono12/Bayer12, the 8-bit RGB family and the 10/12-bit RGB.
+constexpr uint64_t kApplyLutSrcClasses =
+    KaipPixelFormatClass_Mono8 | KaipPixelFormatClass_Mono10 | KaipPixelFormatClass_Mono12 |
+    KaipPixelFormatClass_BGR8Packed | KaipPixelFormatClass_BGRA8Packed | KaipPixelFormatClass_RGB8Packed |
+    KaipPixelFormatClass_RGBA8Packed | KaipPixelFormatClass_BGR10Packed | KaipPixelFormatClass_RGB10Packed |
+    KaipPixelFormatClass_BGR12Packed | KaipPixelFormatClass_RGB12Packed;
+static_assert(kApplyLutSrcClasses == 0xF00007815ull, "source classes of ApplyLut");
+
+}  // namespace
+
+KaipStatus ApplyLut(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, KaipHLut hLut, uint32_t dwOptions)
+{
+    const char* const pszFunc = "ApplyLut";
+    bool bReallocate = false;
+    KaipStatus status = CheckImgInfos(pszFunc, pSrcImgInfo, pDstImgInfo, dwOptions, kApplyLutSrcClasses, 0, 0,
+                                      KaipCheck_SameSize | KaipCheck_SamePixelFormat, 3, &bReallocate);
+    if (status != KASTATUS_OK) return status;
+    if (bReallocate) {
+        status = ReallocateDst(pszFunc, pDstImgInfo, pSrcImgInfo->Width, pSrcImgInfo->Height,
+                               pSrcImgInfo->PixelFormat, dwOptions);
+        if (status != KASTATUS_OK) return status;
+    }
+
+    const TApplyLutFormat* pFormat = nullptr;
+    for (const TApplyLutFormat& format : kFormats) {
+        if (format.dwPixelFormat == pSrcImgInfo->PixelFormat) pFormat = &format;
+    }
+    // Null means the global LUT here, not identity as for the Bayer decoders.
+    const bool bGlobal = IsGlobalLutHandle(hLut);
+    if (!pFormat && bGlobal) {
+        return Refuse(KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT, "%s: KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT 0x%.8x",
+                      pszFunc, pSrcImgInfo->PixelFormat);
+    }
+    if (!pFormat || (!bGlobal && (*hLut & kLutDepthMask) != 0 && (*hLut & kLutDepthMask) != pFormat->dwDepth)) {
+        return Refuse(KASTATUS_KAIP_INVALID_LUT_TYPE, "%s: KASTATUS_KAIP_INVALID_LUT_TYPE", pszFunc);
+    }
+    return pFormat->pfnApply(*pSrcImgInfo, pDstImgInfo ? *pDstImgInfo : *pSrcImgInfo,
+                             bGlobal ? reinterpret_cast<KaipHLut>(1) : hLut);
+}
