@@ -1,0 +1,33 @@
+// geometry.h: mirror, line reversal, quarter turn, deinterlace and area copy, and the pixel pieces they share.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "pm.imgproc.h"
+
+KaipStatus Mirror(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, int32_t iTopBottom, int32_t iLeftRight,
+                  uint32_t dwOptions, KaipHLut hLut);
+KaipStatus ReverseLines(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, uint32_t dwOptions);
+KaipStatus ReverseLinesFast(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, void* pLineBuffer,
+                            uint32_t dwOptions);
+KaipStatus Rotate90AndMirror(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, uint32_t dwClockwise,
+                             uint32_t dwMirrorTopBottom, uint32_t dwMirrorLeftRight, uint32_t dwOptions,
+                             KaipHLut hLut);
+KaipStatus Deinterlace(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, uint32_t dwOptions);
+KaipStatus CopyArea(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, int32_t iXOffset, int32_t iYOffset,
+                    int32_t iDstWidth, int32_t iDstHeight, uint32_t dwOptions);
+
+namespace geometry {
+
+// Start of line y of an interleaved image.
+inline uint8_t* Line(const KaipImgInfo& info, uint32_t y) { return info.pData + size_t(y) * info.LineIncrement; }
+
+// Copies one pixel of P bytes; a fixed-size memcpy becomes one or two moves.
+template <unsigned P>
+struct CopyPixel {
+    void operator()(const uint8_t* s, uint8_t* d) const { std::memcpy(d, s, P); }
+};
+
+}  // namespace geometry

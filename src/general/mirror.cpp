@@ -1,0 +1,238 @@
+// mirror.cpp: top-bottom and left-right mirroring with an optional LUT, and the two line reversals.
+#include <algorithm>
+#include <type_traits>
+
+#include "core/check.h"
+#include "core/common.h"
+#include "core/log.h"
+#include "general/geometry.h"
+#include "general/lut.h"
+#include "platform/os_buffer.h"
+
+using geometry::CopyPixel;
+using geometry::Line;
+
+namespace {
+
+// Classes 0 to 14: Mono8 up to RGBA8Packed, every unpacked format of one to four bytes per pixel.
+constexpr uint64_t kMirrorClasses = 0x7FFF;
+
+// Sample mappers: each writes the pixel read at s to d through the LUT's channel tables.
+struct MapMono8 {
+    const uint8_t* pGreen;
+    void operator()(const uint8_t* s, uint8_t* d) const { *d = pGreen[*s]; }
+};
+
+// Two-byte pixels keep only the bits the table covers, whatever their own depth.
+template <uint16_t Mask>
+struct MapWord {
+    const uint16_t* pGreen;
+    void operator()(const uint8_t* s, uint8_t* d) const
+    {
+        uint16_t v;
+        std::memcpy(&v, s, 2);
+        v = pGreen[v & Mask];
+        std::memcpy(d, &v, 2);
+    }
+};
+
+// Bytes 0, 1, 2 go through Red, Green, Blue whatever the channel order; a fourth byte is copied.
+template <unsigned P>
+struct MapRgb {
+    const uint8_t* pRed;
+    const uint8_t* pGreen;
+    const uint8_t* pBlue;
+    void operator()(const uint8_t* s, uint8_t* d) const
+    {
+        const uint8_t r = s[0], g = s[1], b = s[2];
+        d[0] = pRed[r];
+        d[1] = pGreen[g];
+        d[2] = pBlue[b];
+        if constexpr (P == 4) d[3] = s[3];
+    }
+};
+
+template <unsigned P, class Map>
+constexpr bool kIsCopy = std::is_same_v<Map, CopyPixel<P>>;
+
+// Writes n pixels of d from s, in the same or in the reverse order.
+template <unsigned P, bool Reverse, class Map>
+void MapLine(const uint8_t* s, uint8_t* d, size_t n, Map map)
+{
+    if constexpr (kIsCopy<P, Map> && !Reverse) {
+        std::memcpy(d, s, n * P);
+    } else {
+        for (size_t x = 0; x < n; ++x) map(s + (Reverse ? n - 1 - x : x) * P, d + x * P);
+    }
+}
+
+// Exchanges pixel x of line a with pixel x (or last - x) of line b for x < n, mapping both as
+// they are written. a and b may be the same line, even the same pixel: each pair is read
+// before it is written.
+template <unsigned P, bool Reverse, class Map>
+void ExchangeLine(uint8_t* a, uint8_t* b, size_t last, size_t n, Map map)
+{
+    if constexpr (kIsCopy<P, Map> && !Reverse) {
+        uint8_t t[1024];
+        for (size_t done = 0, bytes = n * P; done < bytes; done += sizeof t) {
+            const size_t k = std::min(sizeof t, bytes - done);
+            std::memcpy(t, a + done, k);
+            std::memcpy(a + done, b + done, k);
+            std::memcpy(b + done, t, k);
+        }
+    } else {
+        for (size_t x = 0; x < n; ++x) {
+            uint8_t* p = a + x * P;
+            uint8_t* q = b + (Reverse ? last - x : x) * P;
+            uint8_t t[P];
+            std::memcpy(t, p, P);
+            map(q, p);
+            map(t, q);
+        }
+    }
+}
+
+template <unsigned P, class Map>
+void MirrorPixels(const KaipImgInfo& src, const KaipImgInfo* pDst, bool bTopBottom, bool bLeftRight, Map map)
+{
+    const uint32_t w = src.Width, h = src.Height;
+    if (pDst) {
+        if (kIsCopy<P, Map> && !bTopBottom && !bLeftRight) {
+            // A plain copy moves whole lines, padding included.
+            const size_t bytes = std::min(src.LineIncrement, pDst->LineIncrement);
+            for (uint32_t y = 0; y < h; ++y) std::memmove(Line(*pDst, y), Line(src, y), bytes);
+            return;
+        }
+        const auto line = bLeftRight ? MapLine<P, true, Map> : MapLine<P, false, Map>;
+        const uint8_t* s = bTopBottom ? Line(src, h - 1) : src.pData;
+        const ptrdiff_t step = bTopBottom ? -ptrdiff_t(src.LineIncrement) : ptrdiff_t(src.LineIncrement);
+        for (uint32_t y = 0; y < h; ++y, s += step) line(s, Line(*pDst, y), w, map);
+    } else if (bTopBottom) {
+        // With both directions the rows run up to and including an odd middle row, which is
+        // thereby exchanged with itself twice over: it keeps its order and is mapped twice.
+        const auto exchange = bLeftRight ? ExchangeLine<P, true, Map> : ExchangeLine<P, false, Map>;
+        const uint32_t rows = bLeftRight ? (h + 1) / 2 : h / 2;
+        for (uint32_t y = 0; y < rows; ++y) exchange(Line(src, y), Line(src, h - 1 - y), w - 1, w, map);
+    } else if (bLeftRight) {
+        for (uint32_t y = 0; y < h; ++y) ExchangeLine<P, true>(Line(src, y), Line(src, y), w - 1, w / 2, map);
+    }
+}
+
+// Runs the mirror with the copy or with the LUT mapper of an 8-bit body.
+template <unsigned P, class Make>
+KaipStatus MirrorLut8(const KaipImgInfo& src, const KaipImgInfo* pDst, bool bTb, bool bLr, KaipHLut hLut, Make make)
+{
+    if (!hLut) {
+        MirrorPixels<P>(src, pDst, bTb, bLr, CopyPixel<P>{});
+        return KASTATUS_OK;
+    }
+    TKaIpLut8* pLut;
+    if (const KaipStatus status = GetLut8(hLut, pLut)) return status;
+    MirrorPixels<P>(src, pDst, bTb, bLr, make(*pLut));
+    return KASTATUS_OK;
+}
+
+KaipStatus MirrorWords(const KaipImgInfo& src, const KaipImgInfo* pDst, bool bTb, bool bLr, KaipHLut hLut)
+{
+    if (!hLut) {
+        MirrorPixels<2>(src, pDst, bTb, bLr, CopyPixel<2>{});
+        return KASTATUS_OK;
+    }
+    if (src.PixelFormat == KaipPixelFormat_Mono10) {
+        TKaIpLut10* pLut;
+        if (const KaipStatus status = GetLut10(hLut, pLut)) return status;
+        MirrorPixels<2>(src, pDst, bTb, bLr, MapWord<0x3FF>{pLut->Green});
+    } else {
+        TKaIpLut12* pLut;
+        if (const KaipStatus status = GetLut12(hLut, pLut)) return status;
+        MirrorPixels<2>(src, pDst, bTb, bLr, MapWord<0xFFF>{pLut->Green});
+    }
+    return KASTATUS_OK;
+}
+
+}  // namespace
+
+KaipStatus Mirror(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, int32_t iTopBottom, int32_t iLeftRight,
+                  uint32_t dwOptions, KaipHLut hLut)
+{
+    static const char* const pszFunc = "Mirror";
+    bool bReallocate = false;
+    KaipStatus status = CheckImgInfos(pszFunc, pSrcImgInfo, pDstImgInfo, dwOptions, kMirrorClasses, 0, 0,
+                                      KaipCheck_SameSize | KaipCheck_SamePixelFormat,
+                                      KaipImgFlag_ColorPlanes | KaipImgFlag_BottomUp, &bReallocate);
+    if (status == KASTATUS_OK && bReallocate)
+        status = ReallocateDst(pszFunc, pDstImgInfo, pSrcImgInfo->Width, pSrcImgInfo->Height,
+                               pSrcImgInfo->PixelFormat, dwOptions);
+    if (status != KASTATUS_OK) return status;
+
+    const KaipImgInfo& src = *pSrcImgInfo;
+    const bool bTb = iTopBottom != 0, bLr = iLeftRight != 0;
+    switch (GetPixelIncrementFromPixelFormat(src.PixelFormat)) {
+    case 1:
+        return MirrorLut8<1>(src, pDstImgInfo, bTb, bLr, hLut, [](TKaIpLut8& l) { return MapMono8{l.Green}; });
+    case 2:
+        return MirrorWords(src, pDstImgInfo, bTb, bLr, hLut);
+    case 3:
+        return MirrorLut8<3>(src, pDstImgInfo, bTb, bLr, hLut,
+                             [](TKaIpLut8& l) { return MapRgb<3>{l.Red, l.Green, l.Blue}; });
+    case 4:
+        return MirrorLut8<4>(src, pDstImgInfo, bTb, bLr, hLut,
+                             [](TKaIpLut8& l) { return MapRgb<4>{l.Red, l.Green, l.Blue}; });
+    default:
+        return KASTATUS_OK;
+    }
+}
+
+KaipStatus ReverseLines(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, uint32_t dwOptions)
+{
+    const KaipStatus status = Mirror(pSrcImgInfo, pDstImgInfo, 1, 0, dwOptions, nullptr);
+    if (status != KASTATUS_OK) return status;
+    if (pDstImgInfo)
+        pDstImgInfo->Flags = (pDstImgInfo->Flags & ~KaipImgFlag_BottomUp) | (~pSrcImgInfo->Flags & KaipImgFlag_BottomUp);
+    else
+        pSrcImgInfo->Flags ^= KaipImgFlag_BottomUp;
+    return KASTATUS_OK;
+}
+
+KaipStatus ReverseLinesFast(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, void* pLineBuffer,
+                            uint32_t dwOptions)
+{
+    static const char* const pszFunc = "KaipReverseLinesFast";
+    bool bReallocate = false;
+    KaipStatus status = CheckImgInfos(pszFunc, pSrcImgInfo, pDstImgInfo, dwOptions, kMirrorClasses, 0, 0,
+                                      KaipCheck_SameSize | KaipCheck_SamePixelFormat, KaipImgFlag_ColorPlanes,
+                                      &bReallocate);
+    if (status == KASTATUS_OK && bReallocate)
+        status = ReallocateDst(pszFunc, pDstImgInfo, pSrcImgInfo->Width, pSrcImgInfo->Height,
+                               pSrcImgInfo->PixelFormat, dwOptions);
+    if (status != KASTATUS_OK) return status;
+
+    KaipImgInfo& src = *pSrcImgInfo;
+    const uint32_t h = src.Height;
+    if (pDstImgInfo) {
+        const size_t bytes = std::min(src.LineIncrement, pDstImgInfo->LineIncrement);
+        for (uint32_t y = 0; y < h; ++y) std::memmove(Line(*pDstImgInfo, h - 1 - y), Line(src, y), bytes);
+        pDstImgInfo->Flags = (pDstImgInfo->Flags & ~KaipImgFlag_BottomUp) | (~src.Flags & KaipImgFlag_BottomUp);
+        return KASTATUS_OK;
+    }
+
+    // A scratch line is needed only when there are lines to exchange.
+    void* pOwned = nullptr;
+    if (!pLineBuffer && h >= 2) {
+        pLineBuffer = pOwned = oxOsBufferCreateAligned(src.LineIncrement, 64, 0);
+        if (!pOwned)
+            return Refuse(KASTATUS_KAIP_MEMORY_ALLOC_FAILED, "%s: memory allocation of %d bytes failed!", pszFunc,
+                          int(src.LineIncrement));
+    }
+    uint8_t* pScratch = static_cast<uint8_t*>(pLineBuffer);
+    for (uint32_t y = 0; y < h / 2; ++y) {
+        uint8_t* a = Line(src, y);
+        uint8_t* b = Line(src, h - 1 - y);
+        std::memcpy(pScratch, a, src.LineIncrement);
+        std::memcpy(a, b, src.LineIncrement);
+        std::memcpy(b, pScratch, src.LineIncrement);
+    }
+    if (pOwned) oxOsBufferFree(pOwned);
+    src.Flags ^= KaipImgFlag_BottomUp;
+    return KASTATUS_OK;
+}

@@ -1,0 +1,118 @@
+// geometry_test_util.h: random guarded images, the formats each function admits, and random LUTs for the geometry tests.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <random>
+#include <vector>
+
+#include "core/common.h"
+#include "general/lut.h"
+#include "pm.imgproc.h"
+#include "support/guarded.h"
+
+namespace geotest {
+
+struct TFormat {
+    uint32_t dwCode;
+    uint32_t dwPixel;  // bytes per pixel
+};
+
+// Every format that has a source class, with its pixel size.
+inline const std::vector<TFormat>& AllFormats()
+{
+    static const std::vector<TFormat> formats = [] {
+        std::vector<TFormat> v = {
+            {KaipPixelFormat_Mono8, 1},       {KaipPixelFormat_BayerGR8, 1},     {KaipPixelFormat_BayerRG8, 1},
+            {KaipPixelFormat_BayerGB8, 1},    {KaipPixelFormat_BayerBG8, 1},     {KaipPixelFormat_Mono9, 2},
+            {KaipPixelFormat_Mono10, 2},      {KaipPixelFormat_BayerGR10, 2},    {KaipPixelFormat_BayerRG10, 2},
+            {KaipPixelFormat_BayerGB10, 2},   {KaipPixelFormat_BayerBG10, 2},    {KaipPixelFormat_Mono11, 2},
+            {KaipPixelFormat_Mono12, 2},      {KaipPixelFormat_BayerGR12, 2},    {KaipPixelFormat_BayerBG12, 2},
+            {KaipPixelFormat_Mono13, 2},      {KaipPixelFormat_Mono14, 2},       {KaipPixelFormat_Mono15, 2},
+            {KaipPixelFormat_Mono16, 2},      {KaipPixelFormat_BayerRG16, 2},    {KaipPixelFormat_BGR555, 2},
+            {KaipPixelFormat_BGR565Packed, 2}, {KaipPixelFormat_BGR8Packed, 3},  {KaipPixelFormat_BGRA8Packed, 4},
+            {KaipPixelFormat_RGB8Packed, 3},  {KaipPixelFormat_RGBA8Packed, 4},  {KaipPixelFormat_Mono10Packed, 2},
+            {KaipPixelFormat_Mono12Packed, 2}, {KaipPixelFormat_RGB10V1Packed, 4}, {KaipPixelFormat_BGR10Packed, 6},
+            {KaipPixelFormat_RGB10Packed, 6}, {KaipPixelFormat_BGR12Packed, 6},  {KaipPixelFormat_RGB12Packed, 6},
+            {KaipPixelFormat_BGR16, 6},       {KaipPixelFormat_RGB16Packed, 6},
+        };
+        return v;
+    }();
+    return formats;
+}
+
+// The formats of AllFormats whose class bit is in the mask (or, with bAdmitted false, is not).
+inline std::vector<TFormat> FormatsOf(uint64_t qwClassMask, bool bAdmitted = true)
+{
+    std::vector<TFormat> v;
+    for (const TFormat& f : AllFormats()) {
+        const int cls = GetSrcPixelFormatClass(f.dwCode);
+        if ((cls >= 0 && ((qwClassMask >> cls) & 1)) == bAdmitted) v.push_back(f);
+    }
+    return v;
+}
+
+// A guarded image of random bytes, padding included, with `pad` bytes after each line.
+inline std::unique_ptr<GuardedImage> RandomImage(uint32_t w, uint32_t h, const TFormat& f, uint32_t pad,
+                                                 uint32_t flags, uint32_t seed)
+{
+    auto img = std::make_unique<GuardedImage>(w, h, f.dwCode, w * f.dwPixel + pad, flags, f.dwPixel);
+    FillRandom(img->info.pData, img->buffer.size(), seed);
+    return img;
+}
+
+inline std::vector<uint8_t> Bytes(const KaipImgInfo& info)
+{
+    return std::vector<uint8_t>(info.pData, info.pData + size_t(info.Height) * info.LineIncrement);
+}
+
+// The whole buffer of a guarded image, whatever its descriptor now says.
+inline std::vector<uint8_t> Bytes(const GuardedImage& img)
+{
+    return std::vector<uint8_t>(img.buffer.data(), img.buffer.data() + img.buffer.size());
+}
+
+inline uint8_t* Pixel(std::vector<uint8_t>& bytes, const KaipImgInfo& info, uint32_t x, uint32_t y)
+{
+    return bytes.data() + size_t(y) * info.LineIncrement + size_t(x) * GetPixelIncrementFromPixelFormat(info.PixelFormat);
+}
+
+// A universal LUT object whose channel tables hold random values (16-bit ones over the whole
+// word range, so a missing mask or clamp shows).
+class RandomLut {
+public:
+    explicit RandomLut(uint32_t seed) : m_hLut(KaipAllocateLut(KAIP_LUT_ALL_DEPTHS))
+    {
+        std::mt19937 gen(seed);
+        TKaIpLut8* p8;
+        TKaIpLut10* p10;
+        TKaIpLut12* p12;
+        EXPECT_EQ(GetLut8(m_hLut, p8), 0);
+        EXPECT_EQ(GetLut10(m_hLut, p10), 0);
+        EXPECT_EQ(GetLut12(m_hLut, p12), 0);
+        for (auto* t : {p8->Red, p8->Green, p8->Blue})
+            for (int i = 0; i < 256; ++i) t[i] = uint8_t(gen());
+        for (auto* t : {p10->Red, p10->Green, p10->Blue})
+            for (int i = 0; i < 1024; ++i) t[i] = uint16_t(gen());
+        for (auto* t : {p12->Red, p12->Green, p12->Blue})
+            for (int i = 0; i < 4096; ++i) t[i] = uint16_t(gen());
+        pLut8 = p8;
+        pLut10 = p10;
+        pLut12 = p12;
+    }
+    ~RandomLut() { KaipFreeLut(m_hLut); }
+    RandomLut(const RandomLut&) = delete;
+    RandomLut& operator=(const RandomLut&) = delete;
+    KaipHLut Handle() const { return m_hLut; }
+
+    const TKaIpLut8* pLut8;
+    const TKaIpLut10* pLut10;
+    const TKaIpLut12* pLut12;
+
+private:
+    KaipHLut m_hLut;
+};
+
+}  // namespace geotest

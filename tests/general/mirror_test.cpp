@@ -1,0 +1,296 @@
+// mirror_test.cpp: KaipMirror, KaipReverseLines and KaipReverseLinesFast against a per-pixel model.
+#include <gtest/gtest.h>
+
+#include "general/geometry_test_util.h"
+#include "platform/os_buffer.h"
+
+using namespace geotest;
+
+namespace {
+
+// The tables a mirror reads, or none.
+struct TTables {
+    const TKaIpLut8* p8 = nullptr;
+    const TKaIpLut10* p10 = nullptr;
+    const TKaIpLut12* p12 = nullptr;
+};
+
+// One pixel as the mirror writes it.
+void MapPixel(const uint8_t* s, uint8_t* d, uint32_t format, uint32_t pixel, const TTables& t)
+{
+    if (!t.p8) {
+        std::memcpy(d, s, pixel);
+    } else if (pixel == 1) {
+        d[0] = t.p8->Green[s[0]];
+    } else if (pixel == 2) {
+        const unsigned v = s[0] | s[1] << 8;
+        const unsigned r = format == KaipPixelFormat_Mono10 ? t.p10->Green[v & 0x3FF] : t.p12->Green[v & 0xFFF];
+        d[0] = uint8_t(r);
+        d[1] = uint8_t(r >> 8);
+    } else {
+        const uint8_t r = s[0], g = s[1], b = s[2];
+        d[0] = t.p8->Red[r];
+        d[1] = t.p8->Green[g];
+        d[2] = t.p8->Blue[b];
+        if (pixel == 4) d[3] = s[3];
+    }
+}
+
+// Expected destination bytes (starting from what the destination held).
+std::vector<uint8_t> ModelInto(const KaipImgInfo& src, const KaipImgInfo& dst, std::vector<uint8_t> out, bool tb,
+                               bool lr, const TTables& t)
+{
+    std::vector<uint8_t> in = Bytes(src);
+    const uint32_t w = src.Width, h = src.Height, p = GetPixelIncrementFromPixelFormat(src.PixelFormat);
+    for (uint32_t y = 0; y < h; ++y) {
+        if (!tb && !lr && !t.p8) {
+            std::memcpy(&out[size_t(y) * dst.LineIncrement], &in[size_t(y) * src.LineIncrement],
+                        std::min(src.LineIncrement, dst.LineIncrement));
+            continue;
+        }
+        for (uint32_t x = 0; x < w; ++x)
+            MapPixel(Pixel(in, src, lr ? w - 1 - x : x, tb ? h - 1 - y : y), Pixel(out, dst, x, y), src.PixelFormat,
+                     p, t);
+    }
+    return out;
+}
+
+// Expected bytes after an in-place mirror: mirrored pixels mapped once, an odd middle row or
+// column left alone; with both directions the odd middle row keeps its order, mapped twice
+// (its centre once).
+std::vector<uint8_t> ModelInPlace(const KaipImgInfo& src, bool tb, bool lr, const TTables& t)
+{
+    std::vector<uint8_t> in = Bytes(src), out = in;
+    const uint32_t w = src.Width, h = src.Height, p = GetPixelIncrementFromPixelFormat(src.PixelFormat);
+    for (uint32_t y = 0; y < h; ++y)
+        for (uint32_t x = 0; x < w; ++x) {
+            const bool midRow = 2 * y + 1 == h, midColumn = 2 * x + 1 == w;
+            uint8_t* d = Pixel(out, src, x, y);
+            if (tb && !lr && !midRow) MapPixel(Pixel(in, src, x, h - 1 - y), d, src.PixelFormat, p, t);
+            if (lr && !tb && !midColumn) MapPixel(Pixel(in, src, w - 1 - x, y), d, src.PixelFormat, p, t);
+            if (tb && lr && !midRow) MapPixel(Pixel(in, src, w - 1 - x, h - 1 - y), d, src.PixelFormat, p, t);
+            if (tb && lr && midRow) {
+                uint8_t once[4];
+                MapPixel(Pixel(in, src, x, y), once, src.PixelFormat, p, t);
+                if (midColumn) std::memcpy(d, once, p);
+                else MapPixel(once, d, src.PixelFormat, p, t);
+            }
+        }
+    return out;
+}
+
+TEST(Mirror, MatchesModelOverFormatsSizesAndLuts)
+{
+    KaipResetLut(nullptr);
+    const RandomLut lut(7);
+    const TTables none, global{&g_Lut8, &g_Lut10, &g_Lut12}, object{lut.pLut8, lut.pLut10, lut.pLut12};
+    const KaipHLut handles[] = {nullptr, reinterpret_cast<KaipHLut>(1), lut.Handle()};
+    const TTables* tables[] = {&none, &global, &object};
+    const uint32_t widths[] = {1, 2, 3, 4, 5, 8, 17, 33}, heights[] = {1, 2, 3, 4, 5};
+    uint32_t seed = 1;
+    for (const TFormat& f : FormatsOf(0x7FFF))
+        for (uint32_t w : widths)
+            for (uint32_t h : heights)
+                for (int dirs = 0; dirs < 4; ++dirs)
+                    for (int l = 0; l < 3; ++l) {
+                        ++seed;
+                        const bool tb = dirs & 1, lr = dirs & 2;
+                        const uint32_t flags = (seed & 4) ? KaipImgFlag_BottomUp : 0;
+                        SCOPED_TRACE(testing::Message() << "format 0x" << std::hex << f.dwCode << std::dec << " " << w
+                                                        << "x" << h << " tb " << tb << " lr " << lr << " lut " << l
+                                                        << " seed " << seed);
+                        auto src = RandomImage(w, h, f, seed % 5, flags, seed);
+                        auto dst = RandomImage(w, h, f, seed % 3, flags, ~seed);
+                        const std::vector<uint8_t> srcBefore = Bytes(src->info);
+                        const auto expected = ModelInto(src->info, dst->info, Bytes(dst->info), tb, lr, *tables[l]);
+                        ASSERT_EQ(KaipMirror(&src->info, &dst->info, tb, lr, 0, handles[l]), 0);
+                        ASSERT_EQ(Bytes(dst->info), expected);
+                        ASSERT_EQ(Bytes(src->info), srcBefore);
+
+                        const auto inPlace = ModelInPlace(src->info, tb, lr, *tables[l]);
+                        ASSERT_EQ(KaipMirror(&src->info, nullptr, tb ? 5 : 0, lr ? -1 : 0, 0, handles[l]), 0);
+                        ASSERT_EQ(Bytes(src->info), inPlace);
+                        ASSERT_EQ(src->info.Flags, flags);
+                    }
+}
+
+TEST(Mirror, WorkedValues)
+{
+    // Both directions in place: the odd middle row keeps its order.
+    GuardedImage img(3, 3, KaipPixelFormat_Mono8, 3);
+    for (int i = 0; i < 9; ++i) img.info.pData[i] = uint8_t(i + 1);
+    ASSERT_EQ(KaipMirror(&img.info, nullptr, 1, 1, 0, nullptr), 0);
+    EXPECT_EQ(Bytes(img.info), (std::vector<uint8_t>{9, 8, 7, 4, 5, 6, 3, 2, 1}));
+
+    // A Mono16 sample goes through the 12-bit green table, losing bits 12 to 15.
+    const RandomLut lut(3);
+    GuardedImage word(1, 1, KaipPixelFormat_Mono16, 2);
+    word.info.pData[0] = 0x23;
+    word.info.pData[1] = 0xF1;
+    ASSERT_EQ(KaipMirror(&word.info, nullptr, 0, 1, 0, lut.Handle()), 0);  // middle pixel: untouched
+    EXPECT_EQ(word.info.pData[0] | word.info.pData[1] << 8, 0xF123);
+    GuardedImage out(1, 1, KaipPixelFormat_Mono16, 2);
+    ASSERT_EQ(KaipMirror(&word.info, &out.info, 0, 1, 0, lut.Handle()), 0);
+    EXPECT_EQ(out.info.pData[0] | out.info.pData[1] << 8, lut.pLut12->Green[0x123]);
+
+    // BGR8Packed: the first byte (blue) deliberately goes through the red table.
+    GuardedImage bgr(1, 1, KaipPixelFormat_BGR8Packed, 3), bgrOut(1, 1, KaipPixelFormat_BGR8Packed, 3);
+    bgr.info.pData[0] = 10, bgr.info.pData[1] = 20, bgr.info.pData[2] = 30;
+    ASSERT_EQ(KaipMirror(&bgr.info, &bgrOut.info, 1, 0, 0, lut.Handle()), 0);
+    EXPECT_EQ(bgrOut.info.pData[0], lut.pLut8->Red[10]);
+    EXPECT_EQ(bgrOut.info.pData[2], lut.pLut8->Blue[30]);
+}
+
+// Each refusal: one mutation of a valid Mono10 pair (2 x 3, top-down).
+TEST(Mirror, Refusals)
+{
+    const TFormat mono10{KaipPixelFormat_Mono10, 2};
+    KaipHLut lut8 = KaipAllocateLut(KAIP_LUT_8BIT), lut10 = KaipAllocateLut(KAIP_LUT_10BIT);
+    struct TCase {
+        const char* name;
+        void (*mutate)(KaipImgInfo& src, KaipImgInfo& dst);
+        bool bDst;
+        int lut;  // 0 none, 1 8-bit object, 2 10-bit object
+        KaipStatus expected;
+    };
+    const TCase cases[] = {
+        {"uninitialised source", [](KaipImgInfo& s, KaipImgInfo&) { s.LineIncrement = 0; }, true, 0, 100005},
+        {"source without buffer", [](KaipImgInfo& s, KaipImgInfo&) { s.pData = nullptr; }, true, 0, 100026},
+        {"packed source", [](KaipImgInfo& s, KaipImgInfo&) { s.PixelFormat = KaipPixelFormat_Mono10Packed; }, true, 0,
+         100013},
+        {"six-byte source", [](KaipImgInfo& s, KaipImgInfo&) { s.PixelFormat = KaipPixelFormat_BGR16; }, true, 0,
+         100013},
+        {"colour planes", [](KaipImgInfo& s, KaipImgInfo&) { s.Flags = 1, s.pDataR = s.pDataG = s.pDataB = s.pData; },
+         false, 0, 100015},
+        {"other size", [](KaipImgInfo&, KaipImgInfo& d) { d.Width = 1; }, true, 0, 100020},
+        {"other format", [](KaipImgInfo&, KaipImgInfo& d) { d.PixelFormat = KaipPixelFormat_Mono12; }, true, 0, 100023},
+        {"destination without buffer", [](KaipImgInfo&, KaipImgInfo& d) { d.pData = nullptr; }, true, 0, 100027},
+        {"other orientation", [](KaipImgInfo&, KaipImgInfo& d) { d.Flags = KaipImgFlag_BottomUp; }, true, 0, 100024},
+        {"8-bit LUT on Mono10", [](KaipImgInfo&, KaipImgInfo&) {}, false, 1, 100030},
+        {"10-bit LUT on BayerGR10 (12-bit table)",
+         [](KaipImgInfo& s, KaipImgInfo& d) { s.PixelFormat = d.PixelFormat = KaipPixelFormat_BayerGR10; }, true, 2,
+         100030},
+    };
+    for (const TCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        auto src = RandomImage(2, 3, mono10, 0, 0, 1);
+        auto dst = RandomImage(2, 3, mono10, 0, 0, 2);
+        c.mutate(src->info, dst->info);
+        const auto srcBefore = Bytes(*src), dstBefore = Bytes(*dst);
+        const KaipHLut h = c.lut == 1 ? lut8 : c.lut == 2 ? lut10 : nullptr;
+        EXPECT_EQ(KaipMirror(&src->info, c.bDst ? &dst->info : nullptr, 1, 1, 0, h), c.expected);
+        EXPECT_EQ(Bytes(*src), srcBefore);
+        EXPECT_EQ(Bytes(*dst), dstBefore);
+    }
+    EXPECT_EQ(KaipMirror(nullptr, nullptr, 1, 0, 0, nullptr), 100002);
+    KaipFreeLut(lut8);
+    KaipFreeLut(lut10);
+}
+
+TEST(Mirror, ReallocatesAMisfitWithTheOption)
+{
+    auto src = RandomImage(5, 3, {KaipPixelFormat_RGB8Packed, 3}, 1, 0, 9);
+    KaipImgInfo dst{};
+    ASSERT_EQ(KaipInitImgInfo(&dst, 2, 2, KaipPixelFormat_Mono8, 0), 0);
+    ASSERT_EQ(KaipAllocateImageData(&dst), 0);
+    ASSERT_EQ(KaipMirror(&src->info, &dst, 0, 1, KaipOption_ReallocateDst | KaipImgFlag_Align16, nullptr), 0);
+    EXPECT_EQ(dst.Width, 5u);
+    EXPECT_EQ(dst.Height, 3u);
+    EXPECT_EQ(dst.PixelFormat, KaipPixelFormat_RGB8Packed);
+    EXPECT_EQ(dst.LineIncrement, 16u);
+    EXPECT_EQ(dst.Flags, KaipImgFlag_Align16 | KaipImgFlag_DataAllocated);
+    for (uint32_t y = 0; y < 3; ++y)
+        EXPECT_EQ(0, std::memcmp(dst.pData + 16 * y + 3 * 4, src->info.pData + 16 * y, 3));
+    KaipDeallocateImageData(&dst);
+}
+
+TEST(ReverseLines, KeepsThePictureAndFlipsTheFlag)
+{
+    for (uint32_t flags : {0u, KaipImgFlag_BottomUp}) {
+        auto src = RandomImage(3, 5, {KaipPixelFormat_BGRA8Packed, 4}, 2, flags, 4);
+        auto dst = RandomImage(3, 5, {KaipPixelFormat_BGRA8Packed, 4}, 2, flags, 5);
+        auto expected = Bytes(dst->info);
+        for (uint32_t y = 0; y < 5; ++y) std::memcpy(&expected[14 * y], &src->info.pData[14 * (4 - y)], 12);
+        ASSERT_EQ(KaipReverseLines(&src->info, &dst->info, 0), 0);
+        EXPECT_EQ(Bytes(dst->info), expected);
+        EXPECT_EQ(dst->info.Flags, flags ^ KaipImgFlag_BottomUp);
+        EXPECT_EQ(src->info.Flags, flags);
+
+        ASSERT_EQ(KaipReverseLines(&src->info, nullptr, 0), 0);
+        EXPECT_EQ(src->info.Flags, flags ^ KaipImgFlag_BottomUp);
+    }
+    // A failure leaves the flag alone.
+    auto packed = RandomImage(3, 2, {KaipPixelFormat_Mono12Packed, 2}, 0, 0, 1);
+    EXPECT_EQ(KaipReverseLines(&packed->info, nullptr, 0), 100013);
+    EXPECT_EQ(packed->info.Flags, 0u);
+}
+
+TEST(ReverseLinesFast, MovesWholeLines)
+{
+    uint32_t seed = 40;
+    for (uint32_t h : {1u, 2u, 3u, 6u})
+        for (uint32_t flags : {0u, KaipImgFlag_BottomUp})
+            for (uint32_t srcPad : {0u, 3u})
+                for (uint32_t dstPad : {0u, 5u}) {
+                    SCOPED_TRACE(testing::Message() << "h " << h << " flags " << flags << " pads " << srcPad << " "
+                                                    << dstPad);
+                    const TFormat f{KaipPixelFormat_BGR565Packed, 2};
+                    auto src = RandomImage(7, h, f, srcPad, flags, ++seed);
+                    // The destination's orientation may differ: it is set afterwards.
+                    auto dst = RandomImage(7, h, f, dstPad, KaipImgFlag_BottomUp, ++seed);
+                    auto expected = Bytes(dst->info);
+                    const uint32_t n = std::min(src->info.LineIncrement, dst->info.LineIncrement);
+                    for (uint32_t y = 0; y < h; ++y)
+                        std::memcpy(&expected[(h - 1 - y) * dst->info.LineIncrement],
+                                    &src->info.pData[y * src->info.LineIncrement], n);
+                    ASSERT_EQ(KaipReverseLinesFast(&src->info, &dst->info, nullptr, 0), 0);
+                    EXPECT_EQ(Bytes(dst->info), expected);
+                    EXPECT_EQ(dst->info.Flags, flags ^ KaipImgFlag_BottomUp);
+
+                    // In place, padding included, with and without a caller's scratch line.
+                    for (bool own : {false, true}) {
+                        std::vector<uint8_t> line(src->info.LineIncrement);
+                        auto before = Bytes(src->info), after = before;
+                        const uint32_t li = src->info.LineIncrement;
+                        for (uint32_t y = 0; y < h; ++y)
+                            std::memcpy(&after[y * li], &before[(h - 1 - y) * li], li);
+                        const uint32_t oldFlags = src->info.Flags;
+                        ASSERT_EQ(KaipReverseLinesFast(&src->info, nullptr, own ? line.data() : nullptr, 0), 0);
+                        EXPECT_EQ(Bytes(src->info), after);
+                        EXPECT_EQ(src->info.Flags, oldFlags ^ KaipImgFlag_BottomUp);
+                    }
+                }
+}
+
+TEST(ReverseLinesFast, FailedScratchAllocationChangesNothing)
+{
+    auto src = RandomImage(4, 3, {KaipPixelFormat_Mono8, 1}, 0, 0, 3);
+    const auto before = Bytes(src->info);
+    oxOsBufferFailAfter(0);
+    const KaipStatus status = KaipReverseLinesFast(&src->info, nullptr, nullptr, 0);
+    oxOsBufferFailAfter(-1);
+    EXPECT_EQ(status, KASTATUS_KAIP_MEMORY_ALLOC_FAILED);
+    EXPECT_EQ(Bytes(src->info), before);
+    EXPECT_EQ(src->info.Flags, 0u);
+
+    // With a caller's line no allocation is needed.
+    uint8_t line[4];
+    oxOsBufferFailAfter(0);
+    EXPECT_EQ(KaipReverseLinesFast(&src->info, nullptr, line, 0), 0);
+    oxOsBufferFailAfter(-1);
+    EXPECT_EQ(src->info.Flags, KaipImgFlag_BottomUp);
+}
+
+TEST(ReverseLinesFast, Refusals)
+{
+    auto src = RandomImage(4, 3, {KaipPixelFormat_Mono8, 1}, 0, 0, 3);
+    auto small = RandomImage(4, 2, {KaipPixelFormat_Mono8, 1}, 0, 0, 3);
+    auto mono16 = RandomImage(4, 3, {KaipPixelFormat_Mono16, 2}, 0, 0, 3);
+    auto rgb16 = RandomImage(4, 3, {KaipPixelFormat_RGB16Packed, 6}, 0, 0, 3);
+    EXPECT_EQ(KaipReverseLinesFast(nullptr, nullptr, nullptr, 0), 100002);
+    EXPECT_EQ(KaipReverseLinesFast(&rgb16->info, nullptr, nullptr, 0), 100013);
+    EXPECT_EQ(KaipReverseLinesFast(&src->info, &small->info, nullptr, 0), 100020);
+    EXPECT_EQ(KaipReverseLinesFast(&src->info, &mono16->info, nullptr, 0), 100023);
+}
+
+}  // namespace
