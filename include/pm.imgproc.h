@@ -248,6 +248,41 @@ KAIP_API KaipStatus KaipDeallocateImageData(KaipImgInfo* pImgInfo);
 KAIP_API char* KaipGetStatusMsg(KaipStatus status, char* pszBuffer, uint64_t dwBufferSize);
 
 /* ==== conversion ==================================================================== */
+
+/* 1 when an image of dwSrcPixelFormat can be converted into dwDstPixelFormat by
+ * KaipConvertToPixelFormat, else 0. A format converts to itself only where that is a copy
+ * (for example Mono8, BGR8Packed, the 15/16-bit and the deep colour formats); Bayer mosaics
+ * convert as the raw mono image of their depth (8, 10 and 12 bits only, to Mono8 and the
+ * 24/32-bit colour formats); YUV and YCbCr sources to mono and 24/32-bit colour. */
+KAIP_API int KaipCanConvertToPixelFormat(uint32_t dwSrcPixelFormat, uint32_t dwDstPixelFormat);
+
+/* Converts the whole source image into *pDstImgInfo in dwDstPixelFormat, line by line.
+ * Depth changes are plain shifts (never rounded), colour becomes grey as
+ * (54 R + 183 G + 18 B + 128) >> channel depth (white gives 254), mono becomes colour by
+ * replication; new 32-bit pixels get 0 in their fourth byte, except from RGB8Packed and
+ * RGBA8Packed to BGRA8Packed, where the destination's fourth byte is left as it was. Lines
+ * are written in reverse order when source and destination differ in KaipImgFlag_BottomUp.
+ * Only the pixels of each destination line are written, never its padding.
+ * dwOptions: KaipOption_ReallocateDst lets the function rebuild a destination of another
+ * size, orientation or pixel format, or without a buffer; the KaipImgFlag_* bits of
+ * dwOptions are then its flags.
+ * Returns 0; the statuses of the common checks (KASTATUS_KAIP_INVALID_SRC_POINTER,
+ * KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED, KASTATUS_KAIP_SRC_NOT_ALLOCATED,
+ * KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED for colour-plane sources,
+ * KASTATUS_KAIP_INVALID_DST_POINTER for a null destination, KASTATUS_KAIP_INCOMPATIBLE_SIZE,
+ * KASTATUS_KAIP_DST_NOT_ALLOCATED, KASTATUS_KAIP_LINE_REVERSION_NOT_SUPPORTED,
+ * KASTATUS_KAIP_INCOMPATIBLE_FLAGS without the option); KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT
+ * for a destination format outside mono, 15/16/24/32-bit and 30/36/48-bit colour;
+ * KASTATUS_KAIP_NOT_SUPPORTED for a pair KaipCanConvertToPixelFormat refuses;
+ * KASTATUS_KAIP_INCOMPATIBLE_DST when the destination's pixel format differs and
+ * KaipOption_ReallocateDst is not given; KASTATUS_KAIP_INCOMPATIBLE_SIZE when the destination's
+ * LineIncrement cannot hold Width pixels (compared in 64 bits, so a product that would wrap
+ * at 32 bits is refused too); the statuses of re-initialisation and allocation. Nothing is
+ * written on any refusal.
+ * The caller guarantees that the source buffer holds Height lines of LineIncrement bytes, each
+ * with Width pixels, and that source and destination do not overlap. */
+KAIP_API KaipStatus KaipConvertToPixelFormat(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                                             uint32_t dwDstPixelFormat, uint32_t dwOptions);
 /* ==== end conversion ================================================================ */
 
 /* ==== bayer ========================================================================= */
@@ -386,6 +421,57 @@ KAIP_API KaipStatus KaipFreeLut(KaipHLut hLut);
 /* Sets a LUT back to identity (null or 1: the global LUT). Returns 0;
  * KASTATUS_KAIP_INVALID_LUT_HANDLE for an object with an unknown depth byte. */
 KAIP_API KaipStatus KaipResetLut(KaipHLut hLut);
+
+/* LUT contents. hLut null or 1 addresses the global LUT. A single-depth object accepts only
+ * the functions of its own depth (else KASTATUS_KAIP_INVALID_LUT_TYPE); a universal object
+ * accepts all three depths. Values are stored as given, without clamping to the depth.
+ *
+ * Whole tables (256 entries at 8 bits, 1024 at 10, 4096 at 12; a null channel is skipped).
+ * Setting through null or 1 changes only the global table of the function's depth. Setting a
+ * universal object also sets its other two depths: upward by linear interpolation (the last
+ * entry held flat over the last 4 or 16 entries), downward by taking every 4th or 16th entry
+ * shifted down. Getting copies the tables of the function's depth as they stand. */
+KAIP_API KaipStatus KaipSet8BitLut(KaipHLut hLut, const uint8_t* pRed, const uint8_t* pGreen,
+                                   const uint8_t* pBlue);
+KAIP_API KaipStatus KaipSet10BitLut(KaipHLut hLut, const uint16_t* pRed, const uint16_t* pGreen,
+                                    const uint16_t* pBlue);
+KAIP_API KaipStatus KaipSet12BitLut(KaipHLut hLut, const uint16_t* pRed, const uint16_t* pGreen,
+                                    const uint16_t* pBlue);
+KAIP_API KaipStatus KaipGet8BitLut(KaipHLut hLut, uint8_t* pRed, uint8_t* pGreen, uint8_t* pBlue);
+KAIP_API KaipStatus KaipGet10BitLut(KaipHLut hLut, uint16_t* pRed, uint16_t* pGreen, uint16_t* pBlue);
+KAIP_API KaipStatus KaipGet12BitLut(KaipHLut hLut, uint16_t* pRed, uint16_t* pGreen, uint16_t* pBlue);
+
+/* Single entries of the table chosen by dwChannel (KAIP_LUT_CHANNEL_*). The value's low 8
+ * bits (8-bit) or low 16 bits are used. An index beyond the table, an unknown selector or a
+ * null pValue does nothing and returns 0. On a universal object a value set at one depth is
+ * also written into the other two: at 8 bits as a step of 4 (10-bit) and 16 (12-bit) equal
+ * entries scaled by 4 and 16; at 10 bits into 8-bit entry index/4 (value/4) and into four
+ * 12-bit entries (value*4); at 12 bits, only for indexes 0..15 (8-bit) and 0..255 (10-bit),
+ * into 8-bit entry index*16 (value*16) and 10-bit entry index*4 (value*4). */
+KAIP_API KaipStatus KaipSet8BitLutValue(KaipHLut hLut, uint32_t dwChannel, uint32_t dwIndex, uint32_t dwValue);
+KAIP_API KaipStatus KaipSet10BitLutValue(KaipHLut hLut, uint32_t dwChannel, uint32_t dwIndex, uint32_t dwValue);
+KAIP_API KaipStatus KaipSet12BitLutValue(KaipHLut hLut, uint32_t dwChannel, uint32_t dwIndex, uint32_t dwValue);
+KAIP_API KaipStatus KaipGet8BitLutValue(KaipHLut hLut, uint32_t dwChannel, uint32_t dwIndex, uint8_t* pValue);
+KAIP_API KaipStatus KaipGet10BitLutValue(KaipHLut hLut, uint32_t dwChannel, uint32_t dwIndex, uint16_t* pValue);
+KAIP_API KaipStatus KaipGet12BitLutValue(KaipHLut hLut, uint32_t dwChannel, uint32_t dwIndex, uint16_t* pValue);
+
+/* Builders: each composes a curve onto the unclipped curve a LUT holds, at every depth the
+ * handle reaches (null or 1: all three global tables), and clips the result into the output
+ * tables. Parameters are thousandths (1000 = 1.0); none is range-checked, extremes saturate.
+ * Returns 0 or KASTATUS_KAIP_INVALID_LUT_TYPE for an object with an unknown depth byte.
+ *
+ * Gamma: v -> M * (v / M)^(1000 / dwGamma) rounded (M = 255, 1023 or 4095; dwGamma <= 9 acts
+ * as exponent 100; the exponent is at least 0.01). dwGamma 1000 returns 0 at once, whatever
+ * the handle. */
+KAIP_API KaipStatus KaipAddGammaToLut(uint32_t dwGamma, KaipHLut hLut);
+/* White balance: v -> v * factor / 1000 rounded, per channel. */
+KAIP_API KaipStatus KaipAddWbToLut(uint32_t dwRedFactor, uint32_t dwGreenFactor, uint32_t dwBlueFactor,
+                                   KaipHLut hLut);
+/* v -> v * iGain / 1000 + M * iOffset / 1000, truncated toward zero (not rounded). */
+KAIP_API KaipStatus KaipAddOffsetAndGainToLut(int32_t iOffset, int32_t iGain, KaipHLut hLut);
+/* Offset and gain with offset = iBrightness - iContrast / 2 - 500 and gain = iContrast:
+ * 1000 and 1000 change nothing; the contrast pivots about the middle of the range. */
+KAIP_API KaipStatus KaipAddBrightnessAndContrastToLut(int32_t iBrightness, int32_t iContrast, KaipHLut hLut);
 
 /* Runs every sample of pSrcImgInfo through the LUT's channel tables into pDstImgInfo, or in
  * place when pDstImgInfo is null. Formats: Mono8, Mono10, Mono12 (green table; source bits
