@@ -1,0 +1,216 @@
+// decoder_frame.cpp: the checks, LUT choice and border (CalculateFrame1) shared by every Bayer decoder.
+#include "bayer/decoder_frame.h"
+
+#include "core/check.h"
+#include "core/common.h"
+#include "core/log.h"
+
+KaipStatus PrepareBayerJob(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                           uint32_t dwDstPixelFormat, uint32_t dwOptions, uint64_t qwDstClassMask,
+                           uint32_t dwMinSide, TBayerJob& job)
+{
+    if (!pSrcImgInfo) {
+        Log.Debug("%s: pSrcImgInfo is NULL!", pszFunc);
+        return Refuse(KASTATUS_KAIP_INVALID_SRC_POINTER, "%s: returning status KASTATUS_KAIP_INVALID_SRC_POINTER",
+                      pszFunc);
+    }
+    job.src = *pSrcImgInfo;
+    job.pDst = pDstImgInfo;
+    bool bBayer = false;
+    GetFlagsFromPixelFormat(pSrcImgInfo->PixelFormat, job.src.PixelFormat, job.src.Flags, bBayer);
+    if (!bBayer) {
+        return Refuse(KASTATUS_KAIP_NOT_BAYER_PIXEL_FORMAT, "%s: returning status KASTATUS_KAIP_NOT_BAYER_PIXEL_FORMAT",
+                      pszFunc);
+    }
+    bool bReallocate = false;
+    const KaipStatus status = CheckImgInfos(
+        pszFunc, &job.src, pDstImgInfo, dwOptions,
+        KaipPixelFormatClass_Mono8 | KaipPixelFormatClass_Mono10 | KaipPixelFormatClass_Mono12, dwDstPixelFormat,
+        qwDstClassMask, KaipCheck_SameSize | KaipCheck_DstRequired, 0, &bReallocate);
+    if (status != KASTATUS_OK) return status;
+    if (job.src.Width < dwMinSide || job.src.Height < dwMinSide) {
+        return Refuse(KASTATUS_KAIP_NOT_SUPPORTED, "%s: images below %ux%u pixels are not supported", pszFunc,
+                      dwMinSide, dwMinSide);
+    }
+    if (bReallocate || pDstImgInfo->PixelFormat != dwDstPixelFormat) {
+        const KaipStatus realloc = ReallocateDst(pszFunc, pDstImgInfo, job.src.Width, job.src.Height,
+                                                 dwDstPixelFormat, dwOptions);
+        if (realloc != KASTATUS_OK) return realloc;
+    }
+    // Every worker writes pData: a destination held as colour planes has none to write.
+    if (pDstImgInfo->Flags & KaipImgFlag_ColorPlanes) {
+        return Refuse(KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED, "%s: the color planes are not supported", pszFunc);
+    }
+    job.dwBits = job.src.PixelFormat == KaipPixelFormat_Mono8 ? 8 : job.src.PixelFormat == KaipPixelFormat_Mono10 ? 10 : 12;
+    job.bShiftLine = (job.src.Flags & KaipImgFlag_BayerShiftLine) != 0;
+    job.bShiftColumn = (job.src.Flags & KaipImgFlag_BayerShiftColumn) != 0;
+    return KASTATUS_OK;
+}
+
+namespace {
+
+template <class TBody>
+const uint8_t* Bytes(const TBody& table)
+{
+    return reinterpret_cast<const uint8_t*>(table);
+}
+
+template <class TBody>
+void FillReplicated(const TBody& body, TBayerLut& lut)
+{
+    lut.pRed2 = Bytes(body.BayerRed16);
+    lut.pBlue2 = Bytes(body.BayerBlue16);
+    lut.pRed4 = Bytes(body.BayerRed32);
+    lut.pGreen4 = Bytes(body.BayerGreen32);
+    lut.pBlue4 = Bytes(body.BayerBlue32);
+}
+
+void FillTables(const TKaIpLut8& body, TBayerLut& lut)
+{
+    lut.pRed = body.Red;
+    lut.pGreen = body.Green;
+    lut.pBlue = body.Blue;
+    FillReplicated(body, lut);
+}
+
+template <unsigned Bits>
+void FillTables(const TKaIpLutWord<Bits>& body, TBayerLut& lut)
+{
+    lut.pRed = body.BayerRed8;
+    lut.pGreen = body.BayerGreen8;
+    lut.pBlue = body.BayerBlue8;
+    FillReplicated(body, lut);
+}
+
+// The body of one depth behind a handle; false when GetLut* refuses the handle.
+template <class TBody>
+bool Resolve(KaipHLut hLut, TBody& linear, TBody& global, KaipStatus (*getLut)(KaipHLut, TBody*&), TBayerLut& lut)
+{
+    TBody* pBody = nullptr;
+    if (!hLut) {
+        pBody = &linear;
+    } else if (hLut == reinterpret_cast<KaipHLut>(1)) {
+        pBody = &global;
+    } else if (getLut(hLut, pBody) != KASTATUS_OK) {
+        return false;
+    }
+    FillTables(*pBody, lut);
+    return true;
+}
+
+bool ResolveBayerLut(KaipHLut hLut, uint32_t dwBits, TBayerLut& lut)
+{
+    switch (dwBits) {
+        case 8: return Resolve(hLut, g_LutLinear8, g_Lut8, GetLut8, lut);
+        case 10: return Resolve(hLut, g_LutLinear10, g_Lut10, GetLut10, lut);
+        default: return Resolve(hLut, g_LutLinear12, g_Lut12, GetLut12, lut);
+    }
+}
+
+}  // namespace
+
+KaipStatus SelectBayerLut(const char* pszFunc, KaipHLut hLut, uint32_t dwBits, TLutDemand demand, TBayerLut& lut)
+{
+    if (!ResolveBayerLut(hLut, dwBits, lut)) {
+        return Refuse(KASTATUS_KAIP_INVALID_LUT_TYPE, "%s: KASTATUS_KAIP_INVALID_LUT_TYPE", pszFunc);
+    }
+    // The identity and the global bodies, named by null and 1, have the full Bayer layout.
+    const uint32_t dwType = IsGlobalLutHandle(hLut) ? kLutFullBayer : *hLut;
+    if (demand == TLutDemand::BayerAboveEight && dwBits != 8 && !(dwType & KAIP_LUT_BAYER)) {
+        // The text names the other Bayer flag; callers match on it as it stands.
+        return Refuse(KASTATUS_KAIP_INVALID_LUT_TYPE,
+                      "%s: invalid LUT type (not KAIP_LUT_BAYER_16), returning KASTATUS_KAIP_INVALID_LUT_TYPE", pszFunc);
+    }
+    if (demand == TLutDemand::FullBayer && !HasFullBayerLayout(dwType)) {
+        return Refuse(KASTATUS_KAIP_INVALID_LUT_TYPE,
+                      "%s: invalid LUT type (not KAIP_LUT_BAYER), returning KASTATUS_KAIP_INVALID_LUT_TYPE", pszFunc);
+    }
+    return KASTATUS_OK;
+}
+
+namespace {
+
+struct TFrameArgs {
+    const uint8_t* pSrc;
+    uint32_t dwSrcLineIncrement;
+    uint8_t* pDst;
+    uint32_t dwDstLineIncrement;
+    bool bShiftLine;
+    bool bShiftColumn;
+    TBayerLut lut;
+};
+
+// One border pixel (x, y): its 2x2 block joins the horizontal neighbour (x-1, or x+1 in
+// column 0), the vertical neighbour (y+1 in line 0, else y-1) and the diagonal that
+// completes the block, which always holds one red, one blue and two green sites.
+template <unsigned Bits, uint32_t DstBytes>
+void FramePixel(const TFrameArgs& a, uint32_t x, uint32_t y)
+{
+    using D = TDepth<Bits>;
+    const uint32_t xh = x ? x - 1 : x + 1;
+    const uint32_t yv = y ? y - 1 : y + 1;
+    const uint8_t* pLine = a.pSrc + size_t(y) * a.dwSrcLineIncrement;
+    const uint8_t* pNext = a.pSrc + size_t(yv) * a.dwSrcLineIncrement;
+    const uint32_t s = D::At(pLine, x) & D::kMask1, sh = D::At(pLine, xh) & D::kMask1;
+    const uint32_t sv = D::At(pNext, x) & D::kMask1, sd = D::At(pNext, xh) & D::kMask1;
+    const bool bRedLine = ((y & 1) != 0) == a.bShiftLine;
+    const bool bRedColumn = ((x & 1) != 0) == a.bShiftColumn;  // red in a red line, green in a blue one
+    uint32_t r, g, b;
+    if (bRedLine != bRedColumn) {  // green: the other two colours beside and above/below it
+        g = s;
+        r = bRedLine ? sh : sv;
+        b = bRedLine ? sv : sh;
+    } else {  // red or blue: green beside it, the opposite colour on the diagonal
+        g = sh;
+        r = bRedLine ? s : sd;
+        b = bRedLine ? sd : s;
+    }
+    uint8_t* pOut = a.pDst + size_t(y) * a.dwDstLineIncrement + size_t(x) * DstBytes;
+    if constexpr (DstBytes == 1) {
+        *pOut = a.lut.pGreen[(r + g + b) / 3];
+    } else {
+        StoreBgr<DstBytes>(pOut, a.lut.pBlue[b], a.lut.pGreen[g], a.lut.pRed[r]);
+    }
+}
+
+// Line 0 and the last line whole, then the first and last column of the lines between.
+template <unsigned Bits, uint32_t DstBytes>
+void RunFrame(const TFrameArgs& a, uint32_t dwWidth, uint32_t dwHeight)
+{
+    const uint32_t yLast = dwHeight - 1, xLast = dwWidth - 1;
+    for (uint32_t x = 0; x < dwWidth; ++x) FramePixel<Bits, DstBytes>(a, x, 0);
+    if (yLast > 0) {
+        for (uint32_t x = 0; x < dwWidth; ++x) FramePixel<Bits, DstBytes>(a, x, yLast);
+    }
+    for (uint32_t y = 1; y < yLast; ++y) {
+        FramePixel<Bits, DstBytes>(a, 0, y);
+        if (xLast > 0) FramePixel<Bits, DstBytes>(a, xLast, y);
+    }
+}
+
+template <unsigned Bits>
+void RunFrameOfDepth(const TFrameArgs& a, uint32_t dwDstBitsPerPixel, uint32_t dwWidth, uint32_t dwHeight)
+{
+    switch (dwDstBitsPerPixel) {
+        case 8: RunFrame<Bits, 1>(a, dwWidth, dwHeight); break;
+        case 24: RunFrame<Bits, 3>(a, dwWidth, dwHeight); break;
+        case 32: RunFrame<Bits, 4>(a, dwWidth, dwHeight); break;
+        default: break;
+    }
+}
+
+}  // namespace
+
+void CalculateFrame1(const uint8_t* pSrc, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwSrcLineIncrement,
+                     uint32_t dwSrcBits, bool bShiftLine, bool bShiftColumn, uint8_t* pDst,
+                     uint32_t dwDstLineIncrement, uint32_t dwDstBitsPerPixel, KaipHLut hLut)
+{
+    TFrameArgs a{pSrc, dwSrcLineIncrement, pDst, dwDstLineIncrement, bShiftLine, bShiftColumn, {}};
+    if (dwWidth == 0 || dwHeight == 0 || !ResolveBayerLut(hLut, dwSrcBits, a.lut)) return;
+    switch (dwSrcBits) {
+        case 8: RunFrameOfDepth<8>(a, dwDstBitsPerPixel, dwWidth, dwHeight); break;
+        case 10: RunFrameOfDepth<10>(a, dwDstBitsPerPixel, dwWidth, dwHeight); break;
+        case 12: RunFrameOfDepth<12>(a, dwDstBitsPerPixel, dwWidth, dwHeight); break;
+        default: break;
+    }
+}

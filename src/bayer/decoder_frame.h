@@ -1,0 +1,165 @@
+// decoder_frame.h: what every Bayer decoder shares: checks, pattern, LUT tables, interior skeleton, border.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+#include "general/lut.h"
+#include "pm.imgproc.h"
+
+// A source reduced to its mosaic: the base format says the depth, the two toggles the pattern.
+struct TBayerJob {
+    KaipImgInfo src;  // private copy: base format (Mono8/10/12) and pattern bits in Flags
+    KaipImgInfo* pDst;
+    uint32_t dwBits;  // 8, 10 or 12 once the checks passed
+    bool bShiftLine;
+    bool bShiftColumn;
+};
+
+// Checks 1 to 4 of every decoder: source pointer, Bayer pattern, CheckImgInfos (same size,
+// destination required), then the rebuild of a misfit destination under
+// KaipOption_ReallocateDst. dwMinSide refuses images narrower or lower than that before
+// anything is written (decoders with a border pass 2: the border reads one pixel further).
+KaipStatus PrepareBayerJob(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                           uint32_t dwDstPixelFormat, uint32_t dwOptions, uint64_t qwDstClassMask,
+                           uint32_t dwMinSide, TBayerJob& job);
+
+// The 8-bit outputs of one LUT body, all as byte tables. A single sample indexes pRed,
+// pGreen, pBlue (Red/Green/Blue of an 8-bit body, BayerRed8/... of a 10- or 12-bit one).
+// The replicated tables hold each output two or four times, so the sum of two or four
+// samples, taken as a byte index, reads the output of their truncated mean.
+struct TBayerLut {
+    const uint8_t* pRed;
+    const uint8_t* pGreen;
+    const uint8_t* pBlue;
+    const uint8_t* pRed2;  // BayerRed16
+    const uint8_t* pBlue2;  // BayerBlue16 (green is never the mean of two)
+    const uint8_t* pRed4;  // BayerRed32
+    const uint8_t* pGreen4;
+    const uint8_t* pBlue4;
+};
+
+// Which type word a decoder demands of its LUT.
+enum class TLutDemand {
+    Any,              // no test
+    BayerAboveEight,  // KAIP_LUT_BAYER for 10- and 12-bit sources (nearest neighbour)
+    FullBayer,        // both Bayer flags at every depth (interpolating decoders)
+};
+
+// Check 5: null = identity tables, 1 = global LUT, otherwise GetLut8/10/12, then the type test.
+KaipStatus SelectBayerLut(const char* pszFunc, KaipHLut hLut, uint32_t dwBits, TLutDemand demand, TBayerLut& lut);
+
+// Writes line 0, line height-1, column 0 and column width-1 from 2x2 blocks (see the .cpp).
+// Colour destinations (24 or 32 bits per pixel) get blue, green, red (and 0) whatever
+// their channel order; Mono8 (8 bits) gets the green output of the block's mean.
+// The image must be at least 2x2: the blocks reach one pixel inwards.
+void CalculateFrame1(const uint8_t* pSrc, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwSrcLineIncrement,
+                     uint32_t dwSrcBits, bool bShiftLine, bool bShiftColumn, uint8_t* pDst,
+                     uint32_t dwDstLineIncrement, uint32_t dwDstBitsPerPixel, KaipHLut hLut);
+
+// ---- pieces for the interior loops (templates on depth and destination) ----
+
+// The site of a pixel: red, green in a red line, green in a blue line, blue.
+enum TBayerSite : int { kSiteRed, kSiteGreenR, kSiteGreenB, kSiteBlue };
+
+// Samples of one depth: 8-bit bytes or 16-bit little-endian words.
+template <unsigned Bits>
+struct TDepth {
+    static constexpr uint32_t kBytes = Bits == 8 ? 1 : 2;
+    static constexpr uint32_t kMask1 = (1u << Bits) - 1;  // index masks of one sample,
+    static constexpr uint32_t kMask2 = (2u << Bits) - 1;  // a sum of two,
+    static constexpr uint32_t kMask4 = (4u << Bits) - 1;  // a sum of four
+    static uint32_t At(const uint8_t* pLine, uint32_t x)
+    {
+        if constexpr (Bits == 8) {
+            return pLine[x];
+        } else {
+            uint16_t w;
+            std::memcpy(&w, pLine + 2 * x, 2);
+            return w;
+        }
+    }
+};
+
+// Stores blue, green, red (and 0 for four-byte pixels).
+template <uint32_t DstBytes>
+inline void StoreBgr(uint8_t* p, uint8_t b, uint8_t g, uint8_t r)
+{
+    p[0] = b;
+    p[1] = g;
+    p[2] = r;
+    if constexpr (DstBytes == 4) p[3] = 0;
+}
+
+// Source and destination planes of an interior pass, with the pattern's two toggles.
+struct TBayerPlanes {
+    const uint8_t* pSrc;
+    uint32_t dwSrcLineIncrement;
+    uint8_t* pDst;
+    uint32_t dwDstLineIncrement;
+    bool bShiftLine;
+    bool bShiftColumn;
+};
+
+// One line of columns x0..x1-1 whose sites alternate SiteA, SiteB: two pixels per step, no tests.
+template <class Kernel, int SiteA, int SiteB>
+void InteriorLine(const Kernel& k, const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut,
+                  uint32_t x0, uint32_t x1)
+{
+    uint32_t x = x0;
+    for (; x + 1 < x1; x += 2) {
+        k.template Pixel<SiteA>(pUp, pCur, pDown, pOut, x);
+        k.template Pixel<SiteB>(pUp, pCur, pDown, pOut, x + 1);
+    }
+    if (x < x1) k.template Pixel<SiteA>(pUp, pCur, pDown, pOut, x);
+}
+
+// Runs a kernel over lines y0..y1-1 and columns x0..x1-1. The column toggle at x0 picks the
+// two line workers once; the line toggle alternates them. Neighbour lines outside the image
+// are replaced by the line itself (only kernels that ignore them run on such lines).
+template <class Kernel>
+void RunInterior(const Kernel& k, const TBayerPlanes& p, uint32_t dwHeight, uint32_t x0, uint32_t x1, uint32_t y0,
+                 uint32_t y1)
+{
+    using TLine = void (*)(const Kernel&, const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*, uint32_t, uint32_t);
+    const bool bRedColumnFirst = ((x0 & 1) != 0) == p.bShiftColumn;
+    const TLine redLine = bRedColumnFirst ? InteriorLine<Kernel, kSiteRed, kSiteGreenR>
+                                          : InteriorLine<Kernel, kSiteGreenR, kSiteRed>;
+    const TLine blueLine = bRedColumnFirst ? InteriorLine<Kernel, kSiteGreenB, kSiteBlue>
+                                           : InteriorLine<Kernel, kSiteBlue, kSiteGreenB>;
+    bool bRedLine = ((y0 & 1) != 0) == p.bShiftLine;
+    for (uint32_t y = y0; y < y1; ++y, bRedLine = !bRedLine) {
+        const uint8_t* pCur = p.pSrc + size_t(y) * p.dwSrcLineIncrement;
+        const uint8_t* pUp = y > 0 ? pCur - p.dwSrcLineIncrement : pCur;
+        const uint8_t* pDown = y + 1 < dwHeight ? pCur + p.dwSrcLineIncrement : pCur;
+        (bRedLine ? redLine : blueLine)(k, pUp, pCur, pDown, p.pDst + size_t(y) * p.dwDstLineIncrement, x0, x1);
+    }
+}
+
+// The planes of a checked job: source mosaic in, destination pixels out.
+inline TBayerPlanes JobPlanes(const TBayerJob& job)
+{
+    return {job.src.pData, job.src.LineIncrement, job.pDst->pData, job.pDst->LineIncrement, job.bShiftLine,
+            job.bShiftColumn};
+}
+
+// Calls f with the depth (8, 10, 12) or the pixel size (3, 4) as a compile-time constant,
+// so each combination gets its own loop.
+template <class F>
+void WithDepth(uint32_t dwBits, F&& f)
+{
+    switch (dwBits) {
+        case 8: f(std::integral_constant<unsigned, 8>{}); break;
+        case 10: f(std::integral_constant<unsigned, 10>{}); break;
+        case 12: f(std::integral_constant<unsigned, 12>{}); break;
+        default: break;
+    }
+}
+
+template <class F>
+void WithPixelBytes(uint32_t dwBytes, F&& f)
+{
+    if (dwBytes == 3) f(std::integral_constant<uint32_t, 3>{});
+    if (dwBytes == 4) f(std::integral_constant<uint32_t, 4>{});
+}

@@ -1,0 +1,228 @@
+// decoder_frame_test.cpp: the check order, LUT choice, destination rebuild and border shared by the decoders.
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "bayer/bayer_model.h"
+#include "bayer/decoder_frame.h"
+#include "support/log_capture.h"
+
+using namespace bayer_model;
+
+namespace {
+
+using Decoder = std::function<KaipStatus(const KaipImgInfo*, KaipImgInfo*, uint32_t, uint32_t, KaipHLut)>;
+
+struct Family {
+    const char* name;
+    Decoder run;
+    uint32_t dstFormat, dstBytes;
+    bool border;  // reads one pixel further, so needs 2x2
+};
+
+const std::vector<Family>& Families()
+{
+    static const std::vector<Family> f{
+        {"KaipBdShowMosaic",
+         [](auto s, auto d, auto f, auto o, KaipHLut) { return KaipBdShowMosaic(s, d, f, o); },
+         KaipPixelFormat_BGR8Packed, 3, false},
+        {"KaipBdGreenToGreyscale",
+         [](auto s, auto d, auto f, auto o, KaipHLut) { return KaipBdGreenToGreyscale(s, d, f, o); },
+         KaipPixelFormat_Mono8, 1, true},
+        {"KaipBdNearestNeighbour", KaipBdNearestNeighbour, KaipPixelFormat_RGBA8Packed, 4, true},
+        {"KaipBdBilinearInterpolation", KaipBdBilinearInterpolation, KaipPixelFormat_BGRA8Packed, 4, true},
+    };
+    return f;
+}
+
+struct Case {
+    const char* what;
+    uint32_t srcFormat, srcW, srcH;
+    uint32_t dstW, dstH;
+    uint32_t dstFormat;  // 0: the family's
+    uint32_t options;
+    bool nullSrc, nullDst, nullDstData;
+    KaipStatus want;
+};
+
+// The common order of checks, first failure wins; each case breaks exactly one rule.
+TEST(BayerFrame, ChecksInOrderWithTheirStatuses)
+{
+    const uint32_t rg8 = KaipPixelFormat_BayerRG8;
+    const std::vector<Case> cases{
+        {"null source", rg8, 4, 4, 4, 4, 0, 0, true, false, false, KASTATUS_KAIP_INVALID_SRC_POINTER},
+        {"Mono8 source", KaipPixelFormat_Mono8, 4, 4, 4, 4, 0, 0, false, false, false,
+         KASTATUS_KAIP_NOT_BAYER_PIXEL_FORMAT},
+        {"BGR8 source", KaipPixelFormat_BGR8Packed, 4, 4, 4, 4, 0, 0, false, false, false,
+         KASTATUS_KAIP_NOT_BAYER_PIXEL_FORMAT},
+        {"Bayer16 source", KaipPixelFormat_BayerRG16, 4, 4, 4, 4, 0, 0, false, false, false,
+         KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT},
+        {"Bayer10Packed source", KaipPixelFormat_BayerRG10Packed, 4, 4, 4, 4, 0, 0, false, false, false,
+         KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT},
+        {"Bayer12Packed source", KaipPixelFormat_BayerBG12Packed, 4, 4, 4, 4, 0, 0, false, false, false,
+         KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT},
+        {"MIPI Bayer source", KaipPixelFormat_BayerGR10Mipi, 4, 4, 4, 4, 0, 0, false, false, false,
+         KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT},
+        {"null destination", rg8, 4, 4, 4, 4, 0, 0, false, true, false, KASTATUS_KAIP_INVALID_DST_POINTER},
+        {"size differs", rg8, 4, 4, 4, 5, 0, 0, false, false, false, KASTATUS_KAIP_INCOMPATIBLE_SIZE},
+        {"no destination buffer", rg8, 4, 4, 4, 4, 0, 0, false, false, true, KASTATUS_KAIP_DST_NOT_ALLOCATED},
+        {"unsupported destination", rg8, 4, 4, 4, 4, KaipPixelFormat_Mono16, KaipOption_ReallocateDst, false, false,
+         false, KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT},
+        {"destination of another format", rg8, 4, 4, 4, 4, 1, 0, false, false, false, KASTATUS_KAIP_INCOMPATIBLE_DST},
+    };
+    for (const Family& fam : Families()) {
+        for (const Case& c : cases) {
+            SCOPED_TRACE(std::string(fam.name) + ": " + c.what);
+            GuardedImage src(c.srcW, c.srcH, c.srcFormat, c.srcW * 6);
+            const uint32_t dstFormat = c.dstFormat == 0 || c.dstFormat == 1 ? fam.dstFormat : c.dstFormat;
+            // Case value 1: a destination described in another format the function accepts.
+            const uint32_t described = c.dstFormat == 1 ? (fam.dstFormat == KaipPixelFormat_Mono8
+                                                                ? KaipPixelFormat_BayerRG8
+                                                                : fam.dstFormat == KaipPixelFormat_BGR8Packed
+                                                                      ? KaipPixelFormat_BGRA8Packed
+                                                                      : KaipPixelFormat_BGR8Packed)
+                                                         : dstFormat;
+            GuardedImage dst(c.dstW, c.dstH, described, c.dstW * 4);
+            std::memset(dst.buffer.data(), kSentinel, dst.buffer.size());
+            if (c.nullDstData) dst.info.pData = nullptr;
+            EXPECT_EQ(fam.run(c.nullSrc ? nullptr : &src.info, c.nullDst ? nullptr : &dst.info, dstFormat, c.options,
+                              nullptr),
+                      c.want);
+            EXPECT_EQ(dst.info.pData, c.nullDstData ? nullptr : dst.buffer.data());
+            EXPECT_EQ(dst.buffer.data()[0], kSentinel);
+        }
+    }
+}
+
+TEST(BayerFrame, LogsTheRefusalsWithTheFunctionName)
+{
+    LogCapture log;
+    GuardedImage mono(4, 4, KaipPixelFormat_Mono8, 4);
+    EXPECT_EQ(KaipBdBilinearInterpolation(nullptr, nullptr, KaipPixelFormat_BGR8Packed, 0, nullptr),
+              KASTATUS_KAIP_INVALID_SRC_POINTER);
+    EXPECT_EQ(KaipBdShowMosaic(&mono.info, nullptr, KaipPixelFormat_BGR8Packed, 0),
+              KASTATUS_KAIP_NOT_BAYER_PIXEL_FORMAT);
+    const std::vector<std::string> want{
+        "KaipBdBilinearInterpolation: pSrcImgInfo is NULL!",
+        "KaipBdBilinearInterpolation: returning status KASTATUS_KAIP_INVALID_SRC_POINTER",
+        "KaipBdShowMosaic: returning status KASTATUS_KAIP_NOT_BAYER_PIXEL_FORMAT",
+    };
+    EXPECT_EQ(log.Lines(), want);
+}
+
+// Images of one line or column would make the border read outside the image: refused
+// before anything is written; the mosaic display has no border and takes them.
+TEST(BayerFrame, BorderDecodersRefuseSingleLinesAndColumns)
+{
+    for (const Family& fam : Families()) {
+        for (Size s : {Size{1, 1}, Size{1, 4}, Size{4, 1}, Size{2, 2}}) {
+            SCOPED_TRACE(std::string(fam.name) + " " + std::to_string(s.w) + "x" + std::to_string(s.h));
+            BayerImage src(s.w, s.h, 8, false, false, 3);
+            auto dst = Destination(s.w, s.h, fam.dstFormat, fam.dstBytes);
+            const bool refused = fam.border && (s.w < 2 || s.h < 2);
+            EXPECT_EQ(fam.run(&src.img->info, &dst->info, fam.dstFormat, 0, nullptr),
+                      refused ? KASTATUS_KAIP_NOT_SUPPORTED : KASTATUS_OK);
+        }
+    }
+}
+
+TEST(BayerFrame, NearestNeighbourWantsBayerTablesOnlyAboveEightBits)
+{
+    for (uint32_t bits : {8u, 10u, 12u}) {
+        const KaipHLut plain = KaipAllocateLut(bits);
+        BayerImage src(5, 5, bits, true, false, bits);
+        auto dst = Destination(5, 5, KaipPixelFormat_BGR8Packed, 3);
+        LogCapture log;
+        EXPECT_EQ(KaipBdNearestNeighbour(&src.img->info, &dst->info, KaipPixelFormat_BGR8Packed, 0, plain),
+                  bits == 8 ? KASTATUS_OK : KASTATUS_KAIP_INVALID_LUT_TYPE);
+        if (bits != 8) {
+            ASSERT_FALSE(log.Lines().empty());
+            EXPECT_EQ(log.Lines().back(), "KaipBdNearestNeighbour: invalid LUT type (not KAIP_LUT_BAYER_16), "
+                                          "returning KASTATUS_KAIP_INVALID_LUT_TYPE");
+        }
+        KaipFreeLut(plain);
+        const KaipHLut bayerOnly = KaipAllocateLut(bits | KAIP_LUT_BAYER);
+        EXPECT_EQ(KaipBdNearestNeighbour(&src.img->info, &dst->info, KaipPixelFormat_BGR8Packed, 0, bayerOnly), 0);
+        KaipFreeLut(bayerOnly);
+    }
+}
+
+TEST(BayerFrame, LutOfAnotherDepthIsRefused)
+{
+    const KaipHLut lut10 = KaipAllocateLut(KAIP_LUT_10BIT | KAIP_LUT_BAYER | KAIP_LUT_BAYER_16);
+    BayerImage src(4, 4, 8, false, true, 1);
+    auto dst = Destination(4, 4, KaipPixelFormat_BGR8Packed, 3);
+    LogCapture log;
+    EXPECT_EQ(KaipBdBilinearInterpolation(&src.img->info, &dst->info, KaipPixelFormat_BGR8Packed, 0, lut10),
+              KASTATUS_KAIP_INVALID_LUT_TYPE);
+    EXPECT_EQ(log.Lines().back(), "KaipBdBilinearInterpolation: KASTATUS_KAIP_INVALID_LUT_TYPE");
+    EXPECT_EQ(KaipBdNearestNeighbour(&src.img->info, &dst->info, KaipPixelFormat_BGR8Packed, 0, lut10),
+              KASTATUS_KAIP_INVALID_LUT_TYPE);
+    EXPECT_EQ(dst->buffer.data()[0], kSentinel);
+    KaipFreeLut(lut10);
+}
+
+// Under KaipOption_ReallocateDst a missing or misfit destination is rebuilt with the options
+// word as flags, then decoded as usual.
+TEST(BayerFrame, RebuildsTheDestinationUnderReallocateDst)
+{
+    BayerImage src(9, 6, 10, true, true, 42);
+    const TestLut lut(LutKind::Identity, 0);
+    for (bool empty : {true, false}) {
+        KaipImgInfo dst{};
+        std::unique_ptr<GuardedImage> small;
+        if (!empty) {
+            small = Destination(3, 3, KaipPixelFormat_RGB8Packed, 3);
+            dst = small->info;
+            dst.Flags |= KaipImgFlag_NoDeallocate;
+        }
+        ASSERT_EQ(KaipBdBilinearInterpolation(&src.img->info, &dst, KaipPixelFormat_BGRA8Packed,
+                                              KaipOption_ReallocateDst | KaipImgFlag_Align16, nullptr),
+                  0);
+        EXPECT_EQ(dst.PixelFormat, KaipPixelFormat_BGRA8Packed);
+        EXPECT_EQ(dst.Width, 9u);
+        EXPECT_EQ(dst.Height, 6u);
+        EXPECT_EQ(dst.LineIncrement, 48u);
+        EXPECT_EQ(dst.Flags, KaipImgFlag_Align16 | KaipImgFlag_DataAllocated);
+        for (uint32_t y = 0; y < 6; ++y) {
+            for (uint32_t x = 0; x < 9; ++x) {
+                const Px px = Bilinear(src.m, lut.of(10), x, y);
+                const uint8_t* p = dst.pData + y * dst.LineIncrement + x * 4;
+                ASSERT_TRUE(p[0] == px.b && p[1] == px.g && p[2] == px.r && p[3] == 0) << x << "," << y;
+            }
+        }
+        EXPECT_EQ(KaipDeallocateImageData(&dst), 0);
+    }
+}
+
+TEST(BayerFrame, ColourPlaneDestinationsAreRefused)
+{
+    BayerImage src(4, 4, 8, false, false, 2);
+    auto dst = Destination(4, 4, KaipPixelFormat_BGR8Packed, 3);
+    dst->info.Flags |= KaipImgFlag_ColorPlanes;
+    dst->info.pDataR = dst->info.pDataG = dst->info.pDataB = dst->buffer.data();
+    EXPECT_EQ(KaipBdBilinearInterpolation(&src.img->info, &dst->info, KaipPixelFormat_BGR8Packed, 0, nullptr),
+              KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED);
+}
+
+// The border alone into Mono8 with a LUT: the green output of (R + G + B) / 3.
+TEST(BayerFrame, MonoBorderTakesTheGreenOutputOfTheBlockMean)
+{
+    const TestLut lut(LutKind::Custom, 99);
+    for (uint32_t bits : {8u, 10u, 12u}) {
+        for (uint32_t pattern = 0; pattern < 4; ++pattern) {
+            BayerImage src(6, 5, bits, pattern & 2, pattern & 1, bits + pattern);
+            auto dst = Destination(6, 5, KaipPixelFormat_Mono8, 1);
+            CalculateFrame1(src.img->info.pData, 6, 5, src.img->info.LineIncrement, bits, pattern & 2, pattern & 1,
+                            dst->info.pData, dst->info.LineIncrement, 8, lut.handle);
+            const auto want = Expected(*dst, 1, false, [&](uint32_t x, uint32_t y) {
+                if (!IsFrame(src.m, x, y)) return Px{0, kSentinel, 0, true};
+                const Rgb s = FrameSamples(src.m, x, y);
+                return Px{0, lut.of(bits).c[G][(s.r + s.g + s.b) / 3], 0, true};
+            });
+            ASSERT_EQ(FirstDifference(*dst, 1, want), "") << "bits " << bits << " pattern " << pattern;
+        }
+    }
+}
+
+}  // namespace

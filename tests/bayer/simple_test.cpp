@@ -1,0 +1,167 @@
+// simple_test.cpp: show mosaic, green to greyscale, nearest neighbour and encode against the reference.
+#include <gtest/gtest.h>
+
+#include "bayer/bayer.h"
+#include "bayer/bayer_model.h"
+#include "core/common.h"
+
+using namespace bayer_model;
+
+namespace {
+
+struct DstFormat {
+    uint32_t code, bytes;
+    bool rgb;
+};
+const DstFormat kBgr8{KaipPixelFormat_BGR8Packed, 3, false}, kBgra8{KaipPixelFormat_BGRA8Packed, 4, false};
+const DstFormat kRgb8{KaipPixelFormat_RGB8Packed, 3, true}, kRgba8{KaipPixelFormat_RGBA8Packed, 4, true};
+
+std::string Trace(const char* what, uint32_t bits, uint32_t pattern, uint32_t bytes, const Size& s, uint32_t seed)
+{
+    return std::string(what) + " bits " + std::to_string(bits) + " pattern " + std::to_string(pattern) + " dst " +
+           std::to_string(bytes) + " size " + std::to_string(s.w) + "x" + std::to_string(s.h) + " seed " +
+           std::to_string(seed);
+}
+
+TEST(BdNearestNeighbour, MatchesReferenceForEveryDepthPatternDestinationAndLut)
+{
+    for (LutKind kind : {LutKind::Identity, LutKind::Global, LutKind::Custom}) {
+        const TestLut lut(kind, 77);
+        for (uint32_t bits : {8u, 10u, 12u}) {
+            for (uint32_t pattern = 0; pattern < 4; ++pattern) {
+                for (DstFormat f : {kRgb8, kBgr8, kRgba8, kBgra8}) {
+                    for (const Size& s : Sizes()) {
+                        const uint32_t seed = bits * 7u + pattern * 104729u + s.w * 17u + s.h * 3u + f.code;
+                        SCOPED_TRACE(Trace(Name(kind), bits, pattern, f.bytes, s, seed));
+                        BayerImage src(s.w, s.h, bits, pattern & 2, pattern & 1, seed);
+                        auto dst = Destination(s.w, s.h, f.code, f.bytes);
+                        ASSERT_EQ(KaipBdNearestNeighbour(&src.img->info, &dst->info, f.code, 0, lut.handle), 0);
+                        const auto want = Expected(*dst, f.bytes, f.rgb, [&](uint32_t x, uint32_t y) {
+                            return Nearest(src.m, lut.of(bits), x, y, f.rgb);
+                        });
+                        ASSERT_EQ(FirstDifference(*dst, f.bytes, want), "");
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST(BdGreenToGreyscale, MatchesReferenceForEveryDepthAndPattern)
+{
+    for (uint32_t bits : {8u, 10u, 12u}) {
+        for (uint32_t pattern = 0; pattern < 4; ++pattern) {
+            for (const Size& s : Sizes()) {
+                const uint32_t seed = bits + pattern * 31u + s.w * 1009u + s.h;
+                SCOPED_TRACE(Trace("grey", bits, pattern, 1, s, seed));
+                BayerImage src(s.w, s.h, bits, pattern & 2, pattern & 1, seed);
+                auto dst = Destination(s.w, s.h, KaipPixelFormat_Mono8, 1);
+                ASSERT_EQ(KaipBdGreenToGreyscale(&src.img->info, &dst->info, KaipPixelFormat_Mono8, 0), 0);
+                const auto want = Expected(*dst, 1, false, [&](uint32_t x, uint32_t y) {
+                    return Px{0, Grey(src.m, x, y), 0, true};
+                });
+                ASSERT_EQ(FirstDifference(*dst, 1, want), "");
+            }
+        }
+    }
+}
+
+TEST(BdShowMosaic, MatchesReferenceIncludingSingleLinesAndColumns)
+{
+    std::vector<Size> sizes = Sizes();
+    sizes.insert(sizes.end(), {{1, 1}, {1, 6}, {9, 1}});
+    for (uint32_t bits : {8u, 10u, 12u}) {
+        for (uint32_t pattern = 0; pattern < 4; ++pattern) {
+            for (DstFormat f : {kBgr8, kBgra8}) {
+                for (const Size& s : sizes) {
+                    const uint32_t seed = bits * 3u + pattern + s.w * 57u + s.h * 5u + f.bytes;
+                    SCOPED_TRACE(Trace("mosaic", bits, pattern, f.bytes, s, seed));
+                    BayerImage src(s.w, s.h, bits, pattern & 2, pattern & 1, seed);
+                    auto dst = Destination(s.w, s.h, f.code, f.bytes);
+                    ASSERT_EQ(KaipBdShowMosaic(&src.img->info, &dst->info, f.code, 0), 0);
+                    const auto want =
+                        Expected(*dst, f.bytes, false, [&](uint32_t x, uint32_t y) { return Mosaicked(src.m, x, y); });
+                    ASSERT_EQ(FirstDifference(*dst, f.bytes, want), "");
+                }
+            }
+        }
+    }
+}
+
+// A BayerRG8 image of 2x2 into BGR8 and RGB8: every pixel is border, written blue first.
+TEST(BdNearestNeighbour, TwoByTwoIsBorderOnlyAndBlueFirst)
+{
+    GuardedImage src(2, 2, KaipPixelFormat_BayerRG8, 2);
+    const uint8_t samples[4] = {10, 20, 30, 40};  // R G / G B
+    std::memcpy(src.buffer.data(), samples, 4);
+    for (uint32_t f : {KaipPixelFormat_BGR8Packed, KaipPixelFormat_RGB8Packed}) {
+        GuardedImage dst(2, 2, f, 6);
+        ASSERT_EQ(KaipBdNearestNeighbour(&src.info, &dst.info, f, 0, nullptr), 0);
+        const uint8_t want[12] = {40, 20, 10, 40, 20, 10, 40, 30, 10, 40, 30, 10};
+        EXPECT_EQ(std::memcmp(dst.buffer.data(), want, 12), 0);
+    }
+}
+
+TEST(BdGreenToGreyscale, TwelveBitFullScaleGivesWhite)
+{
+    GuardedImage src(3, 3, KaipPixelFormat_BayerGR12, 6);  // G R G / B G B / G R G
+    const uint16_t green[9] = {0, 0, 0, 0, 0x0FFF, 0, 0, 0, 0};
+    std::memcpy(src.buffer.data(), green, 18);
+    GuardedImage dst(3, 3, KaipPixelFormat_Mono8, 3);
+    ASSERT_EQ(KaipBdGreenToGreyscale(&src.info, &dst.info, KaipPixelFormat_Mono8, 0), 0);
+    EXPECT_EQ(dst.buffer.data()[4], 255);
+
+    GuardedImage red(3, 3, KaipPixelFormat_BayerRG12, 6);  // centre is blue: B with four greens
+    const uint16_t ring[9] = {0, 0x0FFF, 0, 0x0FFF, 0, 0x0FFF, 0, 0x0FFF, 0};
+    std::memcpy(red.buffer.data(), ring, 18);
+    ASSERT_EQ(KaipBdGreenToGreyscale(&red.info, &dst.info, KaipPixelFormat_Mono8, 0), 0);
+    EXPECT_EQ(dst.buffer.data()[4], 255);
+}
+
+TEST(BdGreenToGreyscale, ReportsAnotherDestinationAsSourceFormat)
+{
+    BayerImage src(4, 4, 8, false, false, 5);
+    auto dst = Destination(4, 4, KaipPixelFormat_BayerRG8, 1);
+    EXPECT_EQ(KaipBdGreenToGreyscale(&src.img->info, &dst->info, KaipPixelFormat_BayerRG8, 0),
+              KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT);
+    EXPECT_EQ(KaipBdGreenToGreyscale(&src.img->info, &dst->info, KaipPixelFormat_BGR8Packed, 0),
+              KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT);
+}
+
+TEST(BdEncodeToBayer, RefusesColourSourcesAtTheBayerTestAndBayerSourcesAfterIt)
+{
+    GuardedImage bgr(4, 4, KaipPixelFormat_BGR8Packed, 12);
+    auto dst = Destination(4, 4, KaipPixelFormat_BayerRG8, 1);
+    EXPECT_EQ(KaipBdEncodeToBayer(&bgr.info, &dst->info, KaipPixelFormat_BayerRG8, 0),
+              KASTATUS_KAIP_NOT_BAYER_PIXEL_FORMAT);
+    BayerImage bayer(4, 4, 8, false, false, 9);
+    EXPECT_EQ(KaipBdEncodeToBayer(&bayer.img->info, &dst->info, KaipPixelFormat_BayerRG8, 0),
+              KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT);
+    EXPECT_EQ(dst->buffer.data()[0], kSentinel);
+}
+
+// The encoding worker inverts the mosaic display: shown, then encoded, a mosaic comes back
+// with the bits below the top eight cleared.
+TEST(BdEncodeToBayer, WorkerInvertsShowMosaic)
+{
+    for (uint32_t bits : {8u, 10u, 12u}) {
+        for (uint32_t pattern = 0; pattern < 4; ++pattern) {
+            for (DstFormat f : {kBgr8, kBgra8}) {
+                BayerImage src(7, 5, bits, pattern & 2, pattern & 1, bits * 4 + pattern);
+                auto shown = Destination(7, 5, f.code, f.bytes);
+                ASSERT_EQ(KaipBdShowMosaic(&src.img->info, &shown->info, f.code, 0), 0);
+                const uint32_t bytes = bits == 8 ? 1 : 2;
+                GuardedImage back(7, 5, src.img->info.PixelFormat, 7 * bytes);
+                EncodeBgrToBayer(shown->info, f.bytes, back.info, bits, pattern & 2, pattern & 1);
+                for (uint32_t i = 0; i < 35; ++i) {
+                    uint32_t v = back.buffer.data()[i * bytes];
+                    if (bytes == 2) v |= uint32_t(back.buffer.data()[i * 2 + 1]) << 8;
+                    const uint32_t want = ((src.m.v[i] >> (bits - 8)) & 0xFF) << (bits - 8);
+                    ASSERT_EQ(v, want) << "bits " << bits << " pattern " << pattern << " sample " << i;
+                }
+            }
+        }
+    }
+}
+
+}  // namespace
