@@ -40,6 +40,14 @@ TLut*& UniversalBody(TKaIpLutUniversal& lutAll)
     else return lutAll.pLut12;
 }
 
+template <class TLut>
+TLut& GlobalBody()
+{
+    if constexpr (TLut::Bits == 8) return g_Lut8;
+    else if constexpr (TLut::Bits == 10) return g_Lut10;
+    else return g_Lut12;
+}
+
 // Calls fn(body, type) for every body a handle reaches: the three global bodies for null or 1,
 // the three bodies of a universal object, or the one body of a single-depth object. False
 // for an unknown depth byte.
@@ -74,11 +82,7 @@ bool ForEachBody(KaipHLut hLut, Fn&& fn)
 template <class TLut>
 TLut* BodyOfHandle(KaipHLut hLut)
 {
-    if (IsGlobalLutHandle(hLut)) {
-        if constexpr (TLut::Bits == 8) return &g_Lut8;
-        else if constexpr (TLut::Bits == 10) return &g_Lut10;
-        else return &g_Lut12;
-    }
+    if (IsGlobalLutHandle(hLut)) return &GlobalBody<TLut>();
     const uint32_t dwDepth = *hLut & kLutDepthMask;
     if (dwDepth == 0) return UniversalBody<TLut>(Universal(hLut));
     return dwDepth == TLut::Bits ? &SingleBody<TLut>(hLut) : nullptr;

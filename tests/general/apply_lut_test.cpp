@@ -11,6 +11,9 @@
 
 using namespace lutmodel;
 
+// Every test here may change the global LUT; it is identity again afterwards.
+class ApplyLut : public GlobalLutTest {};
+
 namespace {
 
 struct Format {
@@ -85,7 +88,7 @@ std::vector<uint8_t> Model(const Format& f, const KaipImgInfo& src, const std::v
 
 }  // namespace
 
-TEST_F(GlobalLutTest, EveryFormatMatchesTheModel)
+TEST_F(ApplyLut, EveryFormatMatchesTheModel)
 {
     Lut all(KAIP_LUT_BAYER | KAIP_LUT_BAYER_16), l8(8), l10(10 | KAIP_LUT_BAYER), l12(12);
     for (uint32_t seed = 1; seed <= 300; ++seed) {
@@ -124,7 +127,7 @@ TEST_F(GlobalLutTest, EveryFormatMatchesTheModel)
     }
 }
 
-TEST_F(GlobalLutTest, WorkedValues)
+TEST_F(ApplyLut, WorkedValues)
 {
     // A Mono10 word 0xFC05 is looked up at index 5.
     g_Lut10.Green[5] = 0xBEEF;
@@ -145,7 +148,7 @@ TEST_F(GlobalLutTest, WorkedValues)
     EXPECT_TRUE(rgba[0] == 10 && rgba[1] == 20 && rgba[2] == 30 && rgba[3] == 4);
 }
 
-TEST(ApplyLut, LutAndFormatPairing)
+TEST_F(ApplyLut, LutAndFormatPairing)
 {
     Lut all(0), l8(8), l10(10), l12(12);
     uint32_t fake[2] = {9, 0};
@@ -176,7 +179,7 @@ TEST(ApplyLut, LutAndFormatPairing)
     }
 }
 
-TEST(ApplyLut, CommonChecksAndReallocation)
+TEST_F(ApplyLut, CommonChecksAndReallocation)
 {
     uint8_t pixels[32] = {};
     KaipImgInfo src = Image(4, 2, KaipPixelFormat_Mono8, 1, 4, pixels);

@@ -25,6 +25,31 @@ Curves ChannelsOf(const TLut& lut)
     return c;
 }
 
+// One channel table converted between depths, entry by entry: upward interpolation scaled by
+// F with the source first scaled into 16 bits and the last entry held over F entries;
+// downward every F-th entry divided by F. The result is cut to the destination's element.
+inline std::vector<uint32_t> ConvertModel(const std::vector<uint32_t>& src, unsigned srcBits, unsigned dstBits)
+{
+    const unsigned nSrc = 1u << srcBits, nDst = 1u << dstBits, elementMask = dstBits == 8 ? 0xFF : 0xFFFF;
+    std::vector<uint32_t> dst(nDst);
+    for (unsigned i = 0; i < nDst; ++i) {
+        if (dstBits > srcBits) {
+            const unsigned F = nDst / nSrc, k = i / F, f = i % F;
+            if (i >= nDst - F) {
+                dst[i] = src[nSrc - 1] * F;
+            } else {
+                const uint32_t a = (src[k] * F) % 65536, b = (src[k + 1] * F) % 65536;
+                dst[i] = (a * (F - f) + b * f) / F;
+            }
+        } else {
+            const unsigned F = nSrc / nDst;
+            dst[i] = src[F * i] / F;
+        }
+        dst[i] &= elementMask;
+    }
+    return dst;
+}
+
 // The Bayer rows of a body must be what its channel tables imply: the 8-bit output is the
 // channel value, shifted down to 8 bits for the wider depths and cut to a byte.
 template <class TLut>

@@ -9,6 +9,9 @@
 
 using namespace lutmodel;
 
+// Every test here may change the global LUT; it is identity again afterwards.
+class LutReset : public GlobalLutTest {};
+
 TEST(LutObjects, GlobalBodiesAreIdentityWithFullBayerLayoutAtLoad)
 {
     ExpectIdentity(g_LutLinear8, true);
@@ -108,7 +111,7 @@ TEST(LutObjects, FreeRefusesTheGlobalHandles)
     EXPECT_EQ(KaipFreeLut(KaipAllocateLut(12)), KASTATUS_OK);
 }
 
-TEST_F(GlobalLutTest, ResetRestoresIdentityOfEveryBodyReached)
+TEST_F(LutReset, ResetRestoresIdentityOfEveryBodyReached)
 {
     for (KaipHLut h : {static_cast<KaipHLut>(nullptr), reinterpret_cast<KaipHLut>(1)}) {
         g_Lut8.Red[3] = 9;
@@ -127,33 +130,17 @@ TEST_F(GlobalLutTest, ResetRestoresIdentityOfEveryBodyReached)
     ExpectIdentity(*Body12(all.h), true);
 }
 
-// Depth conversion of one channel against the rules written out per entry.
+// Depth conversion of one channel against the model.
 template <class TSrc, class TDst>
 void CheckConversion(void (*convert)(const TSrc*, TDst*), unsigned srcBits, unsigned dstBits, uint32_t seed)
 {
-    const unsigned nSrc = 1u << srcBits, nDst = 1u << dstBits;
     std::mt19937 rng(seed);
-    std::vector<TSrc> src(nSrc);
+    std::vector<TSrc> src(1u << srcBits);
     for (auto& v : src) v = TSrc(rng());
-    std::vector<TDst> dst(nDst, 0xAB);
+    std::vector<TDst> dst(1u << dstBits, 0xAB);
     convert(src.data(), dst.data());
-    for (unsigned i = 0; i < nDst; ++i) {
-        uint32_t expected;
-        if (dstBits > srcBits) {
-            const unsigned F = nDst / nSrc, k = i / F, f = i % F;
-            if (i >= nDst - F) {
-                expected = src[nSrc - 1] * F;
-            } else {
-                // The source is scaled into 16 bits before the interpolation.
-                const uint32_t a = (src[k] * F) % 65536, b = (src[k + 1] * F) % 65536;
-                expected = (a * (F - f) + b * f) / F;
-            }
-        } else {
-            const unsigned F = nSrc / nDst;
-            expected = src[F * i] / F;
-        }
-        ASSERT_EQ(dst[i], TDst(expected)) << srcBits << "->" << dstBits << " i " << i << " seed " << seed;
-    }
+    const auto expected = ConvertModel(std::vector<uint32_t>(src.begin(), src.end()), srcBits, dstBits);
+    ASSERT_EQ(std::vector<uint32_t>(dst.begin(), dst.end()), expected) << srcBits << "->" << dstBits << " seed " << seed;
 }
 
 TEST(LutConversion, WholeTablesFollowTheRules)

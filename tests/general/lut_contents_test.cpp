@@ -1,0 +1,259 @@
+// lut_contents_test.cpp: setting and reading LUT contents against a model of every body, over random sequences.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <random>
+
+#include "general/lut.h"
+#include "general/lut_body.h"
+#include "lut_model.h"
+
+using namespace lutmodel;
+
+// Every test here may change the global LUT; it is identity again afterwards.
+class LutContents : public GlobalLutTest {};
+
+namespace {
+
+const KaipHLut kOne = reinterpret_cast<KaipHLut>(1);
+
+unsigned DepthIndex(unsigned bits) { return bits == 8 ? 0 : bits == 10 ? 1 : 2; }
+const unsigned kDepths[3] = {8, 10, 12};
+
+// What the channel tables of one LUT (global, universal or single-depth) must hold; the
+// 32-bit tables must hold the same, as every set writes both.
+struct LutState {
+    std::array<std::array<std::vector<uint32_t>, 3>, 3> ch;  // [depth][red, green, blue]
+    LutState()
+    {
+        for (unsigned d = 0; d < 3; ++d)
+            for (auto& table : ch[d]) {
+                table.resize(1u << kDepths[d]);
+                for (unsigned i = 0; i < table.size(); ++i) table[i] = i;
+            }
+    }
+};
+
+struct Target {
+    KaipHLut h;      // null for the global LUT (reads use 1)
+    int depth;       // 0 universal, 8/10/12 single, -1 global
+    uint32_t type;
+    LutState state;
+    bool Reaches(unsigned bits) const { return depth <= 0 || unsigned(depth) == bits; }
+    KaipHLut Read() const { return h ? h : kOne; }
+};
+
+template <class TLut>
+void ExpectBody(const TLut& lut, const std::array<std::vector<uint32_t>, 3>& ch, uint32_t type, const char* what)
+{
+    const auto now = ChannelsOf(lut);
+    ASSERT_EQ(now.r, ch[0]) << what << " red depth " << TLut::Bits;
+    ASSERT_EQ(now.g, ch[1]) << what << " green depth " << TLut::Bits;
+    ASSERT_EQ(now.b, ch[2]) << what << " blue depth " << TLut::Bits;
+    for (unsigned i = 0; i < TLut::N; ++i) {
+        ASSERT_TRUE(uint32_t(lut.Red32[i]) == ch[0][i] && uint32_t(lut.Green32[i]) == ch[1][i] &&
+                    uint32_t(lut.Blue32[i]) == ch[2][i])
+            << what << " 32-bit entry " << i << " depth " << TLut::Bits;
+    }
+    const bool full = (type & 0x00110000) == 0x00110000;
+    ExpectBayerDerived(lut, full, full);
+    if constexpr (TLut::Bits > 8) {
+        // With KAIP_LUT_BAYER alone nothing fills the 8-bit Bayer rows.
+        if ((type & 0x00110000) == KAIP_LUT_BAYER) {
+            for (unsigned i = 0; i < TLut::N; ++i) ASSERT_EQ(lut.BayerRed8[i] | lut.BayerGreen8[i] | lut.BayerBlue8[i], 0);
+        }
+    }
+}
+
+void ExpectTarget(const Target& t, const char* what)
+{
+    if (t.Reaches(8)) ExpectBody(*Body8(t.Read()), t.state.ch[0], t.type, what);
+    if (t.Reaches(10)) ExpectBody(*Body10(t.Read()), t.state.ch[1], t.type, what);
+    if (t.Reaches(12)) ExpectBody(*Body12(t.Read()), t.state.ch[2], t.type, what);
+}
+
+// The single-value rule written out: the entry itself, and on a universal object the other
+// depths (a step upward; 10 to 8 scaled down; from 12 scaled up).
+void ModelSetValue(Target& t, unsigned bits, unsigned c, uint64_t index, uint32_t value)
+{
+    auto put = [&](unsigned toBits, uint64_t i, uint32_t v) {
+        auto& table = t.state.ch[DepthIndex(toBits)][c];
+        if (i < table.size()) table[i] = v & (toBits == 8 ? 0xFF : 0xFFFF);
+    };
+    value &= bits == 8 ? 0xFF : 0xFFFF;
+    put(bits, index, value);
+    if (t.depth != 0) return;
+    if (bits == 8) {
+        for (unsigned j = 0; j < 4; ++j) put(10, index * 4 + j, value * 4);
+        for (unsigned j = 0; j < 16; ++j) put(12, index * 16 + j, value * 16);
+    } else if (bits == 10) {
+        put(8, index / 4, value / 4);
+        for (unsigned j = 0; j < 4; ++j) put(12, index * 4 + j, value * 4);
+    } else {
+        put(8, index * 16, value * 16);
+        put(10, index * 4, value * 4);
+    }
+}
+
+KaipStatus SetWhole(unsigned bits, KaipHLut h, const std::array<std::vector<uint32_t>, 3>& values, const bool given[3])
+{
+    if (bits == 8) {
+        std::array<std::vector<uint8_t>, 3> v;
+        for (unsigned c = 0; c < 3; ++c) v[c].assign(values[c].begin(), values[c].end());
+        return KaipSet8BitLut(h, given[0] ? v[0].data() : nullptr, given[1] ? v[1].data() : nullptr,
+                              given[2] ? v[2].data() : nullptr);
+    }
+    std::array<std::vector<uint16_t>, 3> v;
+    for (unsigned c = 0; c < 3; ++c) v[c].assign(values[c].begin(), values[c].end());
+    auto set = bits == 10 ? KaipSet10BitLut : KaipSet12BitLut;
+    return set(h, given[0] ? v[0].data() : nullptr, given[1] ? v[1].data() : nullptr, given[2] ? v[2].data() : nullptr);
+}
+
+const uint32_t kSelectors[] = {KAIP_LUT_CHANNEL_RED, KAIP_LUT_CHANNEL_GREEN, KAIP_LUT_CHANNEL_BLUE,
+                               KAIP_LUT_CHANNEL_MONO};
+
+}  // namespace
+
+TEST_F(LutContents, RandomSetSequencesMatchTheModel)
+{
+    const uint32_t kFull = KAIP_LUT_BAYER | KAIP_LUT_BAYER_16;
+    std::vector<Target> targets;
+    targets.push_back({nullptr, -1, kFull, {}});
+    for (uint32_t flags : {0u, KAIP_LUT_BAYER, kFull}) {
+        targets.push_back({KaipAllocateLut(flags), 0, flags, {}});
+        for (unsigned bits : kDepths) targets.push_back({KaipAllocateLut(flags | bits), int(bits), flags | bits, {}});
+    }
+    const uint32_t seed = 20260;
+    std::mt19937 rng(seed);
+    for (unsigned op = 0; op < 600; ++op) {
+        Target& t = targets[rng() % targets.size()];
+        const KaipHLut h = t.depth < 0 ? (rng() % 2 ? nullptr : kOne) : t.h;
+        const unsigned bits = kDepths[rng() % 3], n = 1u << bits;
+        const bool foreign = t.depth > 0 && unsigned(t.depth) != bits;
+        SCOPED_TRACE(::testing::Message() << "seed " << seed << " op " << op << " type 0x" << std::hex << t.type
+                                          << std::dec << " bits " << bits);
+        if (rng() % 4 == 0) {
+            std::array<std::vector<uint32_t>, 3> values;
+            bool given[3];
+            for (unsigned c = 0; c < 3; ++c) {
+                given[c] = rng() % 3 != 0;
+                values[c].resize(n);
+                for (auto& v : values[c]) v = rng() & (bits == 8 ? 0xFF : rng() % 8 ? (1u << bits) - 1 : 0xFFFF);
+            }
+            ASSERT_EQ(SetWhole(bits, h, values, given), foreign ? KASTATUS_KAIP_INVALID_LUT_TYPE : KASTATUS_OK);
+            if (foreign) continue;
+            for (unsigned c = 0; c < 3; ++c) {
+                if (!given[c]) continue;
+                for (unsigned to : kDepths) {
+                    if (!t.Reaches(to) || (t.depth < 0 && to != bits)) continue;
+                    t.state.ch[DepthIndex(to)][c] = to == bits ? values[c] : ConvertModel(values[c], bits, to);
+                }
+            }
+        } else {
+            const unsigned sel = rng() % 5;
+            const uint32_t selector = sel < 4 ? kSelectors[sel] : 0x502D0004u + rng() % 3;
+            const uint32_t index = rng() % 16 == 0 ? rng() : rng() % (n + 8);
+            const uint32_t value = rng() % 4 == 0 ? rng() : rng() % n;
+            auto set = bits == 8 ? KaipSet8BitLutValue : bits == 10 ? KaipSet10BitLutValue : KaipSet12BitLutValue;
+            ASSERT_EQ(set(h, selector, index, value), foreign ? KASTATUS_KAIP_INVALID_LUT_TYPE : KASTATUS_OK);
+            if (!foreign && sel < 4) ModelSetValue(t, bits, sel == 3 ? 1 : sel, index, value);
+        }
+        ExpectTarget(t, "after the set");
+        if (HasFailure()) break;
+    }
+    for (const Target& t : targets) {
+        ExpectTarget(t, "at the end");
+        if (t.h) KaipFreeLut(t.h);
+    }
+}
+
+TEST_F(LutContents, GetReturnsTheChannelTablesOfItsDepth)
+{
+    Lut all(0), l10(10);
+    ASSERT_EQ(KaipSet10BitLutValue(all.h, KAIP_LUT_CHANNEL_BLUE, 1023, 77), KASTATUS_OK);
+    std::vector<uint16_t> r(1024, 1), g(1024, 1);
+    EXPECT_EQ(KaipGet10BitLut(all.h, r.data(), nullptr, nullptr), KASTATUS_OK);
+    EXPECT_EQ(r[1023], 1023);
+    EXPECT_EQ(KaipGet10BitLut(all.h, nullptr, nullptr, g.data()), KASTATUS_OK);
+    EXPECT_EQ(g[1023], 77);
+    EXPECT_EQ(KaipGet8BitLut(l10.h, nullptr, nullptr, nullptr), KASTATUS_KAIP_INVALID_LUT_TYPE);
+    EXPECT_EQ(KaipGet12BitLut(l10.h, nullptr, nullptr, nullptr), KASTATUS_KAIP_INVALID_LUT_TYPE);
+    std::vector<uint8_t> r8(256);
+    g_Lut8.Red[9] = 200;
+    EXPECT_EQ(KaipGet8BitLut(nullptr, r8.data(), nullptr, nullptr), KASTATUS_OK);
+    EXPECT_EQ(r8[9], 200);
+
+    // Single values: nothing written for a null output, an index beyond the table or an
+    // unknown selector; a foreign depth is refused first.
+    uint8_t out8 = 42;
+    uint16_t out16 = 42;
+    EXPECT_EQ(KaipGet8BitLutValue(all.h, 0x502D0004, 0, &out8), KASTATUS_OK);
+    EXPECT_EQ(KaipGet8BitLutValue(all.h, KAIP_LUT_CHANNEL_RED, 256, &out8), KASTATUS_OK);
+    EXPECT_EQ(KaipGet8BitLutValue(all.h, KAIP_LUT_CHANNEL_RED, 0, nullptr), KASTATUS_OK);
+    EXPECT_EQ(out8, 42);
+    EXPECT_EQ(KaipGet8BitLutValue(nullptr, KAIP_LUT_CHANNEL_RED, 9, &out8), KASTATUS_OK);
+    EXPECT_EQ(out8, 200);
+    EXPECT_EQ(KaipGet12BitLutValue(l10.h, KAIP_LUT_CHANNEL_RED, 0, nullptr), KASTATUS_KAIP_INVALID_LUT_TYPE);
+    EXPECT_EQ(KaipGet12BitLutValue(l10.h, 7, 5000, &out16), KASTATUS_KAIP_INVALID_LUT_TYPE);
+    EXPECT_EQ(KaipGet10BitLutValue(all.h, KAIP_LUT_CHANNEL_MONO, 1023, &out16), KASTATUS_OK);
+    EXPECT_EQ(out16, 1023);
+    EXPECT_EQ(KaipGet10BitLutValue(all.h, KAIP_LUT_CHANNEL_BLUE, 1023, &out16), KASTATUS_OK);
+    EXPECT_EQ(out16, 77);
+}
+
+TEST_F(LutContents, WorkedValues)
+{
+    Lut all(KAIP_LUT_BAYER | KAIP_LUT_BAYER_16);
+    // 8-bit value 100 at index 10: a step of 400 in the 10-bit and 1600 in the 12-bit table.
+    ASSERT_EQ(KaipSet8BitLutValue(all.h, KAIP_LUT_CHANNEL_RED, 10, 100), KASTATUS_OK);
+    for (unsigned i = 40; i < 44; ++i) EXPECT_EQ(Body10(all.h)->Red[i], 400);
+    for (unsigned i = 160; i < 176; ++i) EXPECT_EQ(Body12(all.h)->Red[i], 1600);
+    EXPECT_EQ(Body12(all.h)->Red[176], 176);
+    // 12-bit index 20 reaches the 10-bit entry 80 but not the 8-bit body (20 * 16 > 255).
+    ASSERT_EQ(KaipSet12BitLutValue(all.h, KAIP_LUT_CHANNEL_RED, 20, 100), KASTATUS_OK);
+    EXPECT_EQ(Body12(all.h)->Red[20], 100);
+    EXPECT_EQ(Body10(all.h)->Red[80], 400);
+    EXPECT_EQ(Body10(all.h)->Red[20], 20);
+    EXPECT_EQ(Body8(all.h)->Red[5], 5);
+    // A 10-bit value beyond the range is stored as given; its 8-bit Bayer output is cut to a byte.
+    ASSERT_EQ(KaipSet10BitLutValue(nullptr, KAIP_LUT_CHANNEL_GREEN, 3, 5000), KASTATUS_OK);
+    EXPECT_EQ(g_Lut10.Green[3], 5000);
+    EXPECT_EQ(g_Lut10.Green32[3], 5000);
+    EXPECT_EQ(g_Lut10.BayerGreen8[3], 226);
+    EXPECT_EQ(g_Lut10.BayerGreen32[3], 0xE2E2E2E2u);
+    // Setting through the global handle leaves the other global depths alone.
+    std::vector<uint16_t> zeros(1024, 0);
+    ASSERT_EQ(KaipSet10BitLut(nullptr, zeros.data(), zeros.data(), zeros.data()), KASTATUS_OK);
+    ExpectIdentity(g_Lut8, true);
+    ExpectIdentity(g_Lut12, true);
+    // Only green given: red and blue of every body stay identity, 10-bit green interpolates.
+    Lut u(0);
+    std::vector<uint8_t> green(256);
+    for (unsigned i = 0; i < 256; ++i) green[i] = uint8_t(255 - i);
+    ASSERT_EQ(KaipSet8BitLut(u.h, nullptr, green.data(), nullptr), KASTATUS_OK);
+    EXPECT_EQ(Body10(u.h)->Green[1021], 0);
+    EXPECT_EQ(Body10(u.h)->Green[2], (255 * 2 + 254 * 2));
+    EXPECT_EQ(Body10(u.h)->Red[1021], 1021);
+    EXPECT_EQ(Body12(u.h)->Blue[4095], 4095);
+}
+
+TEST_F(LutContents, BayerValueUpdateWithBayerAloneTouchesOnlyTheEightBitRow)
+{
+    TKaIpLut12 lut{};
+    lut.Blue[7] = 0x0AB0;
+    lut::UpdateBayerLutValue(lut, lut::EChannel::Blue, 7, KAIP_LUT_BAYER);
+    EXPECT_EQ(lut.BayerBlue8[7], 0xAB);
+    EXPECT_EQ(lut.BayerBlue16[7], 0);
+    EXPECT_EQ(lut.BayerBlue32[7], 0u);
+    lut::UpdateBayerLutValue(lut, lut::EChannel::Blue, 7, KAIP_LUT_BAYER | KAIP_LUT_BAYER_16);
+    EXPECT_EQ(lut.BayerBlue16[7], 0xABAB);
+    EXPECT_EQ(lut.BayerBlue32[7], 0xABABABABu);
+    // An 8-bit body has no 8-bit Bayer rows and needs both flags.
+    TKaIpLut8 lut8{};
+    lut8.Red[1] = 0x12;
+    lut::UpdateBayerLutValue(lut8, lut::EChannel::Red, 1, KAIP_LUT_BAYER);
+    EXPECT_EQ(lut8.BayerRed16[1], 0);
+    lut::UpdateBayerLutValue(lut8, lut::EChannel::Red, 1, KAIP_LUT_BAYER | KAIP_LUT_BAYER_16);
+    EXPECT_EQ(lut8.BayerRed16[1], 0x1212);
+    EXPECT_EQ(lut8.BayerGreen32[1], 0u);
+}
