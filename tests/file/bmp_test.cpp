@@ -1,0 +1,499 @@
+// bmp_test.cpp: bitmap descriptors, the exact bytes of saved BMP files, loading, other writers and hostile files.
+#include <sys/stat.h>
+
+#include <cstring>
+#include <random>
+
+#include "file/file.h"
+#include "file_test_util.h"
+#include "platform/os_buffer.h"
+
+using namespace filetest;
+
+namespace {
+
+// The DIB-compatible formats with their pixel increment and file bit count.
+struct TBmpFormat {
+    uint32_t format, pixelIncrement, bitCount;
+};
+const TBmpFormat kFormats[] = {
+    {KaipPixelFormat_Mono8, 1, 8},   {KaipPixelFormat_BayerRG8, 1, 8},        {KaipPixelFormat_BGR555, 2, 16},
+    {KaipPixelFormat_BGR565Packed, 2, 16}, {KaipPixelFormat_BGR8Packed, 3, 24}, {KaipPixelFormat_BGRA8Packed, 4, 32},
+};
+
+uint32_t Align4(uint32_t n) { return (n + 3) & ~3u; }
+
+// The file the save must produce, from the format's own rules. care[i] is 0 for bytes nobody
+// defines (the padding of a converted copy).
+struct TExpected {
+    std::vector<uint8_t> bytes, care;
+};
+
+TExpected ExpectedBmp(const TestImage& src, const TBmpFormat& f, uint32_t options)
+{
+    const KaipImgInfo& s = src.info;
+    const uint32_t lineBytes = s.Width * f.pixelIncrement, fileLine = Align4(lineBytes);
+    const bool converted = s.LineIncrement != fileLine;  // only copies to the same layout are used here
+    const bool fileBottomUp = (!converted && (s.Flags & KaipImgFlag_BottomUp)) || (options & 2);
+    const uint32_t headerSize = 40 + (f.bitCount == 8 ? 1024 : 0) + (f.format == KaipPixelFormat_BGR565Packed ? 12 : 0);
+    const uint32_t imageSize = fileLine * s.Height;
+    TExpected e;
+    e.bytes.assign(14 + headerSize, 0);
+    std::vector<uint8_t>& b = e.bytes;
+    b[0] = 'B', b[1] = 'M';
+    Put32(b, 2, 14 + headerSize + imageSize);
+    Put32(b, 10, 14 + headerSize);
+    Put32(b, 14, 40);
+    Put32(b, 18, s.Width);
+    Put32(b, 22, fileBottomUp ? s.Height : uint32_t(-int32_t(s.Height)));
+    Put16(b, 26, 1);
+    Put16(b, 28, f.bitCount);
+    Put32(b, 30, f.format == KaipPixelFormat_BGR565Packed ? 3 : 0);
+    Put32(b, 34, imageSize);
+    Put32(b, 38, 9600);
+    Put32(b, 42, 9600);
+    if (f.bitCount == 8)
+        for (uint32_t i = 0; i < 256; ++i) b[54 + 4 * i] = b[55 + 4 * i] = b[56 + 4 * i] = uint8_t(i);
+    if (f.format == KaipPixelFormat_BGR565Packed) Put32(b, 54, 0xF800), Put32(b, 58, 0x07E0), Put32(b, 62, 0x001F);
+    e.care.assign(b.size(), 1);
+    for (uint32_t k = 0; k < s.Height; ++k) {
+        const uint32_t r = fileBottomUp ? s.Height - 1 - k : k;
+        const uint8_t* row = src.Row(r);
+        b.insert(b.end(), row, row + (converted ? lineBytes : fileLine));
+        b.resize(b.size() + (converted ? fileLine - lineBytes : 0), 0);
+        e.care.resize(b.size() - (fileLine - lineBytes), 1);
+        e.care.resize(b.size(), converted ? 0 : 1);
+    }
+    return e;
+}
+
+void ExpectBytes(const TExpected& e, const std::vector<uint8_t>& actual, const std::string& what)
+{
+    ASSERT_EQ(e.bytes.size(), actual.size()) << what;
+    for (size_t i = 0; i < actual.size(); ++i)
+        if (e.care[i] && e.bytes[i] != actual[i]) FAIL() << what << ": byte " << i << " is " << int(actual[i]) << ", expected " << int(e.bytes[i]);
+}
+
+}  // namespace
+
+TEST(BmpInfo, ImgInfoToBmpInfoByFormat)
+{
+    for (const TBmpFormat& f : kFormats) {
+        KaipImgInfo img{};
+        ASSERT_EQ(0, KaipInitImgInfo(&img, 7, 3, f.format, KaipImgFlag_Align4 | KaipImgFlag_BottomUp));
+        tagBITMAPINFO bmi;
+        std::memset(&bmi, 0xAB, sizeof(bmi));
+        ASSERT_EQ(0, KaipImgInfoToBmpInfo(&img, &bmi));
+        const BITMAPINFOHEADER& h = bmi.bmiHeader;
+        EXPECT_EQ(40u, h.biSize);
+        EXPECT_EQ(7, h.biWidth);
+        EXPECT_EQ(3, h.biHeight);
+        EXPECT_EQ(1, h.biPlanes);
+        EXPECT_EQ(f.bitCount, h.biBitCount);
+        EXPECT_EQ(f.format == KaipPixelFormat_BGR565Packed ? 3u : 0u, h.biCompression);
+        EXPECT_EQ(3 * Align4(7 * f.pixelIncrement), h.biSizeImage);
+        EXPECT_EQ(9600, h.biXPelsPerMeter);
+        EXPECT_EQ(9600, h.biYPelsPerMeter);
+        EXPECT_EQ(0u, h.biClrUsed);
+        EXPECT_EQ(0u, h.biClrImportant);
+        if (f.bitCount == 8) {
+            for (int i = 0; i < 256; ++i) {
+                const RGBQUAD& q = bmi.bmiColors[i];
+                EXPECT_TRUE(q.rgbBlue == i && q.rgbGreen == i && q.rgbRed == i && q.rgbReserved == 0) << i;
+            }
+        }
+        if (f.format == KaipPixelFormat_BGR565Packed) {
+            uint32_t masks[3];
+            std::memcpy(masks, bmi.bmiColors, sizeof(masks));
+            EXPECT_EQ(0xF800u, masks[0]);
+            EXPECT_EQ(0x07E0u, masks[1]);
+            EXPECT_EQ(0x001Fu, masks[2]);
+        }
+        img.Flags &= ~KaipImgFlag_BottomUp;
+        ASSERT_EQ(0, KaipImgInfoToBmpInfo(&img, &bmi));
+        EXPECT_EQ(-3, bmi.bmiHeader.biHeight);
+    }
+}
+
+TEST(BmpInfo, ImgInfoToBmpInfoRefusals)
+{
+    tagBITMAPINFO bmi{};
+    KaipImgInfo img{};
+    ASSERT_EQ(0, KaipInitImgInfo(&img, 5, 2, KaipPixelFormat_Mono8, 0));  // line increment 5
+    EXPECT_EQ(KASTATUS_KAIP_INVALID_POINTER, KaipImgInfoToBmpInfo(nullptr, &bmi));
+    EXPECT_EQ(KASTATUS_KAIP_INVALID_POINTER, KaipImgInfoToBmpInfo(&img, nullptr));
+    EXPECT_EQ(KASTATUS_KAIP_INCOMPATIBLE_LINE_INCREMENT, KaipImgInfoToBmpInfo(&img, &bmi));
+    ASSERT_EQ(0, KaipInitImgInfo(&img, 5, 2, KaipPixelFormat_RGB8Packed, KaipImgFlag_Align4));
+    EXPECT_EQ(KASTATUS_KAIP_INCOMPATIBLE_PIXEL_FORMAT, KaipImgInfoToBmpInfo(&img, &bmi));
+    EXPECT_EQ(40u, bmi.bmiHeader.biSize);  // the common fields are already written
+    img.Height = 0x80000000u;
+    EXPECT_EQ(KASTATUS_KAIP_INCOMPATIBLE_SIZE, KaipImgInfoToBmpInfo(&img, &bmi));
+}
+
+TEST(BmpInfo, BmpInfoToImgInfo)
+{
+    struct {
+        uint16_t bitCount;
+        uint32_t compression;
+        int32_t width, height;
+        uint32_t format, flags, lineIncrement;
+    } const cases[] = {
+        {8, 0, 5, 3, KaipPixelFormat_Mono8, 6, 8},       {8, 0, 5, -3, KaipPixelFormat_Mono8, 4, 8},
+        {8, 0, 5, 0, KaipPixelFormat_Mono8, 4, 8},       {16, 3, 3, 2, KaipPixelFormat_BGR565Packed, 6, 8},
+        {16, 0, 3, 2, KaipPixelFormat_BGR555, 6, 8},     {24, 0, 1, -1, KaipPixelFormat_BGR8Packed, 4, 4},
+        {32, 0, 3, 2, KaipPixelFormat_BGRA8Packed, 6, 12}, {24, 3, 2, 2, KaipPixelFormat_BGR8Packed, 6, 8},
+    };
+    for (const auto& c : cases) {
+        tagBITMAPINFO bmi{};
+        bmi.bmiHeader = {40, c.width, c.height, 1, c.bitCount, c.compression, 0, 0, 0, 0, 0};
+        KaipImgInfo img{};
+        uint8_t sentinel;
+        img.pData = &sentinel;
+        ASSERT_EQ(0, KaipBmpInfoToImgInfo(&bmi, &img)) << c.bitCount;
+        EXPECT_EQ(uint32_t(c.width), img.Width);
+        EXPECT_EQ(uint32_t(std::abs(c.height)), img.Height);
+        EXPECT_EQ(c.format, img.PixelFormat);
+        EXPECT_EQ(c.flags, img.Flags);
+        EXPECT_EQ(c.lineIncrement, img.LineIncrement);
+        EXPECT_EQ(&sentinel, img.pData);  // nothing allocated, pData untouched
+    }
+    tagBITMAPINFO bmi{};
+    KaipImgInfo img{};
+    bmi.bmiHeader = {12, 4, 4, 1, 8, 0, 0, 0, 0, 0, 0};
+    EXPECT_EQ(KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, KaipBmpInfoToImgInfo(&bmi, &img));
+    bmi.bmiHeader.biSize = 40;
+    bmi.bmiHeader.biCompression = 1;
+    EXPECT_EQ(KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, KaipBmpInfoToImgInfo(&bmi, &img));
+    bmi.bmiHeader.biCompression = 0;
+    bmi.bmiHeader.biBitCount = 12;
+    EXPECT_EQ(KASTATUS_KAIP_INVALID_PIXEL_FORMAT, KaipBmpInfoToImgInfo(&bmi, &img));
+    EXPECT_EQ(4u, img.Width);  // the fields set before the bit count stay set
+    bmi.bmiHeader = {40, 0x7FFFFFFF, 0x7FFFFFFF, 1, 32, 0, 0, 0, 0, 0, 0};
+    EXPECT_EQ(KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, KaipBmpInfoToImgInfo(&bmi, &img));
+    bmi.bmiHeader = {40, -4, 4, 1, 8, 0, 0, 0, 0, 0, 0};
+    EXPECT_EQ(KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, KaipBmpInfoToImgInfo(&bmi, &img));
+    EXPECT_EQ(KASTATUS_KAIP_INVALID_POINTER, KaipBmpInfoToImgInfo(nullptr, &img));
+    EXPECT_EQ(KASTATUS_KAIP_INVALID_POINTER, KaipBmpInfoToImgInfo(&bmi, nullptr));
+}
+
+// Every DIB format, both orientations, with and without option 2, lines aligned or padded
+// further (then copied to aligned lines first): the file against the model, byte for byte,
+// and the load in every line order against the source picture.
+TEST(BmpFile, ExactBytesAndRoundTrips)
+{
+    TempDir dir;
+    const std::string path = dir / "a.bmp";
+    const uint32_t seed = 20261121;
+    std::mt19937 gen(seed);
+    int cases = 0;
+    for (const TBmpFormat& f : kFormats) {
+        for (int trial = 0; trial < 24; ++trial) {
+            const uint32_t w = 1 + gen() % 13, h = 1 + gen() % 5;
+            const bool padded = (f.pixelIncrement == 1 || f.pixelIncrement == 3) && trial % 3 == 2;
+            const uint32_t lineInc = Align4(w * f.pixelIncrement) + (padded ? 4 * (1 + gen() % 2) : 0);
+            const uint32_t flags = (trial & 1) ? KaipImgFlag_BottomUp : 0, options = (trial & 2) ? 2 : 0;
+            TestImage src(w, h, f.format, f.pixelIncrement, lineInc, flags, seed + cases++);
+            const std::vector<uint8_t> before(src.buffer.data(), src.buffer.data() + src.buffer.size());
+            const std::string what = "seed " + std::to_string(seed) + " format " + std::to_string(f.format) + " " +
+                                     std::to_string(w) + "x" + std::to_string(h) + " flags " + std::to_string(flags) +
+                                     " options " + std::to_string(options) + " lineInc " + std::to_string(lineInc);
+            ASSERT_EQ(0, KaipSaveToBmp(path.c_str(), &src.info, options)) << what;
+            ExpectBytes(ExpectedBmp(src, f, options), ReadBytes(path), what);
+            EXPECT_TRUE(std::equal(before.begin(), before.end(), src.buffer.data())) << what << ": source changed";
+
+            const uint32_t loadFormat = f.bitCount == 8 ? KaipPixelFormat_Mono8 : f.format;
+            const bool fileBottomUp = ReadBytes(path)[25] < 0x80;
+            for (uint32_t loadOptions : {0u, 2u, 0x8000u}) {
+                Loaded img;
+                ASSERT_EQ(0, KaipLoadFromBmp(path.c_str(), &img.info, loadOptions)) << what;
+                EXPECT_EQ(loadFormat, img.info.PixelFormat);
+                EXPECT_EQ(w, img.info.Width);
+                EXPECT_EQ(h, img.info.Height);
+                EXPECT_EQ(Align4(w * f.pixelIncrement), img.info.LineIncrement);
+                const bool bottomUp = loadOptions == 0x8000 || (loadOptions == 0 && fileBottomUp);
+                EXPECT_EQ(KaipImgFlag_Align4 | KaipImgFlag_DataAllocated | (bottomUp ? KaipImgFlag_BottomUp : 0),
+                          img.info.Flags) << what << " load options " << loadOptions;
+                for (uint32_t r = 0; r < h; ++r)
+                    ASSERT_EQ(0, std::memcmp(src.Row(r), PictureRow(img.info, r), w * f.pixelIncrement))
+                        << what << " load options " << loadOptions << " row " << r;
+            }
+        }
+    }
+}
+
+TEST(BmpFile, WorkedHeaders)
+{
+    TempDir dir;
+    const std::string path = dir / "w.bmp";
+    struct {
+        uint32_t format, pixelIncrement, width, offBits, fileSize;
+    } const cases[] = {
+        {KaipPixelFormat_BayerGB8, 1, 5, 1078, 1078 + 8 * 3},
+        {KaipPixelFormat_BGR565Packed, 2, 3, 66, 66 + 8 * 3},
+        {KaipPixelFormat_BGR8Packed, 3, 1, 54, 54 + 4 * 3},
+        {KaipPixelFormat_BGRA8Packed, 4, 2, 54, 54 + 8 * 3},
+    };
+    for (const auto& c : cases) {
+        TestImage src(c.width, 3, c.format, c.pixelIncrement, Align4(c.width * c.pixelIncrement), 0, 7);
+        ASSERT_EQ(0, KaipSaveToBmp(path.c_str(), &src.info, 0));
+        const std::vector<uint8_t> b = ReadBytes(path);
+        EXPECT_EQ(c.fileSize, b.size());
+        EXPECT_EQ(c.fileSize, Le32(b, 2));
+        EXPECT_EQ(c.offBits, Le32(b, 10));
+        EXPECT_EQ(uint32_t(-3), Le32(b, 22));
+    }
+}
+
+// Formats a bitmap cannot hold are converted (RGB to BGR, deep mono to Mono8) and the source is left alone.
+TEST(BmpFile, ConvertsBeforeSaving)
+{
+    TempDir dir;
+    const std::string path = dir / "c.bmp";
+    TestImage rgb(3, 2, KaipPixelFormat_RGB8Packed, 3, 9, 0, 11);
+    ASSERT_EQ(0, KaipSaveToBmp(path.c_str(), &rgb.info, 0));
+    std::vector<uint8_t> b = ReadBytes(path);
+    EXPECT_EQ(24, Le16(b, 28));
+    for (uint32_t x = 0; x < 3; ++x) {
+        EXPECT_EQ(rgb.Row(0)[3 * x], b[54 + 3 * x + 2]);
+        EXPECT_EQ(rgb.Row(0)[3 * x + 2], b[54 + 3 * x]);
+    }
+    TestImage mono12(4, 2, KaipPixelFormat_Mono12, 2, 8, 0, 12);
+    uint16_t* words = reinterpret_cast<uint16_t*>(mono12.info.pData);
+    for (int i = 0; i < 8; ++i) words[i] = uint16_t(0x0ABC + i * 16);
+    ASSERT_EQ(0, KaipSaveToBmp(path.c_str(), &mono12.info, 0));
+    b = ReadBytes(path);
+    EXPECT_EQ(8, Le16(b, 28));
+    EXPECT_EQ(1078u + 8, b.size());
+    EXPECT_EQ(0xAB, b[1078]);
+    EXPECT_EQ(0xAC, b[1079]);
+}
+
+TEST(BmpFile, SaveRefusals)
+{
+    TempDir dir;
+    TestImage src(4, 4, KaipPixelFormat_Mono8, 1, 4, 0, 3);
+    EXPECT_EQ(KASTATUS_KAIP_INVALID_SRC_POINTER, KaipSaveToBmp((dir / "x.bmp").c_str(), nullptr, 0));
+    EXPECT_EQ(KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE, KaipSaveToBmp((dir / "none/x.bmp").c_str(), &src.info, 0));
+    EXPECT_EQ(KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE, KaipSaveToBmp(dir.path().c_str(), &src.info, 0));
+    EXPECT_EQ(KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE, KaipSaveToBmp(nullptr, &src.info, 0));
+    KaipImgInfo planes = src.info;
+    planes.Flags |= KaipImgFlag_ColorPlanes;
+    planes.pDataR = planes.pDataG = planes.pDataB = src.info.pData;
+    EXPECT_EQ(KASTATUS_KAIP_NOT_SUPPORTED, KaipSaveToBmp((dir / "x.bmp").c_str(), &planes, 0));
+    KaipImgInfo yuv = src.info;
+    yuv.PixelFormat = KaipPixelFormat_YUV422Packed;
+    EXPECT_EQ(KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT, KaipSaveToBmp((dir / "x.bmp").c_str(), &yuv, 0));
+    EXPECT_EQ(0u, dir.Count());
+}
+
+// A failed save keeps the old file and leaves no temporary: here the copy of an unaligned
+// image cannot be allocated, so the image is written as it is and its padding write fails.
+TEST(BmpFile, FailedSaveKeepsTheOldFile)
+{
+    TempDir dir;
+    const std::string path = dir / "keep.bmp";
+    WriteBytes(path, {1, 2, 3});
+    TestImage src(5, 3, KaipPixelFormat_BGR8Packed, 3, 15, 0, 5);
+    oxOsBufferFailAfter(0);
+    const KaipStatus status = KaipSaveToBmp(path.c_str(), &src.info, 0);
+    oxOsBufferFailAfter(-1);
+    EXPECT_EQ(KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE, status);
+    EXPECT_EQ((std::vector<uint8_t>{1, 2, 3}), ReadBytes(path));
+    EXPECT_EQ(1u, dir.Count());
+    // The same image with the copy available replaces the file, keeping its permissions.
+    chmod(path.c_str(), 0640);
+    ASSERT_EQ(0, KaipSaveToBmp(path.c_str(), &src.info, 0));
+    EXPECT_EQ(54u + 16 * 3, ReadBytes(path).size());
+    struct stat st;
+    ASSERT_EQ(0, stat(path.c_str(), &st));
+    EXPECT_EQ(0640u, st.st_mode & 0777);
+    EXPECT_EQ(1u, dir.Count());
+}
+
+TEST(BmpFile, LoadOptionsBothOnABottomUpFileTurnThePicture)
+{
+    TempDir dir;
+    const std::string path = dir / "q.bmp";
+    TestImage src(4, 3, KaipPixelFormat_Mono8, 1, 4, KaipImgFlag_BottomUp, 9);
+    ASSERT_EQ(0, KaipSaveToBmp(path.c_str(), &src.info, 0));
+    Loaded img;
+    ASSERT_EQ(0, KaipLoadFromBmp(path.c_str(), &img.info, 0x8002));
+    EXPECT_TRUE(img.info.Flags & KaipImgFlag_BottomUp);
+    for (uint32_t r = 0; r < 3; ++r) EXPECT_EQ(0, std::memcmp(src.Row(2 - r), PictureRow(img.info, r), 4));
+}
+
+namespace {
+
+// A valid 24-bit bottom-up file of w x h from the rules, to be damaged by the tests.
+std::vector<uint8_t> HandMadeBmp(int32_t w, int32_t h, uint16_t bits = 24)
+{
+    const uint32_t line = Align4(uint32_t(w) * bits / 8), table = bits == 8 ? 1024 : 0;
+    std::vector<uint8_t> b(54 + table + size_t(line) * uint32_t(std::abs(h)), 0x5A);
+    b[0] = 'B', b[1] = 'M';
+    Put32(b, 2, uint32_t(b.size()));
+    Put32(b, 6, 0);
+    Put32(b, 10, 54 + table);
+    Put32(b, 14, 40);
+    Put32(b, 18, uint32_t(w));
+    Put32(b, 22, uint32_t(h));
+    Put16(b, 26, 1);
+    Put16(b, 28, bits);
+    Put32(b, 30, 0);
+    return b;
+}
+
+}  // namespace
+
+TEST(BmpHostile, RefusedBeforeAllocating)
+{
+    TempDir dir;
+    const std::string path = dir / "h.bmp";
+    auto with = [](std::vector<uint8_t> b, size_t at, uint32_t v, int size = 4) {
+        size == 2 ? Put16(b, at, v) : Put32(b, at, v);
+        return b;
+    };
+    const std::vector<uint8_t> good = HandMadeBmp(3, 2);
+    struct {
+        const char* name;
+        std::vector<uint8_t> bytes;
+        KaipStatus status;
+    } const cases[] = {
+        {"empty", {}, KASTATUS_KAIP_CANNOT_OPEN_READ_FILE},
+        {"not BM", with(good, 0, 0x4142, 2), KASTATUS_KAIP_INVALID_BMP_FILE},
+        {"OS/2 header", with(good, 14, 12), KASTATUS_KAIP_INVALID_BMP_FILE},
+        {"4 bits", with(good, 28, 4, 2), KASTATUS_KAIP_INVALID_BMP_FILE},
+        {"12 bits", with(good, 28, 12, 2), KASTATUS_KAIP_INVALID_PIXEL_FORMAT},
+        {"run-length", with(good, 30, 1), KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER},
+        {"width 0", with(good, 18, 0), KASTATUS_KAIP_INVALID_BMP_FILE},
+        {"negative width", with(good, 18, uint32_t(-3)), KASTATUS_KAIP_INVALID_BMP_FILE},
+        {"height 0", with(good, 22, 0), KASTATUS_KAIP_INVALID_BMP_FILE},
+        {"height INT32_MIN", with(good, 22, 0x80000000u), KASTATUS_KAIP_INVALID_BMP_FILE},
+        {"huge", with(with(good, 18, 0x7FFFFFFF), 22, 0x7FFFFFFF), KASTATUS_KAIP_INVALID_BMP_FILE},
+        {"wraps at 32 bits", with(with(good, 18, 0x10000), 22, 0x8000), KASTATUS_KAIP_INVALID_BMP_FILE},
+        {"huge negative height", with(good, 22, uint32_t(-0x7FFFFFFF)), KASTATUS_KAIP_INVALID_BMP_FILE},
+        {"offset inside header", with(good, 10, 30), KASTATUS_KAIP_INVALID_BMP_FILE},
+        {"offset past end", with(good, 10, 0xFFFFFFF0u), KASTATUS_KAIP_INVALID_BMP_FILE},
+        {"pixels short", with(good, 22, 3), KASTATUS_KAIP_CANNOT_OPEN_READ_FILE},
+        {"big but short", with(with(good, 18, 4000), 22, 4000), KASTATUS_KAIP_CANNOT_OPEN_READ_FILE},
+    };
+    for (const auto& c : cases) {
+        WriteBytes(path, c.bytes);
+        KaipImgInfo img{};
+        img.Width = 77;
+        const KaipImgInfo before = img;
+        EXPECT_EQ(c.status, KaipLoadFromBmp(path.c_str(), &img, 0)) << c.name;
+        EXPECT_EQ(0, std::memcmp(&before, &img, sizeof(img))) << c.name << ": descriptor touched";
+    }
+    // Cut at every byte: headers give 100034 or a header status, the pixels 100034.
+    for (size_t cut = 0; cut < good.size(); ++cut) {
+        WriteBytes(path, std::vector<uint8_t>(good.begin(), good.begin() + long(cut)));
+        KaipImgInfo img{};
+        EXPECT_EQ(KASTATUS_KAIP_CANNOT_OPEN_READ_FILE, KaipLoadFromBmp(path.c_str(), &img, 0)) << "cut at " << cut;
+        EXPECT_EQ(nullptr, img.pData);
+    }
+    KaipImgInfo img{};
+    EXPECT_EQ(KASTATUS_KAIP_INVALID_DST_POINTER, KaipLoadFromBmp(path.c_str(), nullptr, 0));
+    EXPECT_EQ(KASTATUS_KAIP_CANNOT_OPEN_READ_FILE, KaipLoadFromBmp((dir / "missing.bmp").c_str(), &img, 0));
+    EXPECT_EQ(KASTATUS_KAIP_CANNOT_OPEN_READ_FILE, KaipLoadFromBmp(dir.path().c_str(), &img, 0));
+}
+
+// The skip rule: an empty bfOffBits puts the pixels right behind the header, the colour table
+// and the masks.
+TEST(BmpHostile, EmptyOffsetUsesTheSkipRule)
+{
+    TempDir dir;
+    const std::string path = dir / "s.bmp";
+    std::vector<uint8_t> b = HandMadeBmp(2, 1, 16);
+    Put32(b, 30, 3);
+    Put32(b, 10, 0);
+    b.insert(b.begin() + 54, 12, 0);
+    for (int i = 0; i < 4; ++i) b[66 + i] = uint8_t(0x10 + i);
+    WriteBytes(path, b);
+    Loaded img;
+    ASSERT_EQ(0, KaipLoadFromBmp(path.c_str(), &img.info, 0));
+    EXPECT_EQ(KaipPixelFormat_BGR565Packed, img.info.PixelFormat);
+    EXPECT_EQ(0x10, img.info.pData[0]);
+    EXPECT_EQ(0x13, img.info.pData[3]);
+}
+
+// Random damage to the headers of valid files never crashes, overruns or leaks.
+TEST(BmpHostile, RandomHeaderDamage)
+{
+    TempDir dir;
+    const std::string path = dir / "r.bmp";
+    const uint32_t seed = 77;
+    std::mt19937 gen(seed);
+    for (int i = 0; i < 200; ++i) {
+        std::vector<uint8_t> b = HandMadeBmp(1 + gen() % 9, int32_t(gen() % 7) - 3, (gen() & 1) ? 8 : 24);
+        for (int k = 0, n = 1 + gen() % 4; k < n; ++k) b[gen() % std::min<size_t>(b.size(), 58)] = uint8_t(gen());
+        WriteBytes(path, b);
+        Loaded img;
+        const KaipStatus status = KaipLoadFromBmp(path.c_str(), &img.info, gen() & 0x8002);
+        EXPECT_TRUE(status == 0 || (status >= 100001 && status <= 100040)) << "seed " << seed << " case " << i;
+    }
+}
+
+// Interoperability: files of an independent writer load (8, 24 and 32 bits, both
+// orientations), and the library's files open with the same pixels in an independent reader.
+TEST(BmpInterop, PilWrittenFilesLoad)
+{
+    SKIP_WITHOUT(HavePil(), "python3-pil");
+    TempDir dir;
+    const uint32_t w = 13, h = 5;
+    for (const char* mode : {"L", "RGB", "RGBA"}) {
+        const uint32_t channels = std::string(mode) == "L" ? 1 : std::string(mode) == "RGB" ? 3 : 4;
+        const std::vector<uint8_t> raw = RandomBytes(size_t(w) * h * channels, 31);
+        WriteBytes(dir / "in.raw", raw);
+        // PIL writes bottom-up; the top-down twin is the same file with the height negated and the lines reversed.
+        ASSERT_TRUE(RunPython(dir,
+                              "w, h, mode = int(sys.argv[1]), int(sys.argv[2]), sys.argv[3]\n"
+                              "im = Image.frombytes(mode, (w, h), open(sys.argv[4], 'rb').read())\n"
+                              "im.save(sys.argv[5])\n"
+                              "b = bytearray(open(sys.argv[5], 'rb').read())\n"
+                              "off = int.from_bytes(b[10:14], 'little')\n"
+                              "line = (len(b) - off) // h\n"
+                              "rows = [b[off + i * line: off + (i + 1) * line] for i in range(h)]\n"
+                              "b[22:26] = (-h).to_bytes(4, 'little', signed=True)\n"
+                              "b[off:] = b''.join(reversed(rows))\n"
+                              "open(sys.argv[6], 'wb').write(b)\n",
+                              std::to_string(w) + " " + std::to_string(h) + " " + mode + " " + (dir / "in.raw") + " " +
+                                  (dir / "up.bmp") + " " + (dir / "down.bmp")));
+        for (const char* name : {"up.bmp", "down.bmp"}) {
+            Loaded img;
+            ASSERT_EQ(0, KaipLoadFromBmp((dir / name).c_str(), &img.info, 0)) << mode << " " << name;
+            ASSERT_EQ(channels == 1 ? KaipPixelFormat_Mono8 : channels == 3 ? KaipPixelFormat_BGR8Packed
+                                                                            : KaipPixelFormat_BGRA8Packed,
+                      img.info.PixelFormat);
+            for (uint32_t r = 0; r < h; ++r)
+                for (uint32_t x = 0; x < w; ++x)
+                    for (uint32_t c = 0; c < std::min(channels, 3u); ++c) {
+                        const uint32_t fileChannel = channels == 1 ? 0 : 2 - c;  // BGR(A) in the file
+                        ASSERT_EQ(raw[(r * w + x) * channels + c], PictureRow(img.info, r)[x * channels + fileChannel])
+                            << mode << " " << name << " row " << r << " x " << x;
+                    }
+        }
+    }
+}
+
+TEST(BmpInterop, PilReadsLibraryFiles)
+{
+    SKIP_WITHOUT(HavePil(), "python3-pil");
+    TempDir dir;
+    for (const TBmpFormat& f : {kFormats[0], kFormats[4], kFormats[5]}) {
+        for (uint32_t options : {0u, 2u}) {
+            TestImage src(11, 4, f.format, f.pixelIncrement, Align4(11 * f.pixelIncrement), 0, 41);
+            ASSERT_EQ(0, KaipSaveToBmp((dir / "lib.bmp").c_str(), &src.info, options));
+            const char* mode = f.pixelIncrement == 1 ? "L" : "RGB";
+            ASSERT_TRUE(RunPython(dir, "open(sys.argv[2], 'wb').write(Image.open(sys.argv[1]).convert(sys.argv[3]).tobytes())",
+                                  (dir / "lib.bmp") + " " + (dir / "out.raw") + " " + mode));
+            const std::vector<uint8_t> raw = ReadBytes(dir / "out.raw");
+            const uint32_t channels = f.pixelIncrement == 1 ? 1 : 3;
+            ASSERT_EQ(size_t(11) * 4 * channels, raw.size());
+            for (uint32_t r = 0; r < 4; ++r)
+                for (uint32_t x = 0; x < 11; ++x)
+                    for (uint32_t c = 0; c < channels; ++c)
+                        ASSERT_EQ(src.Row(r)[x * f.pixelIncrement + (channels == 1 ? 0 : 2 - c)], raw[(r * 11 + x) * channels + c])
+                            << f.format << " options " << options;
+        }
+    }
+}
