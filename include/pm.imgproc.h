@@ -253,7 +253,10 @@ KAIP_API char* KaipGetStatusMsg(KaipStatus status, char* pszBuffer, uint64_t dwB
  * KaipConvertToPixelFormat, else 0. A format converts to itself only where that is a copy
  * (for example Mono8, BGR8Packed, the 15/16-bit and the deep colour formats); Bayer mosaics
  * convert as the raw mono image of their depth (8, 10 and 12 bits only, to Mono8 and the
- * 24/32-bit colour formats); YUV and YCbCr sources to mono and 24/32-bit colour. */
+ * 24/32-bit colour formats); YUV and YCbCr sources to mono and 24/32-bit colour.
+ * YCbCr601_8_CbYCr and YCbCr709_8_CbYCr are answered 1 here, but KaipConvertToPixelFormat
+ * refuses them as sources (KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT): its source check
+ * knows no pixel-format class for them. */
 KAIP_API int KaipCanConvertToPixelFormat(uint32_t dwSrcPixelFormat, uint32_t dwDstPixelFormat);
 
 /* Converts the whole source image into *pDstImgInfo in dwDstPixelFormat, line by line.
@@ -267,6 +270,7 @@ KAIP_API int KaipCanConvertToPixelFormat(uint32_t dwSrcPixelFormat, uint32_t dwD
  * size, orientation or pixel format, or without a buffer; the KaipImgFlag_* bits of
  * dwOptions are then its flags.
  * Returns 0; the statuses of the common checks (KASTATUS_KAIP_INVALID_SRC_POINTER,
+ * KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT for a source without a class,
  * KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED, KASTATUS_KAIP_SRC_NOT_ALLOCATED,
  * KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED for colour-plane sources,
  * KASTATUS_KAIP_INVALID_DST_POINTER for a null destination, KASTATUS_KAIP_INCOMPATIBLE_SIZE,

@@ -362,6 +362,7 @@ inline void ConvertLine(R& rd, const W& wr, uint32_t dwWidth, const uint8_t* pSr
     rd.StartLine();
     ConvertGroups(rd, wr, 0, groups, pSrc, pDst);
     if constexpr (kTail) {
+        if (groups * R::kPixels == dwWidth) return;
         const auto px = rd.ReadFirst(pSrc + size_t(groups) * R::kBytes);
         for (uint32_t k = groups * R::kPixels; k < dwWidth; ++k) wr.Write(pDst + size_t(k) * W::kBytes, px[k % R::kPixels]);
     }
