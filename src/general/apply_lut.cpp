@@ -22,15 +22,31 @@ inline void Store(uint8_t* p, T v)
 }
 
 // One line of Channels samples per pixel (1, 3, or 4 with the fourth left alone). Bits above
-// the depth are dropped from the source; table values are written as they stand.
+// the depth are dropped from the source; table values are written as they stand. Without a
+// fourth sample the line goes 64 bits at a time: Channels words hold a whole number of pixels,
+// each word is read once, looked up sample by sample and written once.
 template <class TLut, unsigned Channels, bool Bgr>
 void ApplyLutLine(const uint8_t* pSrc, uint8_t* pDst, uint32_t dwWidth, const TLut& lut)
 {
     using T = typename TLut::TValue;
     constexpr unsigned mask = TLut::N - 1, nLooked = Channels == 1 ? 1 : 3, step = Channels * sizeof(T);
+    constexpr unsigned perWord = 8 / sizeof(T), bits = 8 * sizeof(T);
     const T* const tables[3] = {Channels == 1 ? lut.Green : Bgr ? lut.Blue : lut.Red, lut.Green,
                                 Bgr ? lut.Red : lut.Blue};
-    for (uint32_t x = 0; x < dwWidth; ++x, pSrc += step, pDst += step) {
+    uint32_t x = 0;
+    if constexpr (Channels != 4) {
+        for (; x + perWord <= dwWidth; x += perWord, pSrc += 8 * Channels, pDst += 8 * Channels) {
+            for (unsigned w = 0; w < Channels; ++w) {
+                const uint64_t s = Load<uint64_t>(pSrc + 8 * w);
+                uint64_t d = 0;
+                for (unsigned j = 0; j < perWord; ++j) {
+                    d |= uint64_t(tables[(w * perWord + j) % nLooked][(s >> (bits * j)) & mask]) << (bits * j);
+                }
+                Store<uint64_t>(pDst + 8 * w, d);
+            }
+        }
+    }
+    for (; x < dwWidth; ++x, pSrc += step, pDst += step) {
         for (unsigned c = 0; c < nLooked; ++c) {
             Store<T>(pDst + c * sizeof(T), tables[c][Load<T>(pSrc + c * sizeof(T)) & mask]);
         }
