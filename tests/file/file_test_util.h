@@ -93,16 +93,16 @@ struct Loaded {
     ~Loaded() { KaipDeallocateImageData(&info); }
 };
 
-inline bool Run(const std::string& command) { return std::system((command + " >/dev/null 2>&1").c_str()) == 0; }
-inline bool HaveTool(const std::string& name) { return Run("command -v " + name); }
-inline bool HavePil() { return Run("/usr/bin/python3 -c 'import PIL'"); }
+inline bool RunQuietly(const std::string& command) { return std::system((command + " >/dev/null 2>&1").c_str()) == 0; }
+inline bool HaveTool(const std::string& name) { return RunQuietly("command -v " + name); }
+inline bool HavePil() { return RunQuietly("/usr/bin/python3 -c 'import PIL'"); }
 
 // Runs a Python script with PIL; the script gets the arguments as sys.argv[1:].
 inline bool RunPython(const TempDir& dir, const std::string& script, const std::string& args)
 {
     const std::string path = dir / "script.py";
     std::ofstream(path) << "import sys\nfrom PIL import Image\n" << script << "\n";
-    return Run("/usr/bin/python3 " + path + " " + args);
+    return RunQuietly("/usr/bin/python3 " + path + " " + args);
 }
 
 }  // namespace filetest
