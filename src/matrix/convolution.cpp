@@ -4,72 +4,21 @@
 
 #include "core/check.h"
 #include "core/log.h"
-#include "matrix/matrix.h"
+#include "core/unidef.h"
+#include "matrix/matrix_lines.h"
 
 namespace {
 
 constexpr const char* kFunc = "KaipApply3x3Convolution";
-constexpr uint64_t kClassMask = 0x19FF;  // Mono8 to Mono16 (Bayer included), BGR8Packed, BGRA8Packed
+// Mono8 to Mono16 (the Bayer codes included), BGR8Packed and BGRA8Packed.
+constexpr uint64_t kClassMask = KaipPixelFormatClass_Mono8 | KaipPixelFormatClass_Mono9 | KaipPixelFormatClass_Mono10 |
+                                KaipPixelFormatClass_Mono11 | KaipPixelFormatClass_Mono12 | KaipPixelFormatClass_Mono13 |
+                                KaipPixelFormatClass_Mono14 | KaipPixelFormatClass_Mono15 | KaipPixelFormatClass_Mono16 |
+                                KaipPixelFormatClass_BGR8Packed | KaipPixelFormatClass_BGRA8Packed;
+static_assert(kClassMask == 0x19FF, "the mono formats and the two 8-bit BGR formats");
 
-// One interior line: every pixel but the first and the last, every colour channel on its own with
-// the same channel of its neighbours (iStep samples apart). The kernel comes as unsigned words so
-// that the sum wraps at 32 bits as the processor's arithmetic does. A cross kernel (corners 0) skips
-// the four corner products, which changes nothing in the result. With a LUT, channel i goes through
-// ppTables[i].
-template <typename TSample, int iChannels, int iStep, bool bCross, bool bLut>
-void ConvolveLine(const uint8_t* pAbove, const uint8_t* pLine, const uint8_t* pBelow, uint8_t* pDstLine,
-                  uint32_t dwWidth, const uint32_t* k, int32_t iMax, const void* const* ppTables)
-{
-    const TSample* a = reinterpret_cast<const TSample*>(pAbove);
-    const TSample* m = reinterpret_cast<const TSample*>(pLine);
-    const TSample* b = reinterpret_cast<const TSample*>(pBelow);
-    TSample* d = reinterpret_cast<TSample*>(pDstLine);
-    const size_t end = size_t(dwWidth - 1) * iStep;
-    for (size_t i = iStep; i < end; i += iStep) {
-        for (int ch = 0; ch < iChannels; ++ch) {
-            const size_t j = i + ch, l = j - iStep, r = j + iStep;
-            uint32_t sum = k[1] * a[j] + k[3] * m[l] + k[4] * m[j] + k[5] * m[r] + k[7] * b[j];
-            if constexpr (!bCross) sum += k[0] * a[l] + k[2] * a[r] + k[6] * b[l] + k[8] * b[r];
-            const int32_t v = std::clamp(int32_t(sum) / 1000, 0, iMax);
-            if constexpr (bLut) {
-                d[j] = static_cast<const TSample*>(ppTables[ch])[v];
-            } else {
-                d[j] = TSample(v);
-            }
-        }
-    }
-}
-
-using TConvolveLine = void(const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*, uint32_t, const uint32_t*,
-                           int32_t, const void* const*);
-
-struct TConvolutionFormat {
-    uint32_t dwPixelFormat;
-    int32_t iMax;
-    unsigned uLutDepth;  // 8, 10 or 12; 0: the format takes no LUT
-    bool bColor;         // bytes 0, 1, 2 of a pixel through the red, green and blue tables; mono: green
-    TConvolveLine* apfnLine[2][2];  // [cross kernel][LUT]
-};
-
-template <typename TSample, int iChannels, int iStep>
-constexpr TConvolutionFormat Row(uint32_t dwPixelFormat, int32_t iMax, unsigned uLutDepth)
-{
-    return {dwPixelFormat,
-            iMax,
-            uLutDepth,
-            iChannels == 3,
-            {{ConvolveLine<TSample, iChannels, iStep, false, false>, ConvolveLine<TSample, iChannels, iStep, false, true>},
-             {ConvolveLine<TSample, iChannels, iStep, true, false>, ConvolveLine<TSample, iChannels, iStep, true, true>}}};
-}
-
-// Formats of the class mask that are not listed (the Bayer codes, Mono14) are refused.
-constexpr TConvolutionFormat kFormats[] = {
-    Row<uint8_t, 1, 1>(KaipPixelFormat_Mono8, 255, 8),     Row<uint8_t, 3, 3>(KaipPixelFormat_BGR8Packed, 255, 8),
-    Row<uint8_t, 3, 4>(KaipPixelFormat_BGRA8Packed, 255, 8), Row<uint16_t, 1, 1>(KaipPixelFormat_Mono10, 1023, 10),
-    Row<uint16_t, 1, 1>(KaipPixelFormat_Mono12, 4095, 12), Row<uint16_t, 1, 1>(KaipPixelFormat_Mono9, 511, 0),
-    Row<uint16_t, 1, 1>(KaipPixelFormat_Mono11, 2047, 0),  Row<uint16_t, 1, 1>(KaipPixelFormat_Mono13, 8191, 0),
-    Row<uint16_t, 1, 1>(KaipPixelFormat_Mono15, 32767, 0), Row<uint16_t, 1, 1>(KaipPixelFormat_Mono16, 65535, 0),
-};
+// The tag of the line workers built for the baseline processor.
+struct TBaseline {};
 
 }  // namespace
 
@@ -86,9 +35,10 @@ KaipStatus Apply3x3Convolution(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDst
         return Refuse(KASTATUS_KAIP_INVALID_POINTER, "%s: piMatrix is NULL, returning KASTATUS_KAIP_INVALID_POINTER.",
                       kFunc);
     const KaipImgInfo& src = *pSrcImgInfo;
-    const auto* pFormat = std::find_if(std::begin(kFormats), std::end(kFormats),
-                                       [&](const TConvolutionFormat& f) { return f.dwPixelFormat == src.PixelFormat; });
-    if (pFormat == std::end(kFormats))
+    const TConvolutionFormat* pFormat =
+        FindFormatRow(g_SSEChecker.UseAVX2() ? g_pConvolutionFormatsAvx2 : kConvolutionFormats<TBaseline>,
+                      kConvolutionFormatCount, src.PixelFormat);
+    if (pFormat == nullptr)
         return Refuse(KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT, "%s: Unsupported source color format 0x%8.8x", kFunc,
                       src.PixelFormat);
     if (bReallocate) {

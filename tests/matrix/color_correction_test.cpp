@@ -64,7 +64,7 @@ enum class LutMode { None, Object, Global };
 
 TEST(ApplyRgbColorCorrection, MatchesModelOnRandomImages)
 {
-    const std::pair<uint32_t, uint32_t> sizes[] = {{1, 1}, {2, 3}, {5, 4}, {8, 2}, {17, 5}};
+    const std::pair<uint32_t, uint32_t> sizes[] = {{1, 1}, {2, 3}, {5, 4}, {8, 2}, {17, 5}, {70, 3}, {133, 2}};
     uint32_t seed = 1;
     for (const TCcFormat& f : kFormats) {
         for (auto [w, h] : sizes) {

@@ -60,7 +60,7 @@ enum class LutMode { None, Object, Global };
 
 TEST(Apply3x3Convolution, MatchesModelOnRandomImages)
 {
-    const std::pair<uint32_t, uint32_t> sizes[] = {{1, 1}, {3, 3}, {4, 3}, {8, 2}, {2, 5}, {6, 7}, {19, 4}};
+    const std::pair<uint32_t, uint32_t> sizes[] = {{1, 1}, {3, 3}, {4, 3}, {8, 2}, {2, 5}, {6, 7}, {19, 4}, {70, 3}, {133, 4}};
     uint32_t seed = 1000;
     for (const TConvFormat& f : kFormats) {
         for (auto [w, h] : sizes) {

@@ -1,0 +1,178 @@
+// matrix_lines.h: the line workers of colour correction and convolution, once per instruction set.
+//
+// Every template takes a tag type TIsa first. Each file that includes this header declares its own
+// tag in an unnamed namespace, so its instantiations are its own code, compiled with its own
+// instruction-set options, and the linker can never substitute one file's copy for another's.
+// For the same reason the workers use no out-of-line helpers from other headers.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+#include "matrix/matrix.h"
+
+template <class TIsa, typename T>
+inline T ClampTo(T v, T lo, T hi)
+{
+    return v < lo ? lo : hi < v ? hi : v;
+}
+
+// One row of 16.16 coefficients applied to a pixel. TSum is 32 bits for samples of up to 12 bits
+// (a large coefficient wraps the sum as the processor's integer arithmetic does) and 64 bits for 16.
+template <class TIsa, typename TSum>
+inline int32_t CorrectChannel(const int32_t* c, TSum r, TSum g, TSum b, TSum max)
+{
+    using U = std::make_unsigned_t<TSum>;
+    const TSum v = TSum(U(c[0]) * U(r) + U(c[1]) * U(g) + U(c[2]) * U(b));
+    return int32_t(ClampTo<TIsa, TSum>(v >> 16, 0, max));
+}
+
+using TCorrectLine = void(const uint8_t*, uint8_t*, uint32_t, const int32_t*, int32_t, const TLutTables&);
+
+// One line of a packed RGB/BGR format: red at sample iRed, green at 1, blue at 2 - iRed, iStep
+// samples per pixel (a fourth sample is left alone). The output may be the input line itself.
+template <class TIsa, typename TSample, typename TSum, int iRed, int iStep, bool bLut>
+void CorrectLine(const uint8_t* pSrcLine, uint8_t* pDstLine, uint32_t dwWidth, const int32_t* c, int32_t iMax,
+                 const TLutTables& lut)
+{
+    const TSample* s = reinterpret_cast<const TSample*>(pSrcLine);
+    TSample* d = reinterpret_cast<TSample*>(pDstLine);
+    const TSample* pRed = static_cast<const TSample*>(lut.pRed);
+    const TSample* pGreen = static_cast<const TSample*>(lut.pGreen);
+    const TSample* pBlue = static_cast<const TSample*>(lut.pBlue);
+    for (uint32_t x = 0; x < dwWidth; ++x, s += iStep, d += iStep) {
+        const TSum r = s[iRed], g = s[1], b = s[2 - iRed];
+        const int32_t vr = CorrectChannel<TIsa, TSum>(c, r, g, b, iMax);
+        const int32_t vg = CorrectChannel<TIsa, TSum>(c + 3, r, g, b, iMax);
+        const int32_t vb = CorrectChannel<TIsa, TSum>(c + 6, r, g, b, iMax);
+        if constexpr (bLut) {
+            d[iRed] = pRed[vr], d[1] = pGreen[vg], d[2 - iRed] = pBlue[vb];
+        } else {
+            d[iRed] = TSample(vr), d[1] = TSample(vg), d[2 - iRed] = TSample(vb);
+        }
+    }
+}
+
+using TConvolveLine = void(const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*, uint32_t, const uint32_t*,
+                           int32_t, const void* const*);
+
+// One interior line: every pixel but the first and the last, every colour channel on its own with
+// the same channel of its neighbours (iStep samples apart). The kernel comes as unsigned words so
+// that the sum wraps at 32 bits as the processor's arithmetic does. A cross kernel (corners 0) skips
+// the four corner products, which changes nothing in the result. With a LUT, channel i goes through
+// ppTables[i]. Without a LUT and without a skipped fourth byte the interior is one run of samples.
+template <class TIsa, typename TSample, int iChannels, int iStep, bool bCross, bool bLut>
+void ConvolveLine(const uint8_t* pAbove, const uint8_t* pLine, const uint8_t* pBelow, uint8_t* pDstLine,
+                  uint32_t dwWidth, const uint32_t* k, int32_t iMax, const void* const* ppTables)
+{
+    const TSample* a = reinterpret_cast<const TSample*>(pAbove);
+    const TSample* m = reinterpret_cast<const TSample*>(pLine);
+    const TSample* b = reinterpret_cast<const TSample*>(pBelow);
+    TSample* d = reinterpret_cast<TSample*>(pDstLine);
+    const uint32_t k0 = k[0], k1 = k[1], k2 = k[2], k3 = k[3], k4 = k[4], k5 = k[5], k6 = k[6], k7 = k[7], k8 = k[8];
+    auto value = [&](size_t j) {
+        const size_t l = j - iStep, r = j + iStep;
+        uint32_t sum = k1 * a[j] + k3 * m[l] + k4 * m[j] + k5 * m[r] + k7 * b[j];
+        if constexpr (!bCross) sum += k0 * a[l] + k2 * a[r] + k6 * b[l] + k8 * b[r];
+        return ClampTo<TIsa, int32_t>(int32_t(sum) / 1000, 0, iMax);
+    };
+    const size_t end = size_t(dwWidth - 1) * iStep;
+    if constexpr (iChannels == iStep && !bLut) {
+        for (size_t j = iStep; j < end; ++j) d[j] = TSample(value(j));
+    } else {
+        for (size_t i = iStep; i < end; i += iStep) {
+            for (int ch = 0; ch < iChannels; ++ch) {
+                const int32_t v = value(i + ch);
+                if constexpr (bLut) {
+                    d[i + ch] = static_cast<const TSample*>(ppTables[ch])[v];
+                } else {
+                    d[i + ch] = TSample(v);
+                }
+            }
+        }
+    }
+}
+
+// One format and its workers: by LUT for the correction, by cross kernel and LUT for the convolution.
+struct TCorrectionFormat {
+    uint32_t dwPixelFormat;
+    unsigned uDepth;            // 8, 10, 12 (with a LUT body of that depth) or 16 (never a LUT)
+    TCorrectLine* apfnLine[2];  // [LUT]
+};
+struct TConvolutionFormat {
+    uint32_t dwPixelFormat;
+    int32_t iMax;
+    unsigned uLutDepth;             // 8, 10 or 12; 0: the format takes no LUT
+    bool bColor;                    // bytes 0, 1, 2 through the red, green and blue tables; mono: green
+    TConvolveLine* apfnLine[2][2];  // [cross kernel][LUT]
+};
+
+template <class TIsa, typename TSample, int iRed, int iStep>
+constexpr TCorrectionFormat CorrectionRow(uint32_t dwPixelFormat, unsigned uDepth)
+{
+    if constexpr (sizeof(TSample) == 2) {
+        if (uDepth == 16)  // 64-bit sums, never a LUT
+            return {dwPixelFormat, uDepth, {CorrectLine<TIsa, TSample, int64_t, iRed, iStep, false>, nullptr}};
+    }
+    return {dwPixelFormat, uDepth,
+            {CorrectLine<TIsa, TSample, int32_t, iRed, iStep, false>, CorrectLine<TIsa, TSample, int32_t, iRed, iStep, true>}};
+}
+
+template <class TIsa, typename TSample, int iChannels, int iStep>
+constexpr TConvolutionFormat ConvolutionRow(uint32_t dwPixelFormat, int32_t iMax, unsigned uLutDepth)
+{
+    return {dwPixelFormat,
+            iMax,
+            uLutDepth,
+            iChannels == 3,
+            {{ConvolveLine<TIsa, TSample, iChannels, iStep, false, false>,
+              ConvolveLine<TIsa, TSample, iChannels, iStep, false, true>},
+             {ConvolveLine<TIsa, TSample, iChannels, iStep, true, false>,
+              ConvolveLine<TIsa, TSample, iChannels, iStep, true, true>}}};
+}
+
+constexpr size_t kCorrectionFormatCount = 10, kConvolutionFormatCount = 10;
+
+template <class TIsa>
+constexpr TCorrectionFormat kCorrectionFormats[kCorrectionFormatCount] = {
+    CorrectionRow<TIsa, uint8_t, 2, 3>(KaipPixelFormat_BGR8Packed, 8),
+    CorrectionRow<TIsa, uint8_t, 2, 4>(KaipPixelFormat_BGRA8Packed, 8),
+    CorrectionRow<TIsa, uint8_t, 0, 3>(KaipPixelFormat_RGB8Packed, 8),
+    CorrectionRow<TIsa, uint8_t, 0, 4>(KaipPixelFormat_RGBA8Packed, 8),
+    CorrectionRow<TIsa, uint16_t, 2, 3>(KaipPixelFormat_BGR10Packed, 10),
+    CorrectionRow<TIsa, uint16_t, 0, 3>(KaipPixelFormat_RGB10Packed, 10),
+    CorrectionRow<TIsa, uint16_t, 2, 3>(KaipPixelFormat_BGR12Packed, 12),
+    CorrectionRow<TIsa, uint16_t, 0, 3>(KaipPixelFormat_RGB12Packed, 12),
+    CorrectionRow<TIsa, uint16_t, 2, 3>(KaipPixelFormat_BGR16, 16),
+    CorrectionRow<TIsa, uint16_t, 0, 3>(KaipPixelFormat_RGB16Packed, 16),
+};
+
+// Formats of the convolution's class mask that are not listed (the Bayer codes, Mono14) have no
+// sample range here and are refused.
+template <class TIsa>
+constexpr TConvolutionFormat kConvolutionFormats[kConvolutionFormatCount] = {
+    ConvolutionRow<TIsa, uint8_t, 1, 1>(KaipPixelFormat_Mono8, 255, 8),
+    ConvolutionRow<TIsa, uint8_t, 3, 3>(KaipPixelFormat_BGR8Packed, 255, 8),
+    ConvolutionRow<TIsa, uint8_t, 3, 4>(KaipPixelFormat_BGRA8Packed, 255, 8),
+    ConvolutionRow<TIsa, uint16_t, 1, 1>(KaipPixelFormat_Mono10, 1023, 10),
+    ConvolutionRow<TIsa, uint16_t, 1, 1>(KaipPixelFormat_Mono12, 4095, 12),
+    ConvolutionRow<TIsa, uint16_t, 1, 1>(KaipPixelFormat_Mono9, 511, 0),
+    ConvolutionRow<TIsa, uint16_t, 1, 1>(KaipPixelFormat_Mono11, 2047, 0),
+    ConvolutionRow<TIsa, uint16_t, 1, 1>(KaipPixelFormat_Mono13, 8191, 0),
+    ConvolutionRow<TIsa, uint16_t, 1, 1>(KaipPixelFormat_Mono15, 32767, 0),
+    ConvolutionRow<TIsa, uint16_t, 1, 1>(KaipPixelFormat_Mono16, 65535, 0),
+};
+
+// The same tables compiled for AVX2 (matrix_avx2.cpp); to be used only when g_SSEChecker.UseAVX2().
+extern const TCorrectionFormat* const g_pCorrectionFormatsAvx2;
+extern const TConvolutionFormat* const g_pConvolutionFormatsAvx2;
+
+// The row of a format in a table of n rows, or null (file-local: no copy of it is built for AVX2).
+template <typename TRow>
+static const TRow* FindFormatRow(const TRow* pRows, size_t n, uint32_t dwPixelFormat)
+{
+    for (size_t i = 0; i < n; ++i)
+        if (pRows[i].dwPixelFormat == dwPixelFormat) return &pRows[i];
+    return nullptr;
+}
