@@ -25,7 +25,10 @@ struct TBenchImage {
 
 using TDecoder = KaipStatus (*)(const KaipImgInfo*, KaipImgInfo*, uint32_t, uint32_t, KaipHLut);
 
-uint32_t PixelBytes(uint32_t format) { return format == KaipPixelFormat_BGR8Packed || format == KaipPixelFormat_RGB8Packed ? 3 : 4; }
+uint32_t PixelBytes(uint32_t format)
+{
+    return format == KaipPixelFormat_BGR8Packed || format == KaipPixelFormat_RGB8Packed ? 3 : 4;
+}
 
 // Arguments: width, height. The global LUT (handle 1) so every sample goes through a table.
 void DecodeBench(benchmark::State& state, TDecoder decode, uint32_t srcFormat, uint32_t dstFormat)
@@ -54,15 +57,20 @@ void Sizes(benchmark::internal::Benchmark* b)
 }
 
 BENCHMARK_CAPTURE(DecodeBench, Bilinear8_BGR8, KaipBdBilinearInterpolation, KaipPixelFormat_BayerRG8,
-                  KaipPixelFormat_BGR8Packed)->Apply(Sizes);
+                  KaipPixelFormat_BGR8Packed)
+    ->Apply(Sizes);
 BENCHMARK_CAPTURE(DecodeBench, Bilinear8_BGRA8, KaipBdBilinearInterpolation, KaipPixelFormat_BayerRG8,
-                  KaipPixelFormat_BGRA8Packed)->Apply(Sizes);
+                  KaipPixelFormat_BGRA8Packed)
+    ->Apply(Sizes);
 BENCHMARK_CAPTURE(DecodeBench, Bilinear12_BGR8, KaipBdBilinearInterpolation, KaipPixelFormat_BayerRG12,
-                  KaipPixelFormat_BGR8Packed)->Apply(Sizes);
+                  KaipPixelFormat_BGR8Packed)
+    ->Apply(Sizes);
 BENCHMARK_CAPTURE(DecodeBench, Nearest8_BGR8, KaipBdNearestNeighbour, KaipPixelFormat_BayerRG8,
-                  KaipPixelFormat_BGR8Packed)->Apply(Sizes);
+                  KaipPixelFormat_BGR8Packed)
+    ->Apply(Sizes);
 BENCHMARK_CAPTURE(DecodeBench, Nearest8_BGRA8, KaipBdNearestNeighbour, KaipPixelFormat_BayerRG8,
-                  KaipPixelFormat_BGRA8Packed)->Apply(Sizes);
+                  KaipPixelFormat_BGRA8Packed)
+    ->Apply(Sizes);
 BENCHMARK_CAPTURE(MemcpyBench, BGR8_bytes, 3)->Apply(Sizes);
 BENCHMARK_CAPTURE(MemcpyBench, BGRA8_bytes, 4)->Apply(Sizes);
 

@@ -13,8 +13,8 @@ KaipStatus BdNearestNeighbour(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstI
                               uint32_t dwOptions, KaipHLut hLut);
 KaipStatus BdEncodeToBayer(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, uint32_t dwDstPixelFormat,
                            uint32_t dwOptions);
-KaipStatus BdBilinearInterpolation(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
-                                   uint32_t dwDstPixelFormat, uint32_t dwOptions, KaipHLut hLut);
+KaipStatus BdBilinearInterpolation(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, uint32_t dwDstPixelFormat,
+                                   uint32_t dwOptions, KaipHLut hLut);
 
 // Writes into each Bayer sample (8, 10 or 12 bits) the channel of its site taken from a
 // BGR8 or BGRa8 pixel (srcBytes 3 or 4), shifted up to the depth. The exported encoder
@@ -26,5 +26,5 @@ void EncodeBgrToBayer(const KaipImgInfo& src, uint32_t dwSrcBytes, KaipImgInfo& 
 // KAIP_BdCalcWbFactors, which measures Bayer mosaics.
 KaipStatus CalcWbFactors(const KaipImgInfo* pSrcImgInfo, uint32_t* pdwRed, uint32_t* pdwGreen, uint32_t* pdwBlue,
                          uint32_t dwOptions);
-KaipStatus KAIP_BdCalcWbFactors(const KaipImgInfo* pSrcImgInfo, uint32_t* pdwRed, uint32_t* pdwGreen,
-                                uint32_t* pdwBlue, uint32_t dwOptions);
+KaipStatus KAIP_BdCalcWbFactors(const KaipImgInfo* pSrcImgInfo, uint32_t* pdwRed, uint32_t* pdwGreen, uint32_t* pdwBlue,
+                                uint32_t dwOptions);

@@ -26,10 +26,10 @@ struct TBilinear {
         } else if constexpr (Site == kSiteGreenB) {
             StoreBgr<DstBytes>(p, lut.pBlue2[across], lut.pGreen[own], lut.pRed2[upDown]);
         } else {
-            const uint32_t direct = (D::At(pUp, x) + D::At(pDown, x) + D::At(pCur, x - 1) + D::At(pCur, x + 1)) &
-                                    D::kMask4;
-            const uint32_t diagonal = (D::At(pUp, x - 1) + D::At(pUp, x + 1) + D::At(pDown, x - 1) +
-                                       D::At(pDown, x + 1)) & D::kMask4;
+            const uint32_t direct =
+                (D::At(pUp, x) + D::At(pDown, x) + D::At(pCur, x - 1) + D::At(pCur, x + 1)) & D::kMask4;
+            const uint32_t diagonal =
+                (D::At(pUp, x - 1) + D::At(pUp, x + 1) + D::At(pDown, x - 1) + D::At(pDown, x + 1)) & D::kMask4;
             if constexpr (Site == kSiteRed) {
                 StoreBgr<DstBytes>(p, lut.pBlue4[diagonal], lut.pGreen4[direct], lut.pRed[own]);
             } else {
@@ -41,8 +41,8 @@ struct TBilinear {
 
 }  // namespace
 
-KaipStatus BdBilinearInterpolation(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
-                                   uint32_t dwDstPixelFormat, uint32_t dwOptions, KaipHLut hLut)
+KaipStatus BdBilinearInterpolation(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, uint32_t dwDstPixelFormat,
+                                   uint32_t dwOptions, KaipHLut hLut)
 {
     static const char* const pszFunc = "KaipBdBilinearInterpolation";
     TBayerJob job;

@@ -6,8 +6,8 @@
 #include "core/log.h"
 
 KaipStatus PrepareBayerJob(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
-                           uint32_t dwDstPixelFormat, uint32_t dwOptions, uint64_t qwDstClassMask,
-                           uint32_t dwMinSide, TBayerJob& job)
+                           uint32_t dwDstPixelFormat, uint32_t dwOptions, uint64_t qwDstClassMask, uint32_t dwMinSide,
+                           TBayerJob& job)
 {
     if (!pSrcImgInfo) {
         Log.Debug("%s: pSrcImgInfo is NULL!", pszFunc);
@@ -23,25 +23,27 @@ KaipStatus PrepareBayerJob(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, 
                       pszFunc);
     }
     bool bReallocate = false;
-    const KaipStatus status = CheckImgInfos(
-        pszFunc, &job.src, pDstImgInfo, dwOptions,
-        KaipPixelFormatClass_Mono8 | KaipPixelFormatClass_Mono10 | KaipPixelFormatClass_Mono12, dwDstPixelFormat,
-        qwDstClassMask, KaipCheck_SameSize | KaipCheck_DstRequired, 0, &bReallocate);
+    const KaipStatus status =
+        CheckImgInfos(pszFunc, &job.src, pDstImgInfo, dwOptions,
+                      KaipPixelFormatClass_Mono8 | KaipPixelFormatClass_Mono10 | KaipPixelFormatClass_Mono12,
+                      dwDstPixelFormat, qwDstClassMask, KaipCheck_SameSize | KaipCheck_DstRequired, 0, &bReallocate);
     if (status != KASTATUS_OK) return status;
     if (job.src.Width < dwMinSide || job.src.Height < dwMinSide) {
         return Refuse(KASTATUS_KAIP_NOT_SUPPORTED, "%s: images below %ux%u pixels are not supported", pszFunc,
                       dwMinSide, dwMinSide);
     }
     if (bReallocate || pDstImgInfo->PixelFormat != dwDstPixelFormat) {
-        const KaipStatus realloc = ReallocateDst(pszFunc, pDstImgInfo, job.src.Width, job.src.Height,
-                                                 dwDstPixelFormat, dwOptions);
+        const KaipStatus realloc =
+            ReallocateDst(pszFunc, pDstImgInfo, job.src.Width, job.src.Height, dwDstPixelFormat, dwOptions);
         if (realloc != KASTATUS_OK) return realloc;
     }
     // Every worker writes pData: a destination held as colour planes has none to write.
     if (pDstImgInfo->Flags & KaipImgFlag_ColorPlanes) {
         return Refuse(KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED, "%s: the color planes are not supported", pszFunc);
     }
-    job.dwBits = job.src.PixelFormat == KaipPixelFormat_Mono8 ? 8 : job.src.PixelFormat == KaipPixelFormat_Mono10 ? 10 : 12;
+    job.dwBits = job.src.PixelFormat == KaipPixelFormat_Mono8    ? 8
+                 : job.src.PixelFormat == KaipPixelFormat_Mono10 ? 10
+                                                                 : 12;
     job.bShiftLine = (job.src.Flags & KaipImgFlag_BayerShiftLine) != 0;
     job.bShiftColumn = (job.src.Flags & KaipImgFlag_BayerShiftColumn) != 0;
     return KASTATUS_OK;
@@ -101,9 +103,12 @@ bool Resolve(KaipHLut hLut, TBody& linear, TBody& global, KaipStatus (*getLut)(K
 bool ResolveBayerLut(KaipHLut hLut, uint32_t dwBits, TBayerLut& lut)
 {
     switch (dwBits) {
-        case 8: return Resolve(hLut, g_LutLinear8, g_Lut8, GetLut8, lut);
-        case 10: return Resolve(hLut, g_LutLinear10, g_Lut10, GetLut10, lut);
-        default: return Resolve(hLut, g_LutLinear12, g_Lut12, GetLut12, lut);
+        case 8:
+            return Resolve(hLut, g_LutLinear8, g_Lut8, GetLut8, lut);
+        case 10:
+            return Resolve(hLut, g_LutLinear10, g_Lut10, GetLut10, lut);
+        default:
+            return Resolve(hLut, g_LutLinear12, g_Lut12, GetLut12, lut);
     }
 }
 
@@ -119,7 +124,8 @@ KaipStatus SelectBayerLut(const char* pszFunc, KaipHLut hLut, uint32_t dwBits, T
     if (demand == TLutDemand::BayerAboveEight && dwBits != 8 && !(dwType & KAIP_LUT_BAYER)) {
         // The text names the other Bayer flag; callers match on it as it stands.
         return Refuse(KASTATUS_KAIP_INVALID_LUT_TYPE,
-                      "%s: invalid LUT type (not KAIP_LUT_BAYER_16), returning KASTATUS_KAIP_INVALID_LUT_TYPE", pszFunc);
+                      "%s: invalid LUT type (not KAIP_LUT_BAYER_16), returning KASTATUS_KAIP_INVALID_LUT_TYPE",
+                      pszFunc);
     }
     if (demand == TLutDemand::FullBayer && !HasFullBayerLayout(dwType)) {
         return Refuse(KASTATUS_KAIP_INVALID_LUT_TYPE,
@@ -130,13 +136,9 @@ KaipStatus SelectBayerLut(const char* pszFunc, KaipHLut hLut, uint32_t dwBits, T
 
 namespace {
 
+// The planes of the border pass and the LUT tables it reads.
 struct TFrameArgs {
-    const uint8_t* pSrc;
-    uint32_t dwSrcLineIncrement;
-    uint8_t* pDst;
-    uint32_t dwDstLineIncrement;
-    bool bShiftLine;
-    bool bShiftColumn;
+    TBayerPlanes p;
     TBayerLut lut;
 };
 
@@ -149,12 +151,12 @@ void FramePixel(const TFrameArgs& a, uint32_t x, uint32_t y)
     using D = TDepth<Bits>;
     const uint32_t xh = x ? x - 1 : x + 1;
     const uint32_t yv = y ? y - 1 : y + 1;
-    const uint8_t* pLine = a.pSrc + size_t(y) * a.dwSrcLineIncrement;
-    const uint8_t* pNext = a.pSrc + size_t(yv) * a.dwSrcLineIncrement;
+    const uint8_t* pLine = a.p.pSrc + size_t(y) * a.p.dwSrcLineIncrement;
+    const uint8_t* pNext = a.p.pSrc + size_t(yv) * a.p.dwSrcLineIncrement;
     const uint32_t s = D::At(pLine, x) & D::kMask1, sh = D::At(pLine, xh) & D::kMask1;
     const uint32_t sv = D::At(pNext, x) & D::kMask1, sd = D::At(pNext, xh) & D::kMask1;
-    const bool bRedLine = ((y & 1) != 0) == a.bShiftLine;
-    const bool bRedColumn = ((x & 1) != 0) == a.bShiftColumn;  // red in a red line, green in a blue one
+    const bool bRedLine = ((y & 1) != 0) == a.p.bShiftLine;
+    const bool bRedColumn = ((x & 1) != 0) == a.p.bShiftColumn;  // red in a red line, green in a blue one
     uint32_t r, g, b;
     if (bRedLine != bRedColumn) {  // green: the other two colours beside and above/below it
         g = s;
@@ -165,7 +167,7 @@ void FramePixel(const TFrameArgs& a, uint32_t x, uint32_t y)
         r = bRedLine ? s : sd;
         b = bRedLine ? sd : s;
     }
-    uint8_t* pOut = a.pDst + size_t(y) * a.dwDstLineIncrement + size_t(x) * DstBytes;
+    uint8_t* pOut = a.p.pDst + size_t(y) * a.p.dwDstLineIncrement + size_t(x) * DstBytes;
     if constexpr (DstBytes == 1) {
         *pOut = a.lut.pGreen[(r + g + b) / 3];
     } else {
@@ -192,25 +194,39 @@ template <unsigned Bits>
 void RunFrameOfDepth(const TFrameArgs& a, uint32_t dwDstBitsPerPixel, uint32_t dwWidth, uint32_t dwHeight)
 {
     switch (dwDstBitsPerPixel) {
-        case 8: RunFrame<Bits, 1>(a, dwWidth, dwHeight); break;
-        case 24: RunFrame<Bits, 3>(a, dwWidth, dwHeight); break;
-        case 32: RunFrame<Bits, 4>(a, dwWidth, dwHeight); break;
-        default: break;
+        case 8:
+            RunFrame<Bits, 1>(a, dwWidth, dwHeight);
+            break;
+        case 24:
+            RunFrame<Bits, 3>(a, dwWidth, dwHeight);
+            break;
+        case 32:
+            RunFrame<Bits, 4>(a, dwWidth, dwHeight);
+            break;
+        default:
+            break;
     }
 }
 
 }  // namespace
 
 void CalculateFrame1(const uint8_t* pSrc, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwSrcLineIncrement,
-                     uint32_t dwSrcBits, bool bShiftLine, bool bShiftColumn, uint8_t* pDst,
-                     uint32_t dwDstLineIncrement, uint32_t dwDstBitsPerPixel, KaipHLut hLut)
+                     uint32_t dwSrcBits, bool bShiftLine, bool bShiftColumn, uint8_t* pDst, uint32_t dwDstLineIncrement,
+                     uint32_t dwDstBitsPerPixel, KaipHLut hLut)
 {
-    TFrameArgs a{pSrc, dwSrcLineIncrement, pDst, dwDstLineIncrement, bShiftLine, bShiftColumn, {}};
+    TFrameArgs a{{pSrc, dwSrcLineIncrement, pDst, dwDstLineIncrement, bShiftLine, bShiftColumn}, {}};
     if (dwWidth == 0 || dwHeight == 0 || !ResolveBayerLut(hLut, dwSrcBits, a.lut)) return;
     switch (dwSrcBits) {
-        case 8: RunFrameOfDepth<8>(a, dwDstBitsPerPixel, dwWidth, dwHeight); break;
-        case 10: RunFrameOfDepth<10>(a, dwDstBitsPerPixel, dwWidth, dwHeight); break;
-        case 12: RunFrameOfDepth<12>(a, dwDstBitsPerPixel, dwWidth, dwHeight); break;
-        default: break;
+        case 8:
+            RunFrameOfDepth<8>(a, dwDstBitsPerPixel, dwWidth, dwHeight);
+            break;
+        case 10:
+            RunFrameOfDepth<10>(a, dwDstBitsPerPixel, dwWidth, dwHeight);
+            break;
+        case 12:
+            RunFrameOfDepth<12>(a, dwDstBitsPerPixel, dwWidth, dwHeight);
+            break;
+        default:
+            break;
     }
 }

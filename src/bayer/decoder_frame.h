@@ -22,8 +22,8 @@ struct TBayerJob {
 // KaipOption_ReallocateDst. dwMinSide refuses images narrower or lower than that before
 // anything is written (decoders with a border pass 2: the border reads one pixel further).
 KaipStatus PrepareBayerJob(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
-                           uint32_t dwDstPixelFormat, uint32_t dwOptions, uint64_t qwDstClassMask,
-                           uint32_t dwMinSide, TBayerJob& job);
+                           uint32_t dwDstPixelFormat, uint32_t dwOptions, uint64_t qwDstClassMask, uint32_t dwMinSide,
+                           TBayerJob& job);
 
 // The 8-bit outputs of one LUT body, all as byte tables. A single sample indexes pRed,
 // pGreen, pBlue (Red/Green/Blue of an 8-bit body, BayerRed8/... of a 10- or 12-bit one).
@@ -33,9 +33,9 @@ struct TBayerLut {
     const uint8_t* pRed;
     const uint8_t* pGreen;
     const uint8_t* pBlue;
-    const uint8_t* pRed2;  // BayerRed16
+    const uint8_t* pRed2;   // BayerRed16
     const uint8_t* pBlue2;  // BayerBlue16 (green is never the mean of two)
-    const uint8_t* pRed4;  // BayerRed32
+    const uint8_t* pRed4;   // BayerRed32
     const uint8_t* pGreen4;
     const uint8_t* pBlue4;
 };
@@ -55,8 +55,8 @@ KaipStatus SelectBayerLut(const char* pszFunc, KaipHLut hLut, uint32_t dwBits, T
 // their channel order; Mono8 (8 bits) gets the green output of the block's mean.
 // The image must be at least 2x2: the blocks reach one pixel inwards.
 void CalculateFrame1(const uint8_t* pSrc, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwSrcLineIncrement,
-                     uint32_t dwSrcBits, bool bShiftLine, bool bShiftColumn, uint8_t* pDst,
-                     uint32_t dwDstLineIncrement, uint32_t dwDstBitsPerPixel, KaipHLut hLut);
+                     uint32_t dwSrcBits, bool bShiftLine, bool bShiftColumn, uint8_t* pDst, uint32_t dwDstLineIncrement,
+                     uint32_t dwDstBitsPerPixel, KaipHLut hLut);
 
 // ---- pieces for the interior loops (templates on depth and destination) ----
 
@@ -124,10 +124,10 @@ void RunInterior(const Kernel& k, const TBayerPlanes& p, uint32_t dwHeight, uint
 {
     using TLine = void (*)(const Kernel&, const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*, uint32_t, uint32_t);
     const bool bRedColumnFirst = ((x0 & 1) != 0) == p.bShiftColumn;
-    const TLine redLine = bRedColumnFirst ? InteriorLine<Kernel, kSiteRed, kSiteGreenR>
-                                          : InteriorLine<Kernel, kSiteGreenR, kSiteRed>;
-    const TLine blueLine = bRedColumnFirst ? InteriorLine<Kernel, kSiteGreenB, kSiteBlue>
-                                           : InteriorLine<Kernel, kSiteBlue, kSiteGreenB>;
+    const TLine redLine =
+        bRedColumnFirst ? InteriorLine<Kernel, kSiteRed, kSiteGreenR> : InteriorLine<Kernel, kSiteGreenR, kSiteRed>;
+    const TLine blueLine =
+        bRedColumnFirst ? InteriorLine<Kernel, kSiteGreenB, kSiteBlue> : InteriorLine<Kernel, kSiteBlue, kSiteGreenB>;
     bool bRedLine = ((y0 & 1) != 0) == p.bShiftLine;
     for (uint32_t y = y0; y < y1; ++y, bRedLine = !bRedLine) {
         const uint8_t* pCur = p.pSrc + size_t(y) * p.dwSrcLineIncrement;
@@ -140,8 +140,8 @@ void RunInterior(const Kernel& k, const TBayerPlanes& p, uint32_t dwHeight, uint
 // The planes of a checked job: source mosaic in, destination pixels out.
 inline TBayerPlanes JobPlanes(const TBayerJob& job)
 {
-    return {job.src.pData, job.src.LineIncrement, job.pDst->pData, job.pDst->LineIncrement, job.bShiftLine,
-            job.bShiftColumn};
+    return {job.src.pData,           job.src.LineIncrement, job.pDst->pData,
+            job.pDst->LineIncrement, job.bShiftLine,        job.bShiftColumn};
 }
 
 // Calls f with the depth (8, 10, 12) or the pixel size (3, 4) as a compile-time constant,
@@ -150,10 +150,17 @@ template <class F>
 void WithDepth(uint32_t dwBits, F&& f)
 {
     switch (dwBits) {
-        case 8: f(std::integral_constant<unsigned, 8>{}); break;
-        case 10: f(std::integral_constant<unsigned, 10>{}); break;
-        case 12: f(std::integral_constant<unsigned, 12>{}); break;
-        default: break;
+        case 8:
+            f(std::integral_constant<unsigned, 8>{});
+            break;
+        case 10:
+            f(std::integral_constant<unsigned, 10>{});
+            break;
+        case 12:
+            f(std::integral_constant<unsigned, 12>{});
+            break;
+        default:
+            break;
     }
 }
 

@@ -34,7 +34,8 @@ struct TGreenToGreyscale {
         if constexpr (Site == kSiteGreenR || Site == kSiteGreenB) {
             pOut[x] = uint8_t(D::At(pCur, x) >> (Bits - 8));
         } else {
-            pOut[x] = uint8_t((D::At(pUp, x) + D::At(pDown, x) + D::At(pCur, x - 1) + D::At(pCur, x + 1)) >> (Bits - 6));
+            pOut[x] =
+                uint8_t((D::At(pUp, x) + D::At(pDown, x) + D::At(pCur, x - 1) + D::At(pCur, x + 1)) >> (Bits - 6));
         }
     }
 };
@@ -191,7 +192,7 @@ KaipStatus BdEncodeToBayer(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgI
     uint32_t dwBase = 0, dwPattern = 0;
     bool bBayer = false;
     GetFlagsFromPixelFormat(dwDstPixelFormat, dwBase, dwPattern, bBayer);
-    const uint32_t dwDstBits = !bBayer                              ? 0
+    const uint32_t dwDstBits = !bBayer                            ? 0
                                : dwBase == KaipPixelFormat_Mono8  ? 8
                                : dwBase == KaipPixelFormat_Mono10 ? 10
                                : dwBase == KaipPixelFormat_Mono12 ? 12

@@ -25,15 +25,32 @@ struct TRgbLayout {
 bool FindRgbLayout(uint32_t dwPixelFormat, TRgbLayout& layout)
 {
     switch (dwPixelFormat) {
-        case KaipPixelFormat_RGB8Packed: layout = {1, 3, false, 249}; return true;
-        case KaipPixelFormat_BGR8Packed: layout = {1, 3, true, 249}; return true;
-        case KaipPixelFormat_RGBA8Packed: layout = {1, 4, false, 249}; return true;
-        case KaipPixelFormat_BGRA8Packed: layout = {1, 4, true, 249}; return true;
-        case KaipPixelFormat_RGB10Packed: layout = {2, 6, false, 999}; return true;
-        case KaipPixelFormat_BGR10Packed: layout = {2, 6, true, 999}; return true;
-        case KaipPixelFormat_RGB12Packed: layout = {2, 6, false, 3999}; return true;
-        case KaipPixelFormat_BGR12Packed: layout = {2, 6, true, 3999}; return true;
-        default: return false;
+        case KaipPixelFormat_RGB8Packed:
+            layout = {1, 3, false, 249};
+            return true;
+        case KaipPixelFormat_BGR8Packed:
+            layout = {1, 3, true, 249};
+            return true;
+        case KaipPixelFormat_RGBA8Packed:
+            layout = {1, 4, false, 249};
+            return true;
+        case KaipPixelFormat_BGRA8Packed:
+            layout = {1, 4, true, 249};
+            return true;
+        case KaipPixelFormat_RGB10Packed:
+            layout = {2, 6, false, 999};
+            return true;
+        case KaipPixelFormat_BGR10Packed:
+            layout = {2, 6, true, 999};
+            return true;
+        case KaipPixelFormat_RGB12Packed:
+            layout = {2, 6, false, 3999};
+            return true;
+        case KaipPixelFormat_BGR12Packed:
+            layout = {2, 6, true, 3999};
+            return true;
+        default:
+            return false;
     }
 }
 
@@ -174,8 +191,8 @@ KaipStatus CalcWbFactors(const KaipImgInfo* pSrcImgInfo, uint32_t* pdwRed, uint3
     return WriteFactors(s, pdwRed, pdwGreen, pdwBlue, dwOptions != 0, dwOptions != KaipWbOption_NoNormalize);
 }
 
-KaipStatus KAIP_BdCalcWbFactors(const KaipImgInfo* pSrcImgInfo, uint32_t* pdwRed, uint32_t* pdwGreen,
-                                uint32_t* pdwBlue, uint32_t dwOptions)
+KaipStatus KAIP_BdCalcWbFactors(const KaipImgInfo* pSrcImgInfo, uint32_t* pdwRed, uint32_t* pdwGreen, uint32_t* pdwBlue,
+                                uint32_t dwOptions)
 {
     static const char* const pszFunc = "KAIP_BdCalcWbFactors";
     if (!pSrcImgInfo) {

@@ -43,7 +43,10 @@ struct Rgb {
     uint32_t r, g, b;
 };
 
-inline uint32_t Mask(const Mosaic& m, uint32_t k) { return (k << m.bits) - 1; }
+inline uint32_t Mask(const Mosaic& m, uint32_t k)
+{
+    return (k << m.bits) - 1;
+}
 
 // The LUT output of the truncated mean of n raw samples; the index is masked after the sum.
 inline uint8_t Mean(const Mosaic& m, const Outputs& o, Colour c, std::initializer_list<uint32_t> samples)
@@ -97,8 +100,10 @@ inline Px Bilinear(const Mosaic& m, const Outputs& o, uint32_t x, uint32_t y)
     const uint32_t c = m.at(x, y), l = m.at(x - 1, y), r = m.at(x + 1, y), u = m.at(x, y - 1), d = m.at(x, y + 1);
     const uint32_t ul = m.at(x - 1, y - 1), ur = m.at(x + 1, y - 1), dl = m.at(x - 1, y + 1), dr = m.at(x + 1, y + 1);
     switch (m.site(x, y)) {
-        case R: return {Mean(m, o, R, {c}), Mean(m, o, G, {u, d, l, r}), Mean(m, o, B, {ul, ur, dl, dr}), true};
-        case B: return {Mean(m, o, R, {ul, ur, dl, dr}), Mean(m, o, G, {u, d, l, r}), Mean(m, o, B, {c}), true};
+        case R:
+            return {Mean(m, o, R, {c}), Mean(m, o, G, {u, d, l, r}), Mean(m, o, B, {ul, ur, dl, dr}), true};
+        case B:
+            return {Mean(m, o, R, {ul, ur, dl, dr}), Mean(m, o, G, {u, d, l, r}), Mean(m, o, B, {c}), true};
         default:
             if (m.redLine(y)) return {Mean(m, o, R, {l, r}), Mean(m, o, G, {c}), Mean(m, o, B, {u, d}), true};
             return {Mean(m, o, R, {u, d}), Mean(m, o, G, {c}), Mean(m, o, B, {l, r}), true};

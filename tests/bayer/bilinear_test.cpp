@@ -17,7 +17,8 @@ TEST(BdBilinearInterpolation, MatchesReferenceForEveryDepthPatternDestinationAnd
         const TestLut lut(kind, 1234);
         for (uint32_t bits : {8u, 10u, 12u}) {
             for (uint32_t pattern = 0; pattern < 4; ++pattern) {
-                for (DstFormat f : {DstFormat{KaipPixelFormat_BGR8Packed, 3}, DstFormat{KaipPixelFormat_BGRA8Packed, 4}}) {
+                for (DstFormat f :
+                     {DstFormat{KaipPixelFormat_BGR8Packed, 3}, DstFormat{KaipPixelFormat_BGRA8Packed, 4}}) {
                     for (const Size& s : Sizes()) {
                         const uint32_t seed = bits * 1000003u + pattern * 7919u + s.w * 131u + s.h;
                         SCOPED_TRACE(std::string(Name(kind)) + " bits " + std::to_string(bits) + " pattern " +

@@ -1,10 +1,11 @@
 // decoder_frame_test.cpp: the check order, LUT choice, destination rebuild and border shared by the decoders.
+#include "bayer/decoder_frame.h"
+
 #include <gtest/gtest.h>
 
 #include <functional>
 
 #include "bayer/bayer_model.h"
-#include "bayer/decoder_frame.h"
 #include "support/log_capture.h"
 
 using namespace bayer_model;
@@ -23,8 +24,7 @@ struct Family {
 const std::vector<Family>& Families()
 {
     static const std::vector<Family> f{
-        {"KaipBdShowMosaic",
-         [](auto s, auto d, auto f, auto o, KaipHLut) { return KaipBdShowMosaic(s, d, f, o); },
+        {"KaipBdShowMosaic", [](auto s, auto d, auto f, auto o, KaipHLut) { return KaipBdShowMosaic(s, d, f, o); },
          KaipPixelFormat_BGR8Packed, 3, false},
         {"KaipBdGreenToGreyscale",
          [](auto s, auto d, auto f, auto o, KaipHLut) { return KaipBdGreenToGreyscale(s, d, f, o); },
@@ -76,12 +76,11 @@ TEST(BayerFrame, ChecksInOrderWithTheirStatuses)
             GuardedImage src(c.srcW, c.srcH, c.srcFormat, c.srcW * 6);
             const uint32_t dstFormat = c.dstFormat == 0 || c.dstFormat == 1 ? fam.dstFormat : c.dstFormat;
             // Case value 1: a destination described in another format the function accepts.
-            const uint32_t described = c.dstFormat == 1 ? (fam.dstFormat == KaipPixelFormat_Mono8
-                                                                ? KaipPixelFormat_BayerRG8
-                                                                : fam.dstFormat == KaipPixelFormat_BGR8Packed
-                                                                      ? KaipPixelFormat_BGRA8Packed
-                                                                      : KaipPixelFormat_BGR8Packed)
-                                                         : dstFormat;
+            const uint32_t described =
+                c.dstFormat == 1 ? (fam.dstFormat == KaipPixelFormat_Mono8        ? KaipPixelFormat_BayerRG8
+                                    : fam.dstFormat == KaipPixelFormat_BGR8Packed ? KaipPixelFormat_BGRA8Packed
+                                                                                  : KaipPixelFormat_BGR8Packed)
+                                 : dstFormat;
             GuardedImage dst(c.dstW, c.dstH, described, c.dstW * 4);
             std::memset(dst.buffer.data(), kSentinel, dst.buffer.size());
             if (c.nullDstData) dst.info.pData = nullptr;
@@ -137,8 +136,9 @@ TEST(BayerFrame, NearestNeighbourWantsBayerTablesOnlyAboveEightBits)
                   bits == 8 ? KASTATUS_OK : KASTATUS_KAIP_INVALID_LUT_TYPE);
         if (bits != 8) {
             ASSERT_FALSE(log.Lines().empty());
-            EXPECT_EQ(log.Lines().back(), "KaipBdNearestNeighbour: invalid LUT type (not KAIP_LUT_BAYER_16), "
-                                          "returning KASTATUS_KAIP_INVALID_LUT_TYPE");
+            EXPECT_EQ(log.Lines().back(),
+                      "KaipBdNearestNeighbour: invalid LUT type (not KAIP_LUT_BAYER_16), "
+                      "returning KASTATUS_KAIP_INVALID_LUT_TYPE");
         }
         KaipFreeLut(plain);
         const KaipHLut bayerOnly = KaipAllocateLut(bits | KAIP_LUT_BAYER);

@@ -24,7 +24,8 @@ const RgbFormat kRgbFormats[] = {
 };
 
 // An RGB image whose pixel i (line by line) has colour(i); alpha bytes and padding random.
-std::unique_ptr<GuardedImage> RgbImage(const RgbFormat& f, uint32_t w, uint32_t h, std::function<Colour(uint32_t)> colour)
+std::unique_ptr<GuardedImage> RgbImage(const RgbFormat& f, uint32_t w, uint32_t h,
+                                       std::function<Colour(uint32_t)> colour)
 {
     auto img = std::make_unique<GuardedImage>(w, h, f.code, w * f.pixelBytes + 2, 0, f.pixelBytes);
     FillRandom(img->buffer.data(), img->buffer.size(), 5);
@@ -52,7 +53,10 @@ struct Factors {
     uint32_t r, g, b;
     bool operator==(const Factors& o) const { return r == o.r && g == o.g && b == o.b; }
 };
-std::ostream& operator<<(std::ostream& os, const Factors& f) { return os << f.r << "," << f.g << "," << f.b; }
+std::ostream& operator<<(std::ostream& os, const Factors& f)
+{
+    return os << f.r << "," << f.g << "," << f.b;
+}
 
 Factors Measure(const KaipImgInfo* img, uint32_t options, Factors in = {1000, 1000, 1000})
 {
@@ -140,8 +144,7 @@ std::unique_ptr<GuardedImage> BayerSites(uint32_t bits, uint32_t pattern, uint32
     using namespace bayer_model;
     Mosaic m{w, h, bits, (pattern & 2) != 0, (pattern & 1) != 0, {}};
     const uint32_t bytes = bits == 8 ? 1 : 2;
-    auto img = std::make_unique<GuardedImage>(w, h, BayerFormat(bits, m.shiftLine, m.shiftColumn), w * bytes, 0,
-                                              bytes);
+    auto img = std::make_unique<GuardedImage>(w, h, BayerFormat(bits, m.shiftLine, m.shiftColumn), w * bytes, 0, bytes);
     for (uint32_t y = 0; y < h; ++y) {
         for (uint32_t x = 0; x < w; ++x) {
             const auto s = m.site(x, y);
@@ -161,9 +164,9 @@ TEST(KAIP_BdCalcWbFactors, WorkedValuesForEveryDepthAndPattern)
             SCOPED_TRACE("bits " + std::to_string(bits) + " pattern " + std::to_string(pattern));
             EXPECT_EQ(Measure(&BayerSites(bits, pattern, 8, 8, {100, 200, 50})->info, 0), (Factors{2000, 1000, 4000}));
             // The Bayer path ignores the factors passed in.
-            EXPECT_EQ(Measure(&BayerSites(bits, pattern, 8, 6, {200, 100, 100})->info, KaipWbOption_NoNormalize,
-                              {7, 7, 7}),
-                      (Factors{500, 1000, 1000}));
+            EXPECT_EQ(
+                Measure(&BayerSites(bits, pattern, 8, 6, {200, 100, 100})->info, KaipWbOption_NoNormalize, {7, 7, 7}),
+                (Factors{500, 1000, 1000}));
             EXPECT_EQ(Measure(&BayerSites(bits, pattern, 8, 6, {200, 100, 100})->info, KaipWbOption_Refine, {7, 7, 7}),
                       (Factors{1000, 2000, 2000}));
         }
