@@ -6,6 +6,7 @@
 #include <random>
 
 #include "lut_model.h"
+#include "support/log_capture.h"
 
 using namespace lutmodel;
 
@@ -181,4 +182,45 @@ TEST(LutConversion, DoubleTo32Bit)
     EXPECT_EQ(DoubleTo32Bit(2.9), 2);
     EXPECT_EQ(DoubleTo32Bit(-2.9), -2);
     EXPECT_EQ(DoubleTo32Bit(-0.5), 0);
+}
+
+TEST(LutLog, EachRefusalIsOneLineNamingItsFunction)
+{
+    Lut l8(8);
+    uint32_t fake[2] = {9, 0};
+    uint8_t pixels[4] = {};
+    KaipImgInfo bayer{};
+    bayer.Width = bayer.Height = 2;
+    bayer.LineIncrement = 2;
+    bayer.PixelFormat = KaipPixelFormat_BayerRG8;
+    bayer.pData = pixels;
+    LogCapture log;
+    TKaIpLut10* p10;
+    uint16_t value;
+    EXPECT_EQ(KaipAllocateLut(16), nullptr);
+    GetLut10(l8.h, p10);
+    GetLut10(nullptr, p10);
+    KaipFreeLut(nullptr);
+    KaipResetLut(fake);
+    KaipSet10BitLut(l8.h, nullptr, nullptr, nullptr);
+    KaipGet12BitLutValue(l8.h, KAIP_LUT_CHANNEL_RED, 0, &value);
+    KaipAddGammaToLut(1000, fake);
+    KaipAddGammaToLut(2000, fake);
+    KaipAddWbToLut(1, 1, 1, fake);
+    KaipAddBrightnessAndContrastToLut(1, 1, fake);
+    KaipApplyLut(&bayer, nullptr, l8.h, 0);
+    KaipApplyLut(&bayer, nullptr, nullptr, 0);
+    const std::vector<std::string> expected = {
+        "KaipAllocateLut - Invalid LutType: 16",
+        "GetLut10 - error KASTATUS_KAIP_INVALID_LUT_TYPE",
+        "ResetLut - KASTATUS_KAIP_INVALID_LUT_HANDLE",
+        "KaipSet10BitLut - Invalid LUT type",
+        "KaipGet12BitLutValue - Invalid LUT type",
+        "KaipAddGammaToLut - Invalid LUT type",
+        "KaipAddWbToLut - Invalid LUT type",
+        "AddOffsetAndGainToLut - Invalid LUT type",
+        "ApplyLut: KASTATUS_KAIP_INVALID_LUT_TYPE",
+        "ApplyLut: KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT 0x01080009",
+    };
+    EXPECT_EQ(log.Lines(), expected);
 }
