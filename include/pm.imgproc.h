@@ -430,7 +430,8 @@ KAIP_API KaipStatus KaipResetLut(KaipHLut hLut);
  * the functions of its own depth (else KASTATUS_KAIP_INVALID_LUT_TYPE); a universal object
  * accepts all three depths. Values are stored as given, without clamping to the depth.
  *
- * Whole tables (256 entries at 8 bits, 1024 at 10, 4096 at 12; a null channel is skipped).
+ * Whole tables: arrays of 256 entries at 8 bits, 1024 at 10, 4096 at 12, which the caller
+ * must provide in full; a null channel is skipped.
  * Setting through null or 1 changes only the global table of the function's depth. Setting a
  * universal object also sets its other two depths: upward by linear interpolation (the last
  * entry held flat over the last 4 or 16 entries), downward by taking every 4th or 16th entry
