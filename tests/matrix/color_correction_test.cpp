@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "matrix/matrix_test_util.h"
+#include "support/log_capture.h"
 
 namespace {
 
@@ -213,6 +214,23 @@ TEST(ApplyRgbColorCorrection, Refusals)
         EXPECT_EQ(Bytes(*src), srcBefore);
         EXPECT_EQ(Bytes(*dst), dstBefore);
     }
+}
+
+TEST(ApplyRgbColorCorrection, LogLines)
+{
+    auto image = MakeImage(1, 1, KaipPixelFormat_BGR10Packed, 6, 0, 0, 3);
+    const int32_t m[9] = {1000, 0, 0, 0, 1000, 0, 0, 0, 1000};
+    RandomLut lut8(8, 1);
+    LogCapture log;
+    EXPECT_EQ(KaipApplyRgbColorCorrection(&image->info, nullptr, nullptr, 0, nullptr), KASTATUS_KAIP_INVALID_POINTER);
+    EXPECT_EQ(KaipApplyRgbColorCorrection(&image->info, nullptr, m, 0, lut8.Handle()), KASTATUS_KAIP_INVALID_LUT_TYPE);
+    EXPECT_EQ(KaipSetSaturationMatrix(0, nullptr), KASTATUS_KAIP_INVALID_POINTER);
+    EXPECT_EQ(log.Lines(), std::vector<std::string>({
+                               "KaipApplyRgbColorCorrection: piMatrix is NULL, returning KASTATUS_KAIP_INVALID_POINTER.",
+                               "GetLut10 - error KASTATUS_KAIP_INVALID_LUT_TYPE",
+                               "KaipApplyRgbColorCorrection: KASTATUS_KAIP_INVALID_LUT_TYPE",
+                               "KaipSetSaturationMatrix: piMatrix is NULL, returning KASTATUS_KAIP_INVALID_POINTER.",
+                           }));
 }
 
 TEST(SetSaturationMatrix, Examples)

@@ -2,6 +2,7 @@
 #include <functional>
 
 #include "matrix/matrix_test_util.h"
+#include "support/log_capture.h"
 
 namespace {
 
@@ -212,6 +213,25 @@ TEST(Apply3x3Convolution, Refusals)
         EXPECT_EQ(Bytes(*src), srcBefore);
         EXPECT_EQ(Bytes(*dst), dstBefore);
     }
+}
+
+TEST(Apply3x3Convolution, LogLines)
+{
+    auto src = MakeImage(3, 3, KaipPixelFormat_Mono16, 2, 0, 0, 3);
+    auto dst = MakeImage(3, 3, KaipPixelFormat_Mono16, 2, 0, 0, 0);
+    const int32_t k[9] = {0, 0, 0, 0, 1000, 0, 0, 0, 0};
+    LogCapture log;
+    EXPECT_EQ(KaipApply3x3Convolution(&src->info, &dst->info, nullptr, 0, nullptr), KASTATUS_KAIP_INVALID_POINTER);
+    EXPECT_EQ(KaipApply3x3Convolution(&src->info, &dst->info, k, 0, KaipHLut(1)), KASTATUS_KAIP_INVALID_LUT_TYPE);
+    src->info.PixelFormat = dst->info.PixelFormat = KaipPixelFormat_Mono14;
+    EXPECT_EQ(KaipApply3x3Convolution(&src->info, &dst->info, k, 0, nullptr), KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT);
+    EXPECT_EQ(KaipSet3x3MatrixSharpening(0, nullptr, 0), KASTATUS_KAIP_INVALID_POINTER);
+    EXPECT_EQ(log.Lines(), std::vector<std::string>({
+                               "KaipApply3x3Convolution: piMatrix is NULL, returning KASTATUS_KAIP_INVALID_POINTER.",
+                               "KaipApply3x3Convolution: KASTATUS_KAIP_INVALID_LUT_TYPE",
+                               "KaipApply3x3Convolution: Unsupported source color format 0x01100025",
+                               "KaipSet3x3MatrixSharpening: piMatrix is NULL, returning KASTATUS_KAIP_INVALID_POINTER.",
+                           }));
 }
 
 TEST(Set3x3MatrixSharpening, Examples)
