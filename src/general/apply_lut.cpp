@@ -31,8 +31,10 @@ void ApplyLutLine(const uint8_t* pSrc, uint8_t* pDst, uint32_t dwWidth, const TL
     using T = typename TLut::TValue;
     constexpr unsigned mask = TLut::N - 1, nLooked = Channels == 1 ? 1 : 3, step = Channels * sizeof(T);
     constexpr unsigned perWord = 8 / sizeof(T), bits = 8 * sizeof(T);
-    const T* const tables[3] = {Channels == 1 ? lut.Green : Bgr ? lut.Blue : lut.Red, lut.Green,
-                                Bgr ? lut.Red : lut.Blue};
+    const T* const tables[3] = {Channels == 1 ? lut.Green
+                                : Bgr         ? lut.Blue
+                                              : lut.Red,
+                                lut.Green, Bgr ? lut.Red : lut.Blue};
     uint32_t x = 0;
     if constexpr (Channels != 4) {
         for (; x + perWord <= dwWidth; x += perWord, pSrc += 8 * Channels, pDst += 8 * Channels) {
@@ -103,8 +105,8 @@ KaipStatus ApplyLut(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, KaipHLut
                                       KaipCheck_SameSize | KaipCheck_SamePixelFormat, 3, &bReallocate);
     if (status != KASTATUS_OK) return status;
     if (bReallocate) {
-        status = ReallocateDst(pszFunc, pDstImgInfo, pSrcImgInfo->Width, pSrcImgInfo->Height,
-                               pSrcImgInfo->PixelFormat, dwOptions);
+        status = ReallocateDst(pszFunc, pDstImgInfo, pSrcImgInfo->Width, pSrcImgInfo->Height, pSrcImgInfo->PixelFormat,
+                               dwOptions);
         if (status != KASTATUS_OK) return status;
     }
 
@@ -115,8 +117,8 @@ KaipStatus ApplyLut(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, KaipHLut
     // Null means the global LUT here, not identity as for the Bayer decoders.
     const bool bGlobal = IsGlobalLutHandle(hLut);
     if (!pFormat && bGlobal) {
-        return Refuse(KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT, "%s: KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT 0x%.8x",
-                      pszFunc, pSrcImgInfo->PixelFormat);
+        return Refuse(KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT,
+                      "%s: KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT 0x%.8x", pszFunc, pSrcImgInfo->PixelFormat);
     }
     if (!pFormat || (!bGlobal && (*hLut & kLutDepthMask) != 0 && (*hLut & kLutDepthMask) != pFormat->dwDepth)) {
         return Refuse(KASTATUS_KAIP_INVALID_LUT_TYPE, "%s: KASTATUS_KAIP_INVALID_LUT_TYPE", pszFunc);

@@ -64,19 +64,38 @@ void* AllocateUniversal(uint32_t dwType)
 
 }  // namespace
 
-KaipStatus GetLut8(KaipHLut hLut, TKaIpLut8*& pLut) { return ResolveLut(hLut, pLut, "GetLut8"); }
-KaipStatus GetLut10(KaipHLut hLut, TKaIpLut10*& pLut) { return ResolveLut(hLut, pLut, "GetLut10"); }
-KaipStatus GetLut12(KaipHLut hLut, TKaIpLut12*& pLut) { return ResolveLut(hLut, pLut, "GetLut12"); }
+KaipStatus GetLut8(KaipHLut hLut, TKaIpLut8*& pLut)
+{
+    return ResolveLut(hLut, pLut, "GetLut8");
+}
+KaipStatus GetLut10(KaipHLut hLut, TKaIpLut10*& pLut)
+{
+    return ResolveLut(hLut, pLut, "GetLut10");
+}
+KaipStatus GetLut12(KaipHLut hLut, TKaIpLut12*& pLut)
+{
+    return ResolveLut(hLut, pLut, "GetLut12");
+}
 
 KaipHLut AllocateLut(uint32_t dwType)
 {
     void* pObject;
     switch (dwType & kLutDepthMask) {
-    case 0: pObject = AllocateUniversal(dwType); break;
-    case 8: pObject = AllocateSingle<TKaIpLut8>(dwType); break;
-    case 10: pObject = AllocateSingle<TKaIpLut10>(dwType); break;
-    case 12: pObject = AllocateSingle<TKaIpLut12>(dwType); break;
-    default: Log.Debug("%s - Invalid LutType: %d", "KaipAllocateLut", dwType); return nullptr;
+        case 0:
+            pObject = AllocateUniversal(dwType);
+            break;
+        case 8:
+            pObject = AllocateSingle<TKaIpLut8>(dwType);
+            break;
+        case 10:
+            pObject = AllocateSingle<TKaIpLut10>(dwType);
+            break;
+        case 12:
+            pObject = AllocateSingle<TKaIpLut12>(dwType);
+            break;
+        default:
+            Log.Debug("%s - Invalid LutType: %d", "KaipAllocateLut", dwType);
+            return nullptr;
     }
     const KaipHLut hLut = static_cast<KaipHLut>(pObject);
     if (hLut) *hLut = dwType;
@@ -104,12 +123,30 @@ KaipStatus ResetLut(KaipHLut hLut)
     return Refuse(KASTATUS_KAIP_INVALID_LUT_HANDLE, "%s - KASTATUS_KAIP_INVALID_LUT_HANDLE", "ResetLut");
 }
 
-void Lut8toLut10(const uint8_t* pSrc, uint16_t* pDst) { ConvertLut<8, 10>(pSrc, pDst); }
-void Lut8toLut12(const uint8_t* pSrc, uint16_t* pDst) { ConvertLut<8, 12>(pSrc, pDst); }
-void Lut10toLut8(const uint16_t* pSrc, uint8_t* pDst) { ConvertLut<10, 8>(pSrc, pDst); }
-void Lut10toLut12(const uint16_t* pSrc, uint16_t* pDst) { ConvertLut<10, 12>(pSrc, pDst); }
-void Lut12toLut8(const uint16_t* pSrc, uint8_t* pDst) { ConvertLut<12, 8>(pSrc, pDst); }
-void Lut12toLut10(const uint16_t* pSrc, uint16_t* pDst) { ConvertLut<12, 10>(pSrc, pDst); }
+void Lut8toLut10(const uint8_t* pSrc, uint16_t* pDst)
+{
+    ConvertLut<8, 10>(pSrc, pDst);
+}
+void Lut8toLut12(const uint8_t* pSrc, uint16_t* pDst)
+{
+    ConvertLut<8, 12>(pSrc, pDst);
+}
+void Lut10toLut8(const uint16_t* pSrc, uint8_t* pDst)
+{
+    ConvertLut<10, 8>(pSrc, pDst);
+}
+void Lut10toLut12(const uint16_t* pSrc, uint16_t* pDst)
+{
+    ConvertLut<10, 12>(pSrc, pDst);
+}
+void Lut12toLut8(const uint16_t* pSrc, uint8_t* pDst)
+{
+    ConvertLut<12, 8>(pSrc, pDst);
+}
+void Lut12toLut10(const uint16_t* pSrc, uint16_t* pDst)
+{
+    ConvertLut<12, 10>(pSrc, pDst);
+}
 
 int32_t DoubleTo32Bit(double dValue)
 {

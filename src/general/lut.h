@@ -51,21 +51,35 @@ using TKaIpLut10 = TKaIpLutWord<10>;
 using TKaIpLut12 = TKaIpLutWord<12>;
 
 // The body type of a depth, for code templated on the depth.
-template <unsigned Bits> struct TLutOfDepth { using Type = TKaIpLutWord<Bits>; };
-template <> struct TLutOfDepth<8> { using Type = TKaIpLut8; };
+template <unsigned Bits>
+struct TLutOfDepth {
+    using Type = TKaIpLutWord<Bits>;
+};
+template <>
+struct TLutOfDepth<8> {
+    using Type = TKaIpLut8;
+};
 
 static_assert(offsetof(TKaIpLut8, BayerRed16) == 3840 && sizeof(TKaIpLut8) == 7936, "8-bit body layout");
 static_assert(offsetof(TKaIpLut10, BayerRed8) == 18432 && offsetof(TKaIpLut10, BayerRed16) == 21504 &&
-                  sizeof(TKaIpLut10) == 37888, "10-bit body layout");
+                  sizeof(TKaIpLut10) == 37888,
+              "10-bit body layout");
 static_assert(offsetof(TKaIpLut12, BayerRed8) == 73728 && offsetof(TKaIpLut12, BayerRed16) == 86016 &&
-                  sizeof(TKaIpLut12) == 151552, "12-bit body layout");
+                  sizeof(TKaIpLut12) == 151552,
+              "12-bit body layout");
 
 // The LUT type word: depth in the low byte, then the two Bayer flags.
 constexpr uint32_t kLutDepthMask = 0xFF;
 constexpr uint32_t kLutFullBayer = KAIP_LUT_BAYER | KAIP_LUT_BAYER_16;
-constexpr bool HasFullBayerLayout(uint32_t dwType) { return (dwType & kLutFullBayer) == kLutFullBayer; }
+constexpr bool HasFullBayerLayout(uint32_t dwType)
+{
+    return (dwType & kLutFullBayer) == kLutFullBayer;
+}
 // Null and the value 1 name the global LUT wherever a handle is not dereferenced.
-inline bool IsGlobalLutHandle(KaipHLut hLut) { return reinterpret_cast<uintptr_t>(hLut) < 2; }
+inline bool IsGlobalLutHandle(KaipHLut hLut)
+{
+    return reinterpret_cast<uintptr_t>(hLut) < 2;
+}
 
 // A universal object (depth byte 0): the type word and three bodies kept in step.
 struct TKaIpLutUniversal {
@@ -97,9 +111,18 @@ KaipStatus GetLut8(KaipHLut hLut, TKaIpLut8*& pLut);
 KaipStatus GetLut10(KaipHLut hLut, TKaIpLut10*& pLut);
 KaipStatus GetLut12(KaipHLut hLut, TKaIpLut12*& pLut);
 // The same lookups chosen by the body type, for code templated on the depth.
-inline KaipStatus GetLut(KaipHLut hLut, TKaIpLut8*& pLut) { return GetLut8(hLut, pLut); }
-inline KaipStatus GetLut(KaipHLut hLut, TKaIpLut10*& pLut) { return GetLut10(hLut, pLut); }
-inline KaipStatus GetLut(KaipHLut hLut, TKaIpLut12*& pLut) { return GetLut12(hLut, pLut); }
+inline KaipStatus GetLut(KaipHLut hLut, TKaIpLut8*& pLut)
+{
+    return GetLut8(hLut, pLut);
+}
+inline KaipStatus GetLut(KaipHLut hLut, TKaIpLut10*& pLut)
+{
+    return GetLut10(hLut, pLut);
+}
+inline KaipStatus GetLut(KaipHLut hLut, TKaIpLut12*& pLut)
+{
+    return GetLut12(hLut, pLut);
+}
 
 // Objects: allocation (reset to identity), release, reset (null or 1: the global LUT).
 KaipHLut AllocateLut(uint32_t dwType);

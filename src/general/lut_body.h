@@ -30,22 +30,31 @@ TLut& SingleBody(KaipHLut hLut)
     return *reinterpret_cast<TLut*>(hLut + 1);
 }
 
-inline TKaIpLutUniversal& Universal(KaipHLut hLut) { return *reinterpret_cast<TKaIpLutUniversal*>(hLut); }
+inline TKaIpLutUniversal& Universal(KaipHLut hLut)
+{
+    return *reinterpret_cast<TKaIpLutUniversal*>(hLut);
+}
 
 template <class TLut>
 TLut*& UniversalBody(TKaIpLutUniversal& lutAll)
 {
-    if constexpr (TLut::Bits == 8) return lutAll.pLut8;
-    else if constexpr (TLut::Bits == 10) return lutAll.pLut10;
-    else return lutAll.pLut12;
+    if constexpr (TLut::Bits == 8)
+        return lutAll.pLut8;
+    else if constexpr (TLut::Bits == 10)
+        return lutAll.pLut10;
+    else
+        return lutAll.pLut12;
 }
 
 template <class TLut>
 TLut& GlobalBody()
 {
-    if constexpr (TLut::Bits == 8) return g_Lut8;
-    else if constexpr (TLut::Bits == 10) return g_Lut10;
-    else return g_Lut12;
+    if constexpr (TLut::Bits == 8)
+        return g_Lut8;
+    else if constexpr (TLut::Bits == 10)
+        return g_Lut10;
+    else
+        return g_Lut12;
 }
 
 // Calls fn(body, type) for every body a handle reaches: the three global bodies for null or 1,
@@ -62,17 +71,24 @@ bool ForEachBody(KaipHLut hLut, Fn&& fn)
     }
     const uint32_t dwType = *hLut;
     switch (dwType & kLutDepthMask) {
-    case 0: {
-        TKaIpLutUniversal& lutAll = Universal(hLut);
-        fn(*lutAll.pLut8, dwType);
-        fn(*lutAll.pLut10, dwType);
-        fn(*lutAll.pLut12, dwType);
-        return true;
-    }
-    case 8: fn(SingleBody<TKaIpLut8>(hLut), dwType); return true;
-    case 10: fn(SingleBody<TKaIpLut10>(hLut), dwType); return true;
-    case 12: fn(SingleBody<TKaIpLut12>(hLut), dwType); return true;
-    default: return false;
+        case 0: {
+            TKaIpLutUniversal& lutAll = Universal(hLut);
+            fn(*lutAll.pLut8, dwType);
+            fn(*lutAll.pLut10, dwType);
+            fn(*lutAll.pLut12, dwType);
+            return true;
+        }
+        case 8:
+            fn(SingleBody<TKaIpLut8>(hLut), dwType);
+            return true;
+        case 10:
+            fn(SingleBody<TKaIpLut10>(hLut), dwType);
+            return true;
+        case 12:
+            fn(SingleBody<TKaIpLut12>(hLut), dwType);
+            return true;
+        default:
+            return false;
     }
 }
 
@@ -175,11 +191,15 @@ enum class EChannel { None, Red, Green, Blue };
 constexpr EChannel ChannelOfSelector(uint32_t dwChannel)
 {
     switch (dwChannel) {
-    case KAIP_LUT_CHANNEL_MONO:
-    case KAIP_LUT_CHANNEL_GREEN: return EChannel::Green;
-    case KAIP_LUT_CHANNEL_RED: return EChannel::Red;
-    case KAIP_LUT_CHANNEL_BLUE: return EChannel::Blue;
-    default: return EChannel::None;
+        case KAIP_LUT_CHANNEL_MONO:
+        case KAIP_LUT_CHANNEL_GREEN:
+            return EChannel::Green;
+        case KAIP_LUT_CHANNEL_RED:
+            return EChannel::Red;
+        case KAIP_LUT_CHANNEL_BLUE:
+            return EChannel::Blue;
+        default:
+            return EChannel::None;
     }
 }
 
@@ -197,8 +217,9 @@ void UpdateBayerLutValue(TLut& lut, EChannel channel, uint32_t dwIndex, uint32_t
     const uint8_t b = Bayer8<TLut>(ChannelTable(lut, channel)[dwIndex]);
     if constexpr (TLut::Bits > 8) {
         if (!(dwType & KAIP_LUT_BAYER)) return;
-        (channel == EChannel::Red ? lut.BayerRed8 : channel == EChannel::Blue ? lut.BayerBlue8
-                                                                              : lut.BayerGreen8)[dwIndex] = b;
+        (channel == EChannel::Red    ? lut.BayerRed8
+         : channel == EChannel::Blue ? lut.BayerBlue8
+                                     : lut.BayerGreen8)[dwIndex] = b;
     }
     if (!HasFullBayerLayout(dwType)) return;
     if (channel == EChannel::Red) {

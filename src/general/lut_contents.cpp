@@ -79,7 +79,8 @@ void SpreadValue(TDst& lut, EChannel channel, uint64_t qwIndex, uint32_t dwValue
     constexpr unsigned s = TSrc::Bits, d = TDst::Bits;
     if constexpr (s < d || s == 12) {
         constexpr unsigned shift = s < d ? d - s : s - d, count = s < d ? 1u << shift : 1;
-        for (unsigned j = 0; j < count; ++j) SetBodyValue(lut, channel, (qwIndex << shift) + j, dwValue << shift, dwType);
+        for (unsigned j = 0; j < count; ++j)
+            SetBodyValue(lut, channel, (qwIndex << shift) + j, dwValue << shift, dwType);
     } else {
         SetBodyValue(lut, channel, qwIndex >> 2, dwValue >> 2, dwType);
     }

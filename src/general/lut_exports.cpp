@@ -1,9 +1,18 @@
 // lut_exports.cpp: the exported LUT functions, each forwarding to its internal twin.
 #include "general/lut.h"
 
-KAIP_API KaipHLut KaipAllocateLut(uint32_t dwLutType) { return AllocateLut(dwLutType); }
-KAIP_API KaipStatus KaipFreeLut(KaipHLut hLut) { return FreeLut(hLut); }
-KAIP_API KaipStatus KaipResetLut(KaipHLut hLut) { return ResetLut(hLut); }
+KAIP_API KaipHLut KaipAllocateLut(uint32_t dwLutType)
+{
+    return AllocateLut(dwLutType);
+}
+KAIP_API KaipStatus KaipFreeLut(KaipHLut hLut)
+{
+    return FreeLut(hLut);
+}
+KAIP_API KaipStatus KaipResetLut(KaipHLut hLut)
+{
+    return ResetLut(hLut);
+}
 
 KAIP_API KaipStatus KaipApplyLut(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, KaipHLut hLut, uint32_t dwOptions)
 {
@@ -59,7 +68,10 @@ KAIP_API KaipStatus KaipGet12BitLutValue(KaipHLut hLut, uint32_t dwChannel, uint
     return Get12BitLutValue(hLut, dwChannel, dwIndex, pValue);
 }
 
-KAIP_API KaipStatus KaipAddGammaToLut(uint32_t dwGamma, KaipHLut hLut) { return AddGammaToLut(dwGamma, hLut); }
+KAIP_API KaipStatus KaipAddGammaToLut(uint32_t dwGamma, KaipHLut hLut)
+{
+    return AddGammaToLut(dwGamma, hLut);
+}
 KAIP_API KaipStatus KaipAddWbToLut(uint32_t dwRedFactor, uint32_t dwGreenFactor, uint32_t dwBlueFactor, KaipHLut hLut)
 {
     return AddWbToLut(dwRedFactor, dwGreenFactor, dwBlueFactor, hLut);

@@ -23,11 +23,11 @@ struct Format {
 };
 
 const Format kFormats[] = {
-    {KaipPixelFormat_Mono8, 8, 1, 1, false},        {KaipPixelFormat_Mono10, 10, 1, 2, false},
-    {KaipPixelFormat_Mono12, 12, 1, 2, false},      {KaipPixelFormat_RGB8Packed, 8, 3, 1, false},
-    {KaipPixelFormat_BGR8Packed, 8, 3, 1, true},    {KaipPixelFormat_RGBA8Packed, 8, 4, 1, false},
-    {KaipPixelFormat_BGRA8Packed, 8, 4, 1, true},   {KaipPixelFormat_RGB10Packed, 10, 3, 2, false},
-    {KaipPixelFormat_BGR10Packed, 10, 3, 2, true},  {KaipPixelFormat_RGB12Packed, 12, 3, 2, false},
+    {KaipPixelFormat_Mono8, 8, 1, 1, false},       {KaipPixelFormat_Mono10, 10, 1, 2, false},
+    {KaipPixelFormat_Mono12, 12, 1, 2, false},     {KaipPixelFormat_RGB8Packed, 8, 3, 1, false},
+    {KaipPixelFormat_BGR8Packed, 8, 3, 1, true},   {KaipPixelFormat_RGBA8Packed, 8, 4, 1, false},
+    {KaipPixelFormat_BGRA8Packed, 8, 4, 1, true},  {KaipPixelFormat_RGB10Packed, 10, 3, 2, false},
+    {KaipPixelFormat_BGR10Packed, 10, 3, 2, true}, {KaipPixelFormat_RGB12Packed, 12, 3, 2, false},
     {KaipPixelFormat_BGR12Packed, 12, 3, 2, true},
 };
 

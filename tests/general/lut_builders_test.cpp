@@ -64,7 +64,8 @@ void ExpectBuilt(const TLut& lut, const std::array<std::vector<int32_t>, 3>& bef
 template <class TLut>
 std::array<std::vector<int32_t>, 3> Tables32(const TLut& lut)
 {
-    return {std::vector<int32_t>(lut.Red32, lut.Red32 + TLut::N), std::vector<int32_t>(lut.Green32, lut.Green32 + TLut::N),
+    return {std::vector<int32_t>(lut.Red32, lut.Red32 + TLut::N),
+            std::vector<int32_t>(lut.Green32, lut.Green32 + TLut::N),
             std::vector<int32_t>(lut.Blue32, lut.Blue32 + TLut::N)};
 }
 
@@ -114,30 +115,30 @@ TEST_F(LutBuilders, RandomBuildersMatchTheModelAtEveryDepth)
         Curve f;
         KaipStatus status;
         switch (rng() % 4) {
-        case 0: {
-            const uint32_t gamma = rng() % 3 ? rng() % 4000 : rng() % 300000;
-            status = KaipAddGammaToLut(gamma, h);
-            f = gamma == 1000 ? Curve([](unsigned, double v, double) { return v; }) : GammaCurve(gamma);
-            break;
-        }
-        case 1: {
-            const uint32_t r = rng() % 3000, g = rng() % 3000, b = rng() % 3000;
-            status = KaipAddWbToLut(r, g, b, h);
-            f = WbCurve(r, g, b);
-            break;
-        }
-        case 2: {
-            const int32_t offset = int32_t(rng() % 2001) - 1000, gain = int32_t(rng() % 4001) - 1000;
-            status = KaipAddOffsetAndGainToLut(offset, gain, h);
-            f = OffsetGainCurve(offset, gain);
-            break;
-        }
-        default: {
-            const int32_t brightness = int32_t(rng() % 3001) - 1000, contrast = int32_t(rng() % 4001) - 1000;
-            status = KaipAddBrightnessAndContrastToLut(brightness, contrast, h);
-            f = OffsetGainCurve(brightness - contrast / 2 - 500, contrast);
-            break;
-        }
+            case 0: {
+                const uint32_t gamma = rng() % 3 ? rng() % 4000 : rng() % 300000;
+                status = KaipAddGammaToLut(gamma, h);
+                f = gamma == 1000 ? Curve([](unsigned, double v, double) { return v; }) : GammaCurve(gamma);
+                break;
+            }
+            case 1: {
+                const uint32_t r = rng() % 3000, g = rng() % 3000, b = rng() % 3000;
+                status = KaipAddWbToLut(r, g, b, h);
+                f = WbCurve(r, g, b);
+                break;
+            }
+            case 2: {
+                const int32_t offset = int32_t(rng() % 2001) - 1000, gain = int32_t(rng() % 4001) - 1000;
+                status = KaipAddOffsetAndGainToLut(offset, gain, h);
+                f = OffsetGainCurve(offset, gain);
+                break;
+            }
+            default: {
+                const int32_t brightness = int32_t(rng() % 3001) - 1000, contrast = int32_t(rng() % 4001) - 1000;
+                status = KaipAddBrightnessAndContrastToLut(brightness, contrast, h);
+                f = OffsetGainCurve(brightness - contrast / 2 - 500, contrast);
+                break;
+            }
         }
         SCOPED_TRACE(::testing::Message() << "seed " << seed << " round " << round << " type 0x" << std::hex << type);
         ASSERT_EQ(status, KASTATUS_OK);

@@ -17,7 +17,10 @@ namespace {
 
 const KaipHLut kOne = reinterpret_cast<KaipHLut>(1);
 
-unsigned DepthIndex(unsigned bits) { return bits == 8 ? 0 : bits == 10 ? 1 : 2; }
+unsigned DepthIndex(unsigned bits)
+{
+    return bits == 8 ? 0 : bits == 10 ? 1 : 2;
+}
 const unsigned kDepths[3] = {8, 10, 12};
 
 // What the channel tables of one LUT (global, universal or single-depth) must hold; the
@@ -35,8 +38,8 @@ struct LutState {
 };
 
 struct Target {
-    KaipHLut h;      // null for the global LUT (reads use 1)
-    int depth;       // 0 universal, 8/10/12 single, -1 global
+    KaipHLut h;  // null for the global LUT (reads use 1)
+    int depth;   // 0 universal, 8/10/12 single, -1 global
     uint32_t type;
     LutState state;
     bool Reaches(unsigned bits) const { return depth <= 0 || unsigned(depth) == bits; }
@@ -60,7 +63,8 @@ void ExpectBody(const TLut& lut, const std::array<std::vector<uint32_t>, 3>& ch,
     if constexpr (TLut::Bits > 8) {
         // With KAIP_LUT_BAYER alone nothing fills the 8-bit Bayer rows.
         if ((type & 0x00110000) == KAIP_LUT_BAYER) {
-            for (unsigned i = 0; i < TLut::N; ++i) ASSERT_EQ(lut.BayerRed8[i] | lut.BayerGreen8[i] | lut.BayerBlue8[i], 0);
+            for (unsigned i = 0; i < TLut::N; ++i)
+                ASSERT_EQ(lut.BayerRed8[i] | lut.BayerGreen8[i] | lut.BayerBlue8[i], 0);
         }
     }
 }

@@ -141,7 +141,8 @@ void CheckConversion(void (*convert)(const TSrc*, TDst*), unsigned srcBits, unsi
     std::vector<TDst> dst(1u << dstBits, 0xAB);
     convert(src.data(), dst.data());
     const auto expected = ConvertModel(std::vector<uint32_t>(src.begin(), src.end()), srcBits, dstBits);
-    ASSERT_EQ(std::vector<uint32_t>(dst.begin(), dst.end()), expected) << srcBits << "->" << dstBits << " seed " << seed;
+    ASSERT_EQ(std::vector<uint32_t>(dst.begin(), dst.end()), expected)
+        << srcBits << "->" << dstBits << " seed " << seed;
 }
 
 TEST(LutConversion, WholeTablesFollowTheRules)
