@@ -30,4 +30,24 @@ struct CopyPixel {
     void operator()(const uint8_t* s, uint8_t* d) const { std::memcpy(d, s, P); }
 };
 
+// Pixels of P = 1, 2 or 4 bytes handled eight bytes at a time.
+inline uint64_t Load8(const uint8_t* p)
+{
+    uint64_t v;
+    std::memcpy(&v, p, 8);
+    return v;
+}
+inline void Store8(uint8_t* p, uint64_t v) { std::memcpy(p, &v, 8); }
+
+// The 8 / P pixels of a little-endian word in reverse order.
+template <unsigned P>
+inline uint64_t ReversePixels(uint64_t v)
+{
+    static_assert(P == 1 || P == 2 || P == 4, "whole pixels per word");
+    if constexpr (P == 1) return __builtin_bswap64(v);
+    v = (v >> 32) | (v << 32);
+    if constexpr (P == 2) v = ((v >> 16) & 0x0000FFFF0000FFFFull) | ((v & 0x0000FFFF0000FFFFull) << 16);
+    return v;
+}
+
 }  // namespace geometry

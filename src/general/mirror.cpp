@@ -11,6 +11,9 @@
 
 using geometry::CopyPixel;
 using geometry::Line;
+using geometry::Load8;
+using geometry::ReversePixels;
+using geometry::Store8;
 
 namespace {
 
@@ -54,6 +57,11 @@ struct MapRgb {
 
 template <unsigned P, class Map>
 constexpr bool kIsCopy = std::is_same_v<Map, CopyPixel<P>>;
+// Plain reversed copies of 1-, 2- and 4-byte pixels go eight bytes at a time.
+template <unsigned P, class Map>
+constexpr bool kIsWordReverse = kIsCopy<P, Map> && P != 3;
+template <unsigned P>
+constexpr size_t kPerWord = P == 3 ? 1 : 8 / P;
 
 // Writes n pixels of d from s, in the same or in the reverse order.
 template <unsigned P, bool Reverse, class Map>
@@ -61,9 +69,13 @@ void MapLine(const uint8_t* s, uint8_t* d, size_t n, Map map)
 {
     if constexpr (kIsCopy<P, Map> && !Reverse) {
         std::memcpy(d, s, n * P);
-    } else {
-        for (size_t x = 0; x < n; ++x) map(s + (Reverse ? n - 1 - x : x) * P, d + x * P);
+        return;
     }
+    size_t x = 0;
+    if constexpr (Reverse && kIsWordReverse<P, Map>)
+        for (constexpr size_t k = kPerWord<P>; x + k <= n; x += k)
+            Store8(d + (n - x - k) * P, ReversePixels<P>(Load8(s + x * P)));
+    for (; x < n; ++x) map(s + x * P, d + (Reverse ? n - 1 - x : x) * P);
 }
 
 // Exchanges pixel x of line a with pixel x (or last - x) of line b for x < n, mapping both as
@@ -81,7 +93,17 @@ void ExchangeLine(uint8_t* a, uint8_t* b, size_t last, size_t n, Map map)
             std::memcpy(b + done, t, k);
         }
     } else {
-        for (size_t x = 0; x < n; ++x) {
+        size_t x = 0;
+        // Whole words while the two words of a pair cannot overlap (a and b may be one line).
+        if constexpr (Reverse && kIsWordReverse<P, Map>)
+            for (constexpr size_t k = kPerWord<P>; x + k <= n && (a != b || 2 * (x + k) <= last + 1); x += k) {
+                uint8_t* p = a + x * P;
+                uint8_t* q = b + (last + 1 - x - k) * P;
+                const uint64_t v = Load8(p);
+                Store8(p, ReversePixels<P>(Load8(q)));
+                Store8(q, ReversePixels<P>(v));
+            }
+        for (; x < n; ++x) {
             uint8_t* p = a + x * P;
             uint8_t* q = b + (Reverse ? last - x : x) * P;
             uint8_t t[P];

@@ -7,28 +7,93 @@
 #include "general/lut.h"
 
 using geometry::Line;
+using geometry::Load8;
+using geometry::ReversePixels;
+using geometry::Store8;
 
 namespace {
 
 // Classes 0 to 14: Mono8 up to RGBA8Packed.
 constexpr uint64_t kRotateClasses = 0x7FFF;
 
+// The destination pixels (c, r) of rows r0..r1-1 and columns c0..c1-1, one at a time.
+template <unsigned P>
+void TurnPixels(const uint8_t* s0, ptrdiff_t dc, ptrdiff_t dr, const KaipImgInfo& dst, uint32_t r0, uint32_t r1,
+                uint32_t c0, uint32_t c1)
+{
+    for (uint32_t r = r0; r < r1; ++r) {
+        const uint8_t* s = s0 + ptrdiff_t(r) * dr + ptrdiff_t(c0) * dc;
+        uint8_t* d = Line(dst, r) + size_t(c0) * P;
+        for (uint32_t i = 0; i < c1 - c0; ++i) std::memcpy(d + i * P, s + ptrdiff_t(i) * dc, P);
+    }
+}
+
+// Words whose lower half of every group of 2 * bits bits is set.
+constexpr uint64_t LowHalves(unsigned bits)
+{
+    uint64_t m = 0;
+    for (unsigned b = 0; b < 64; b += 2 * bits) m |= ((uint64_t(1) << bits) - 1) << b;
+    return m;
+}
+
+// Transposes the K x K pixels held in K words, K = 8 / P, by exchanging the off-diagonal
+// blocks of S x S pixels, then of ever smaller ones. Fully unrolled, the words stay in registers.
+template <unsigned P, unsigned S = 4 / P>
+inline void Transpose(uint64_t* w)
+{
+    constexpr unsigned K = 8 / P, bits = S * P * 8;
+    constexpr uint64_t low = LowHalves(bits);
+#pragma GCC unroll 8
+    for (unsigned r = 0; r < K; ++r)
+        if (!(r & S)) {
+            const uint64_t a = w[r], b = w[r + S];
+            w[r] = (a & low) | ((b & low) << bits);
+            w[r + S] = ((a >> bits) & low) | (b & ~low);
+        }
+    if constexpr (S > 1) Transpose<P, S / 2>(w);
+}
+
+// Destination rows and columns r0..r1-1, c0..c1-1 in blocks of K x K pixels of P = 1, 2 or 4
+// bytes: K words are read along the source rows, transposed and written as destination rows.
+template <unsigned P>
+void TurnBlocks(const uint8_t* s0, ptrdiff_t dc, ptrdiff_t dr, const KaipImgInfo& dst, uint32_t r0, uint32_t r1,
+                uint32_t c0, uint32_t c1)
+{
+    constexpr unsigned K = 8 / P;
+    // A source row read backwards gives its pixels in reverse order.
+    const ptrdiff_t back = dr < 0 ? ptrdiff_t(K - 1) * dr : 0;
+    for (uint32_t r = r0; r < r1; r += K)
+        for (uint32_t c = c0; c < c1; c += K) {
+            uint64_t w[K];
+            const uint8_t* s = s0 + ptrdiff_t(r) * dr + ptrdiff_t(c) * dc + back;
+#pragma GCC unroll 8
+            for (unsigned i = 0; i < K; ++i, s += dc) w[i] = dr < 0 ? ReversePixels<P>(Load8(s)) : Load8(s);
+            Transpose<P>(w);
+#pragma GCC unroll 8
+            for (unsigned j = 0; j < K; ++j) Store8(Line(dst, r + j) + size_t(c) * P, w[j]);
+        }
+}
+
 // Writes every destination pixel (c, r) from s0 + c * dc + r * dr. Each destination row reads
 // one source column, so the work goes in square tiles: the source lines a tile touches stay
 // in the cache while its columns are read.
 template <unsigned P>
-void TurnPixels(const uint8_t* s0, ptrdiff_t dc, ptrdiff_t dr, const KaipImgInfo& dst)
+void Turn(const uint8_t* s0, ptrdiff_t dc, ptrdiff_t dr, const KaipImgInfo& dst)
 {
-    constexpr uint32_t kTile = P <= 2 ? 64 : 32;
+    constexpr uint32_t kTile = P <= 2 ? 64 : 32, K = P == 3 ? 1 : 8 / P;
     const uint32_t w = dst.Width, h = dst.Height;
     for (uint32_t r0 = 0; r0 < h; r0 += kTile) {
         const uint32_t r1 = std::min(h, r0 + kTile);
         for (uint32_t c0 = 0; c0 < w; c0 += kTile) {
-            const uint32_t n = std::min(w - c0, kTile);
-            for (uint32_t r = r0; r < r1; ++r) {
-                const uint8_t* s = s0 + ptrdiff_t(r) * dr + ptrdiff_t(c0) * dc;
-                uint8_t* d = Line(dst, r) + size_t(c0) * P;
-                for (uint32_t i = 0; i < n; ++i) std::memcpy(d + i * P, s + ptrdiff_t(i) * dc, P);
+            const uint32_t c1 = std::min(w, c0 + kTile);
+            if constexpr (K == 1) {
+                TurnPixels<P>(s0, dc, dr, dst, r0, r1, c0, c1);
+            } else {
+                // Whole blocks, then the columns and rows left over at the image's edges.
+                const uint32_t rb = r0 + (r1 - r0) / K * K, cb = c0 + (c1 - c0) / K * K;
+                TurnBlocks<P>(s0, dc, dr, dst, r0, rb, c0, cb);
+                TurnPixels<P>(s0, dc, dr, dst, r0, rb, cb, c1);
+                TurnPixels<P>(s0, dc, dr, dst, rb, r1, c0, c1);
             }
         }
     }
@@ -65,10 +130,10 @@ KaipStatus Rotate90AndMirror(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstIm
     const ptrdiff_t dc = bReverseRows ? -line : line;
     const ptrdiff_t dr = bReverseColumns ? -ptrdiff_t(pixel) : ptrdiff_t(pixel);
     switch (pixel) {
-    case 1: TurnPixels<1>(s0, dc, dr, *pDstImgInfo); break;
-    case 2: TurnPixels<2>(s0, dc, dr, *pDstImgInfo); break;
-    case 3: TurnPixels<3>(s0, dc, dr, *pDstImgInfo); break;
-    case 4: TurnPixels<4>(s0, dc, dr, *pDstImgInfo); break;
+    case 1: Turn<1>(s0, dc, dr, *pDstImgInfo); break;
+    case 2: Turn<2>(s0, dc, dr, *pDstImgInfo); break;
+    case 3: Turn<3>(s0, dc, dr, *pDstImgInfo); break;
+    case 4: Turn<4>(s0, dc, dr, *pDstImgInfo); break;
     default: break;
     }
 
