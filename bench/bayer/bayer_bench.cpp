@@ -4,6 +4,10 @@
 #include "bench_util.h"
 #include "pm.imgproc.h"
 
+#if defined(KAIP_BENCH_OPENCV)
+#include <opencv2/imgproc.hpp>
+#endif
+
 namespace {
 
 // A library-allocated image of random bytes, freed at the end.
@@ -74,7 +78,26 @@ BENCHMARK_CAPTURE(DecodeBench, Nearest8_BGRA8, KaipBdNearestNeighbour, KaipPixel
 BENCHMARK_CAPTURE(MemcpyBench, BGR8_bytes, 3)->Apply(Sizes);
 BENCHMARK_CAPTURE(MemcpyBench, BGRA8_bytes, 4)->Apply(Sizes);
 
-// Peers: with KAIP_BENCH_OPENCV (set by the CMake file when OpenCV is found) a peer of each
-// case above registers here under the same name with an "OpenCV_" prefix.
+#if defined(KAIP_BENCH_OPENCV)
+// OpenCV's bilinear demosaic (vectorised, no LUT) on the same frames; 12-bit mosaics stay 16-bit there, so that
+// peer writes twice the bytes ours does.
+void OpenCvBench(benchmark::State& state, uint32_t srcFormat, int code)
+{
+    const uint32_t w = uint32_t(state.range(0)), h = uint32_t(state.range(1));
+    TBenchImage src(w, h, srcFormat);
+    const cv::Mat mosaic(int(h), int(w), srcFormat == KaipPixelFormat_BayerRG8 ? CV_8UC1 : CV_16UC1, src.info.pData,
+                         src.info.LineIncrement);
+    cv::Mat out;
+    cv::setNumThreads(1);  // one thread, as ours
+    for (auto _ : state) {
+        cv::cvtColor(mosaic, out, code);
+        benchmark::ClobberMemory();
+    }
+    SetPixelRate(state, uint64_t(w) * h);
+}
+BENCHMARK_CAPTURE(OpenCvBench, OpenCV_Bilinear8_BGR8, KaipPixelFormat_BayerRG8, cv::COLOR_BayerRG2BGR)->Apply(Sizes);
+BENCHMARK_CAPTURE(OpenCvBench, OpenCV_Bilinear8_BGRA8, KaipPixelFormat_BayerRG8, cv::COLOR_BayerRG2BGRA)->Apply(Sizes);
+BENCHMARK_CAPTURE(OpenCvBench, OpenCV_Bilinear12_BGR16, KaipPixelFormat_BayerRG12, cv::COLOR_BayerRG2BGR)->Apply(Sizes);
+#endif
 
 }  // namespace

@@ -86,10 +86,14 @@ struct TDepth {
 template <uint32_t DstBytes>
 inline void StoreBgr(uint8_t* p, uint8_t b, uint8_t g, uint8_t r)
 {
-    p[0] = b;
-    p[1] = g;
-    p[2] = r;
-    if constexpr (DstBytes == 4) p[3] = 0;
+    if constexpr (DstBytes == 4) {
+        const uint32_t v = b | uint32_t(g) << 8 | uint32_t(r) << 16;  // one little-endian store
+        std::memcpy(p, &v, 4);
+    } else {
+        p[0] = b;
+        p[1] = g;
+        p[2] = r;
+    }
 }
 
 // Source and destination planes of an interior pass, with the pattern's two toggles.
@@ -104,9 +108,11 @@ struct TBayerPlanes {
 
 // One line of columns x0..x1-1 whose sites alternate SiteA, SiteB: two pixels per step, no tests.
 template <class Kernel, int SiteA, int SiteB>
-void InteriorLine(const Kernel& k, const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut,
+void InteriorLine(const Kernel& kernel, const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut,
                   uint32_t x0, uint32_t x1)
 {
+    // A local copy: byte stores cannot alias it, so its table pointers stay in registers.
+    const Kernel k = kernel;
     uint32_t x = x0;
     for (; x + 1 < x1; x += 2) {
         k.template Pixel<SiteA>(pUp, pCur, pDown, pOut, x);
