@@ -39,7 +39,8 @@ void ColorCorrection(benchmark::State& state, uint32_t format, uint32_t pixelByt
     int32_t m[9];
     KaipSetSaturationMatrix(130, m);
     for (auto _ : state) {
-        if (KaipApplyRgbColorCorrection(&frame.src, &frame.dst, m, 0, nullptr) != KASTATUS_OK) state.SkipWithError("failed");
+        if (KaipApplyRgbColorCorrection(&frame.src, &frame.dst, m, 0, nullptr) != KASTATUS_OK)
+            state.SkipWithError("failed");
         benchmark::ClobberMemory();
     }
     SetPixelRate(state, kPixels);
@@ -51,13 +52,17 @@ void Convolution(benchmark::State& state, uint32_t format, uint32_t pixelBytes, 
     int32_t k[9];
     KaipSet3x3MatrixSharpening(40, k, sharpenOptions);
     for (auto _ : state) {
-        if (KaipApply3x3Convolution(&frame.src, &frame.dst, k, 0, nullptr) != KASTATUS_OK) state.SkipWithError("failed");
+        if (KaipApply3x3Convolution(&frame.src, &frame.dst, k, 0, nullptr) != KASTATUS_OK)
+            state.SkipWithError("failed");
         benchmark::ClobberMemory();
     }
     SetPixelRate(state, kPixels);
 }
 
-void Memcpy(benchmark::State& state, uint32_t pixelBytes) { MemcpyYardstick(state, kPixels * pixelBytes, kPixels); }
+void Memcpy(benchmark::State& state, uint32_t pixelBytes)
+{
+    MemcpyYardstick(state, kPixels * pixelBytes, kPixels);
+}
 
 BENCHMARK_CAPTURE(ColorCorrection, BGR8, KaipPixelFormat_BGR8Packed, 3)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Memcpy, BGR8_bytes, 3)->Unit(benchmark::kMillisecond);
@@ -83,10 +88,10 @@ void OpenCvTransform(benchmark::State& state, int type)
     for (int r = 0; r < 3; ++r)
         for (int c = 0; c < 3; ++c) bgr(2 - r, 2 - c) = float(m[3 * r + c]) / 1000.f;
     for (auto _ : state) {
-        cv::transform(src, dst, type == CV_8UC4 ? cv::Mat(cv::Matx34f(bgr(0, 0), bgr(0, 1), bgr(0, 2), 0, bgr(1, 0),
-                                                                      bgr(1, 1), bgr(1, 2), 0, bgr(2, 0), bgr(2, 1),
-                                                                      bgr(2, 2), 0))
-                                                : cv::Mat(bgr));
+        cv::transform(src, dst,
+                      type == CV_8UC4 ? cv::Mat(cv::Matx34f(bgr(0, 0), bgr(0, 1), bgr(0, 2), 0, bgr(1, 0), bgr(1, 1),
+                                                            bgr(1, 2), 0, bgr(2, 0), bgr(2, 1), bgr(2, 2), 0))
+                                      : cv::Mat(bgr));
         benchmark::ClobberMemory();
     }
     SetPixelRate(state, kPixels);

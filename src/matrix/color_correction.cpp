@@ -4,7 +4,6 @@
 
 #include "core/check.h"
 #include "core/log.h"
-#include "core/unidef.h"
 #include "matrix/matrix_lines.h"
 
 namespace {
@@ -26,18 +25,16 @@ KaipStatus ApplyRgbColorCorrection(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* 
                                    uint32_t dwOptions, KaipHLut hLut)
 {
     bool bReallocate = false;
-    KaipStatus status = CheckImgInfos(kFunc, pSrcImgInfo, pDstImgInfo, dwOptions, kClassMask,
-                                      pSrcImgInfo ? pSrcImgInfo->PixelFormat : 0, 0,
-                                      KaipCheck_SameSize | KaipCheck_SamePixelFormat,
-                                      KaipImgFlag_ColorPlanes | KaipImgFlag_BottomUp, &bReallocate);
+    KaipStatus status = CheckImgInfos(
+        kFunc, pSrcImgInfo, pDstImgInfo, dwOptions, kClassMask, pSrcImgInfo ? pSrcImgInfo->PixelFormat : 0, 0,
+        KaipCheck_SameSize | KaipCheck_SamePixelFormat, KaipImgFlag_ColorPlanes | KaipImgFlag_BottomUp, &bReallocate);
     if (status != KASTATUS_OK) return status;
     if (piMatrix == nullptr)
         return Refuse(KASTATUS_KAIP_INVALID_POINTER, "%s: piMatrix is NULL, returning KASTATUS_KAIP_INVALID_POINTER.",
                       kFunc);
     const KaipImgInfo& src = *pSrcImgInfo;
-    const TCorrectionFormat* pFormat =
-        FindFormatRow(g_SSEChecker.UseAVX2() ? g_pCorrectionFormatsAvx2 : kCorrectionFormats<TBaseline>,
-                      kCorrectionFormatCount, src.PixelFormat);
+    const TCorrectionFormat* pFormat = FindFormatRow(kCorrectionFormats<TBaseline>, g_pCorrectionFormatsSse4,
+                                                     g_pCorrectionFormatsAvx2, kCorrectionFormatCount, src.PixelFormat);
     if (pFormat == nullptr)
         return Refuse(KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT, "%s: Unsupported source color format 0x%8.8x", kFunc,
                       src.PixelFormat);
@@ -75,9 +72,9 @@ KaipStatus SetSaturationMatrix(uint32_t dwSaturation, int32_t* piMatrix)
     const int32_t iRed = TruncateToInt32((1 - s) * 0.299 * 1000);
     const int32_t iGreen = TruncateToInt32((1 - s) * 0.587 * 1000);
     const int32_t iBlue = TruncateToInt32((1 - s) * 0.114 * 1000);
-    const int32_t aiMatrix[9] = {TruncateToInt32((0.701 * s + 0.299) * 1000), iGreen, iBlue,
-                                 iRed, TruncateToInt32((0.413 * s + 0.587) * 1000), iBlue,
-                                 iRed, iGreen, TruncateToInt32((s * 0.886 + 0.114) * 1000)};
+    const int32_t aiMatrix[9] = {TruncateToInt32((0.701 * s + 0.299) * 1000), iGreen, iBlue, iRed,
+                                 TruncateToInt32((0.413 * s + 0.587) * 1000), iBlue,  iRed,  iGreen,
+                                 TruncateToInt32((s * 0.886 + 0.114) * 1000)};
     std::copy(std::begin(aiMatrix), std::end(aiMatrix), piMatrix);
     return KASTATUS_OK;
 }

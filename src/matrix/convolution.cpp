@@ -4,7 +4,6 @@
 
 #include "core/check.h"
 #include "core/log.h"
-#include "core/unidef.h"
 #include "matrix/matrix_lines.h"
 
 namespace {
@@ -12,8 +11,9 @@ namespace {
 constexpr const char* kFunc = "KaipApply3x3Convolution";
 // Mono8 to Mono16 (the Bayer codes included), BGR8Packed and BGRA8Packed.
 constexpr uint64_t kClassMask = KaipPixelFormatClass_Mono8 | KaipPixelFormatClass_Mono9 | KaipPixelFormatClass_Mono10 |
-                                KaipPixelFormatClass_Mono11 | KaipPixelFormatClass_Mono12 | KaipPixelFormatClass_Mono13 |
-                                KaipPixelFormatClass_Mono14 | KaipPixelFormatClass_Mono15 | KaipPixelFormatClass_Mono16 |
+                                KaipPixelFormatClass_Mono11 | KaipPixelFormatClass_Mono12 |
+                                KaipPixelFormatClass_Mono13 | KaipPixelFormatClass_Mono14 |
+                                KaipPixelFormatClass_Mono15 | KaipPixelFormatClass_Mono16 |
                                 KaipPixelFormatClass_BGR8Packed | KaipPixelFormatClass_BGRA8Packed;
 static_assert(kClassMask == 0x19FF, "the mono formats and the two 8-bit BGR formats");
 
@@ -36,7 +36,7 @@ KaipStatus Apply3x3Convolution(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDst
                       kFunc);
     const KaipImgInfo& src = *pSrcImgInfo;
     const TConvolutionFormat* pFormat =
-        FindFormatRow(g_SSEChecker.UseAVX2() ? g_pConvolutionFormatsAvx2 : kConvolutionFormats<TBaseline>,
+        FindFormatRow(kConvolutionFormats<TBaseline>, g_pConvolutionFormatsSse4, g_pConvolutionFormatsAvx2,
                       kConvolutionFormatCount, src.PixelFormat);
     if (pFormat == nullptr)
         return Refuse(KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT, "%s: Unsupported source color format 0x%8.8x", kFunc,

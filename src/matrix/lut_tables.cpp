@@ -24,6 +24,7 @@ KaipStatus GetLutTables(const char* pszFunc, KaipHLut hLut, unsigned uDepth, TLu
     if (uDepth == 8) status = Fetch(GetLut8, hLut, tables);
     if (uDepth == 10) status = Fetch(GetLut10, hLut, tables);
     if (uDepth == 12) status = Fetch(GetLut12, hLut, tables);
-    if (status != KASTATUS_OK) return Refuse(KASTATUS_KAIP_INVALID_LUT_TYPE, "%s: KASTATUS_KAIP_INVALID_LUT_TYPE", pszFunc);
+    if (status != KASTATUS_OK)
+        return Refuse(KASTATUS_KAIP_INVALID_LUT_TYPE, "%s: KASTATUS_KAIP_INVALID_LUT_TYPE", pszFunc);
     return KASTATUS_OK;
 }

@@ -1,4 +1,4 @@
-// matrix_avx2.cpp: the matrix line workers compiled for AVX2 (the only file of this subsystem built so).
+// matrix_avx2.cpp: the matrix line workers compiled for AVX2 (the only file of this subsystem built with -mavx2).
 #include "matrix/matrix_lines.h"
 
 namespace {

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "core/unidef.h"
 #include "matrix/matrix.h"
 
 template <class TIsa, typename T>
@@ -54,8 +55,8 @@ void CorrectLine(const uint8_t* pSrcLine, uint8_t* pDstLine, uint32_t dwWidth, c
     }
 }
 
-using TConvolveLine = void(const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*, uint32_t, const uint32_t*,
-                           int32_t, const void* const*);
+using TConvolveLine = void(const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*, uint32_t, const uint32_t*, int32_t,
+                           const void* const*);
 
 // One interior line: every pixel but the first and the last, every colour channel on its own with
 // the same channel of its neighbours (iStep samples apart). The kernel comes as unsigned words so
@@ -115,8 +116,10 @@ constexpr TCorrectionFormat CorrectionRow(uint32_t dwPixelFormat, unsigned uDept
         if (uDepth == 16)  // 64-bit sums, never a LUT
             return {dwPixelFormat, uDepth, {CorrectLine<TIsa, TSample, int64_t, iRed, iStep, false>, nullptr}};
     }
-    return {dwPixelFormat, uDepth,
-            {CorrectLine<TIsa, TSample, int32_t, iRed, iStep, false>, CorrectLine<TIsa, TSample, int32_t, iRed, iStep, true>}};
+    return {dwPixelFormat,
+            uDepth,
+            {CorrectLine<TIsa, TSample, int32_t, iRed, iStep, false>,
+             CorrectLine<TIsa, TSample, int32_t, iRed, iStep, true>}};
 }
 
 template <class TIsa, typename TSample, int iChannels, int iStep>
@@ -164,14 +167,20 @@ constexpr TConvolutionFormat kConvolutionFormats[kConvolutionFormatCount] = {
     ConvolutionRow<TIsa, uint16_t, 1, 1>(KaipPixelFormat_Mono16, 65535, 0),
 };
 
-// The same tables compiled for AVX2 (matrix_avx2.cpp); to be used only when g_SSEChecker.UseAVX2().
+// The same tables compiled for SSE4.2 (matrix_sse4.cpp) and AVX2 (matrix_avx2.cpp); SelectFormats
+// picks the widest one that g_SSEChecker allows.
+extern const TCorrectionFormat* const g_pCorrectionFormatsSse4;
+extern const TConvolutionFormat* const g_pConvolutionFormatsSse4;
 extern const TCorrectionFormat* const g_pCorrectionFormatsAvx2;
 extern const TConvolutionFormat* const g_pConvolutionFormatsAvx2;
 
-// The row of a format in a table of n rows, or null (file-local: no copy of it is built for AVX2).
+// The row of a format in the table of the widest instruction set allowed, or null. File-local, so
+// that no copy of it is built with wider instructions.
 template <typename TRow>
-static const TRow* FindFormatRow(const TRow* pRows, size_t n, uint32_t dwPixelFormat)
+static const TRow* FindFormatRow(const TRow* pBaseline, const TRow* pSse4, const TRow* pAvx2, size_t n,
+                                 uint32_t dwPixelFormat)
 {
+    const TRow* pRows = g_SSEChecker.UseAVX2() ? pAvx2 : g_SSEChecker.m_bUseSSE4 ? pSse4 : pBaseline;
     for (size_t i = 0; i < n; ++i)
         if (pRows[i].dwPixelFormat == dwPixelFormat) return &pRows[i];
     return nullptr;

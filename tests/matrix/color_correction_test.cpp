@@ -1,4 +1,5 @@
-// color_correction_test.cpp: KaipApplyRgbColorCorrection against a per-pixel model, its refusals, and the saturation matrix.
+// color_correction_test.cpp: KaipApplyRgbColorCorrection against a per-pixel model, its refusals, and the saturation
+// matrix.
 #include <cmath>
 #include <functional>
 
@@ -39,7 +40,8 @@ void ModelCorrection(const TCcFormat& f, const KaipImgInfo& src, std::vector<uin
         uint8_t* d = out.data() + y * outIncrement;
         for (uint32_t x = 0; x < src.Width; ++x) {
             const size_t p = size_t(x) * f.step;
-            const int64_t in[3] = {GetSample(s, p + iRed, bytes), GetSample(s, p + 1, bytes), GetSample(s, p + iBlue, bytes)};
+            const int64_t in[3] = {GetSample(s, p + iRed, bytes), GetSample(s, p + 1, bytes),
+                                   GetSample(s, p + iBlue, bytes)};
             const size_t pos[3] = {p + iRed, p + 1, p + iBlue};
             for (int k = 0; k < 3; ++k) {
                 int64_t v = c[3 * k] * in[0] + c[3 * k + 1] * in[1] + c[3 * k + 2] * in[2];
@@ -67,37 +69,43 @@ TEST(ApplyRgbColorCorrection, MatchesModelOnRandomImages)
 {
     const std::pair<uint32_t, uint32_t> sizes[] = {{1, 1}, {2, 3}, {5, 4}, {8, 2}, {17, 5}, {70, 3}, {133, 2}};
     uint32_t seed = 1;
-    for (const TCcFormat& f : kFormats) {
-        for (auto [w, h] : sizes) {
-            for (uint32_t flags : {0u, KaipImgFlag_BottomUp}) {
-                for (LutMode mode : {LutMode::None, LutMode::Object, LutMode::Global}) {
-                    for (bool inPlace : {false, true}) {
-                        ++seed;
-                        SCOPED_TRACE(testing::Message() << "seed " << seed << " format 0x" << std::hex << f.code
-                                                        << std::dec << " " << w << "x" << h << " flags " << flags
-                                                        << " lut " << int(mode) << " in place " << inPlace);
-                        std::mt19937 gen(seed);
-                        const auto m = RandomMatrix(gen);
-                        const unsigned lutDepth = f.depth == 16 ? 8 : f.depth;
-                        std::unique_ptr<RandomLut> object;
-                        std::unique_ptr<RandomGlobalLut> global;
-                        KaipHLut hLut = nullptr;
-                        if (mode == LutMode::Object) object = std::make_unique<RandomLut>(lutDepth, seed), hLut = object->Handle();
-                        if (mode == LutMode::Global) global = std::make_unique<RandomGlobalLut>(lutDepth, seed), hLut = KaipHLut(1);
-                        // The 16-bit formats never use a LUT, whatever the handle.
-                        const TModelLut* lut = f.depth == 16 ? nullptr
-                                               : object       ? &object->Tables()
-                                               : global       ? &global->Tables()
-                                                              : nullptr;
+    for (int level : kSimdLevels) {
+        ScopedSimdLevel simd(level);
+        for (const TCcFormat& f : kFormats) {
+            for (auto [w, h] : sizes) {
+                for (uint32_t flags : {0u, KaipImgFlag_BottomUp}) {
+                    for (LutMode mode : {LutMode::None, LutMode::Object, LutMode::Global}) {
+                        for (bool inPlace : {false, true}) {
+                            ++seed;
+                            SCOPED_TRACE(testing::Message()
+                                         << "level " << level << " seed " << seed << " format 0x" << std::hex << f.code
+                                         << std::dec << " " << w << "x" << h << " flags " << flags << " lut "
+                                         << int(mode) << " in place " << inPlace);
+                            std::mt19937 gen(seed);
+                            const auto m = RandomMatrix(gen);
+                            const unsigned lutDepth = f.depth == 16 ? 8 : f.depth;
+                            std::unique_ptr<RandomLut> object;
+                            std::unique_ptr<RandomGlobalLut> global;
+                            KaipHLut hLut = nullptr;
+                            if (mode == LutMode::Object)
+                                object = std::make_unique<RandomLut>(lutDepth, seed), hLut = object->Handle();
+                            if (mode == LutMode::Global)
+                                global = std::make_unique<RandomGlobalLut>(lutDepth, seed), hLut = KaipHLut(1);
+                            // The 16-bit formats never use a LUT, whatever the handle.
+                            const TModelLut* lut = f.depth == 16 ? nullptr
+                                                   : object      ? &object->Tables()
+                                                   : global      ? &global->Tables()
+                                                                 : nullptr;
 
-                        auto src = MakeImage(w, h, f.code, f.PixelBytes(), flags, 2, seed);
-                        auto dst = MakeImage(w, h, f.code, f.PixelBytes(), flags, 4, 0);
-                        KaipImgInfo* pDst = inPlace ? nullptr : &dst->info;
-                        GuardedImage& out = inPlace ? *src : *dst;
-                        std::vector<uint8_t> expected = Bytes(out);
-                        ModelCorrection(f, src->info, expected, out.info.LineIncrement, m.data(), lut);
-                        ASSERT_EQ(KaipApplyRgbColorCorrection(&src->info, pDst, m.data(), 0, hLut), KASTATUS_OK);
-                        ASSERT_EQ(Bytes(out), expected);
+                            auto src = MakeImage(w, h, f.code, f.PixelBytes(), flags, 2, seed);
+                            auto dst = MakeImage(w, h, f.code, f.PixelBytes(), flags, 4, 0);
+                            KaipImgInfo* pDst = inPlace ? nullptr : &dst->info;
+                            GuardedImage& out = inPlace ? *src : *dst;
+                            std::vector<uint8_t> expected = Bytes(out);
+                            ModelCorrection(f, src->info, expected, out.info.LineIncrement, m.data(), lut);
+                            ASSERT_EQ(KaipApplyRgbColorCorrection(&src->info, pDst, m.data(), 0, hLut), KASTATUS_OK);
+                            ASSERT_EQ(Bytes(out), expected);
+                        }
                     }
                 }
             }
@@ -145,8 +153,9 @@ TEST(ApplyRgbColorCorrection, ReallocatesAMisfitDestination)
     std::vector<uint8_t> expected(src->buffer.size());
     ModelCorrection(kFormats[7], src->info, expected, src->info.LineIncrement, m, nullptr);
     KaipImgInfo dst{};
-    ASSERT_EQ(KaipApplyRgbColorCorrection(&src->info, &dst, m, KaipOption_ReallocateDst | KaipImgFlag_BottomUp, nullptr),
-              KASTATUS_OK);
+    ASSERT_EQ(
+        KaipApplyRgbColorCorrection(&src->info, &dst, m, KaipOption_ReallocateDst | KaipImgFlag_BottomUp, nullptr),
+        KASTATUS_OK);
     EXPECT_EQ(dst.Width, 7u);
     EXPECT_EQ(dst.PixelFormat, KaipPixelFormat_RGB12Packed);
     EXPECT_EQ(dst.Flags, KaipImgFlag_BottomUp | KaipImgFlag_DataAllocated);
@@ -167,11 +176,20 @@ TEST(ApplyRgbColorCorrection, Refusals)
         {"null source", KASTATUS_KAIP_INVALID_SRC_POINTER,
          [&](GuardedImage&, GuardedImage& d) { return KaipApplyRgbColorCorrection(nullptr, &d.info, m, 0, nullptr); }},
         {"source not initialised", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED,
-         [&](GuardedImage& s, GuardedImage& d) { s.info.LineIncrement = 0; return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr); }},
+         [&](GuardedImage& s, GuardedImage& d) {
+             s.info.LineIncrement = 0;
+             return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr);
+         }},
         {"source without buffer", KASTATUS_KAIP_SRC_NOT_ALLOCATED,
-         [&](GuardedImage& s, GuardedImage& d) { s.info.pData = nullptr; return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr); }},
+         [&](GuardedImage& s, GuardedImage& d) {
+             s.info.pData = nullptr;
+             return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr);
+         }},
         {"mono source", KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT,
-         [&](GuardedImage& s, GuardedImage& d) { s.info.PixelFormat = d.info.PixelFormat = KaipPixelFormat_Mono8; return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr); }},
+         [&](GuardedImage& s, GuardedImage& d) {
+             s.info.PixelFormat = d.info.PixelFormat = KaipPixelFormat_Mono8;
+             return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr);
+         }},
         {"colour planes", KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED,
          [&](GuardedImage& s, GuardedImage& d) {
              s.info.Flags = KaipImgFlag_ColorPlanes;
@@ -179,17 +197,33 @@ TEST(ApplyRgbColorCorrection, Refusals)
              return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr);
          }},
         {"size", KASTATUS_KAIP_INCOMPATIBLE_SIZE,
-         [&](GuardedImage& s, GuardedImage& d) { d.info.Height = 1; return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr); }},
+         [&](GuardedImage& s, GuardedImage& d) {
+             d.info.Height = 1;
+             return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr);
+         }},
         {"pixel format", KASTATUS_KAIP_INCOMPATIBLE_SRC_DST_PIXEL_FORMAT,
-         [&](GuardedImage& s, GuardedImage& d) { d.info.PixelFormat = KaipPixelFormat_RGB8Packed; return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr); }},
+         [&](GuardedImage& s, GuardedImage& d) {
+             d.info.PixelFormat = KaipPixelFormat_RGB8Packed;
+             return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr);
+         }},
         {"destination without buffer", KASTATUS_KAIP_DST_NOT_ALLOCATED,
-         [&](GuardedImage& s, GuardedImage& d) { d.info.pData = nullptr; return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr); }},
+         [&](GuardedImage& s, GuardedImage& d) {
+             d.info.pData = nullptr;
+             return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr);
+         }},
         {"orientation", KASTATUS_KAIP_INCOMPATIBLE_FLAGS,
-         [&](GuardedImage& s, GuardedImage& d) { d.info.Flags = KaipImgFlag_BottomUp; return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr); }},
+         [&](GuardedImage& s, GuardedImage& d) {
+             d.info.Flags = KaipImgFlag_BottomUp;
+             return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr);
+         }},
         {"null matrix", KASTATUS_KAIP_INVALID_POINTER,
-         [&](GuardedImage& s, GuardedImage& d) { return KaipApplyRgbColorCorrection(&s.info, &d.info, nullptr, 0, nullptr); }},
+         [&](GuardedImage& s, GuardedImage& d) {
+             return KaipApplyRgbColorCorrection(&s.info, &d.info, nullptr, 0, nullptr);
+         }},
         {"null matrix in place", KASTATUS_KAIP_INVALID_POINTER,
-         [&](GuardedImage& s, GuardedImage&) { return KaipApplyRgbColorCorrection(&s.info, nullptr, nullptr, 0, nullptr); }},
+         [&](GuardedImage& s, GuardedImage&) {
+             return KaipApplyRgbColorCorrection(&s.info, nullptr, nullptr, 0, nullptr);
+         }},
         {"8-bit LUT for a 10-bit format", KASTATUS_KAIP_INVALID_LUT_TYPE,
          [&](GuardedImage& s, GuardedImage& d) {
              s.info.PixelFormat = d.info.PixelFormat = KaipPixelFormat_BGR10Packed;
@@ -199,7 +233,8 @@ TEST(ApplyRgbColorCorrection, Refusals)
         {"rebuilt in colour planes", KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED,
          [&](GuardedImage& s, GuardedImage& d) {
              KaipImgInfo fresh{};
-             const KaipStatus status = KaipApplyRgbColorCorrection(&s.info, &fresh, m, KaipOption_ReallocateDst | KaipImgFlag_ColorPlanes, nullptr);
+             const KaipStatus status = KaipApplyRgbColorCorrection(
+                 &s.info, &fresh, m, KaipOption_ReallocateDst | KaipImgFlag_ColorPlanes, nullptr);
              KaipDeallocateImageData(&fresh);
              (void)d;
              return status;
@@ -225,12 +260,13 @@ TEST(ApplyRgbColorCorrection, LogLines)
     EXPECT_EQ(KaipApplyRgbColorCorrection(&image->info, nullptr, nullptr, 0, nullptr), KASTATUS_KAIP_INVALID_POINTER);
     EXPECT_EQ(KaipApplyRgbColorCorrection(&image->info, nullptr, m, 0, lut8.Handle()), KASTATUS_KAIP_INVALID_LUT_TYPE);
     EXPECT_EQ(KaipSetSaturationMatrix(0, nullptr), KASTATUS_KAIP_INVALID_POINTER);
-    EXPECT_EQ(log.Lines(), std::vector<std::string>({
-                               "KaipApplyRgbColorCorrection: piMatrix is NULL, returning KASTATUS_KAIP_INVALID_POINTER.",
-                               "GetLut10 - error KASTATUS_KAIP_INVALID_LUT_TYPE",
-                               "KaipApplyRgbColorCorrection: KASTATUS_KAIP_INVALID_LUT_TYPE",
-                               "KaipSetSaturationMatrix: piMatrix is NULL, returning KASTATUS_KAIP_INVALID_POINTER.",
-                           }));
+    EXPECT_EQ(log.Lines(),
+              std::vector<std::string>({
+                  "KaipApplyRgbColorCorrection: piMatrix is NULL, returning KASTATUS_KAIP_INVALID_POINTER.",
+                  "GetLut10 - error KASTATUS_KAIP_INVALID_LUT_TYPE",
+                  "KaipApplyRgbColorCorrection: KASTATUS_KAIP_INVALID_LUT_TYPE",
+                  "KaipSetSaturationMatrix: piMatrix is NULL, returning KASTATUS_KAIP_INVALID_POINTER.",
+              }));
 }
 
 TEST(SetSaturationMatrix, Examples)

@@ -61,40 +61,45 @@ enum class LutMode { None, Object, Global };
 
 TEST(Apply3x3Convolution, MatchesModelOnRandomImages)
 {
-    const std::pair<uint32_t, uint32_t> sizes[] = {{1, 1}, {3, 3}, {4, 3}, {8, 2}, {2, 5}, {6, 7}, {19, 4}, {70, 3}, {133, 4}};
+    const std::pair<uint32_t, uint32_t> sizes[] = {{1, 1}, {3, 3},  {4, 3},  {8, 2},  {2, 5},
+                                                   {6, 7}, {19, 4}, {70, 3}, {133, 4}};
     uint32_t seed = 1000;
-    for (const TConvFormat& f : kFormats) {
-        for (auto [w, h] : sizes) {
-            for (uint32_t flags : {0u, KaipImgFlag_BottomUp}) {
-                for (LutMode mode : {LutMode::None, LutMode::Object, LutMode::Global}) {
-                    if (f.lutDepth == 0 && mode != LutMode::None) continue;
-                    for (bool cross : {false, true}) {
-                        ++seed;
-                        SCOPED_TRACE(testing::Message() << "seed " << seed << " format 0x" << std::hex << f.code
-                                                        << std::dec << " " << w << "x" << h << " flags " << flags
-                                                        << " lut " << int(mode) << " cross " << cross);
-                        std::mt19937 gen(seed);
-                        const auto k = RandomKernel(gen, cross);
-                        std::unique_ptr<RandomLut> object;
-                        std::unique_ptr<RandomGlobalLut> global;
-                        KaipHLut hLut = nullptr;
-                        const TModelLut* lut = nullptr;
-                        if (mode == LutMode::Object) {
-                            object = std::make_unique<RandomLut>(f.lutDepth, seed);
-                            hLut = object->Handle(), lut = &object->Tables();
+    for (int level : kSimdLevels) {
+        ScopedSimdLevel simd(level);
+        for (const TConvFormat& f : kFormats) {
+            for (auto [w, h] : sizes) {
+                for (uint32_t flags : {0u, KaipImgFlag_BottomUp}) {
+                    for (LutMode mode : {LutMode::None, LutMode::Object, LutMode::Global}) {
+                        if (f.lutDepth == 0 && mode != LutMode::None) continue;
+                        for (bool cross : {false, true}) {
+                            ++seed;
+                            SCOPED_TRACE(testing::Message()
+                                         << "level " << level << " seed " << seed << " format 0x" << std::hex << f.code
+                                         << std::dec << " " << w << "x" << h << " flags " << flags << " lut "
+                                         << int(mode) << " cross " << cross);
+                            std::mt19937 gen(seed);
+                            const auto k = RandomKernel(gen, cross);
+                            std::unique_ptr<RandomLut> object;
+                            std::unique_ptr<RandomGlobalLut> global;
+                            KaipHLut hLut = nullptr;
+                            const TModelLut* lut = nullptr;
+                            if (mode == LutMode::Object) {
+                                object = std::make_unique<RandomLut>(f.lutDepth, seed);
+                                hLut = object->Handle(), lut = &object->Tables();
+                            }
+                            if (mode == LutMode::Global) {
+                                global = std::make_unique<RandomGlobalLut>(f.lutDepth, seed);
+                                hLut = KaipHLut(1), lut = &global->Tables();
+                            }
+                            auto src = MakeImage(w, h, f.code, f.PixelBytes(), flags, 2, seed);
+                            auto dst = MakeImage(w, h, f.code, f.PixelBytes(), flags, 6, 0);
+                            std::vector<uint8_t> expected = Bytes(*dst);
+                            ModelConvolution(f, src->info, expected, dst->info.LineIncrement, k.data(), lut);
+                            const std::vector<uint8_t> srcBefore = Bytes(*src);
+                            ASSERT_EQ(KaipApply3x3Convolution(&src->info, &dst->info, k.data(), 0, hLut), KASTATUS_OK);
+                            ASSERT_EQ(Bytes(*dst), expected);
+                            ASSERT_EQ(Bytes(*src), srcBefore);
                         }
-                        if (mode == LutMode::Global) {
-                            global = std::make_unique<RandomGlobalLut>(f.lutDepth, seed);
-                            hLut = KaipHLut(1), lut = &global->Tables();
-                        }
-                        auto src = MakeImage(w, h, f.code, f.PixelBytes(), flags, 2, seed);
-                        auto dst = MakeImage(w, h, f.code, f.PixelBytes(), flags, 6, 0);
-                        std::vector<uint8_t> expected = Bytes(*dst);
-                        ModelConvolution(f, src->info, expected, dst->info.LineIncrement, k.data(), lut);
-                        const std::vector<uint8_t> srcBefore = Bytes(*src);
-                        ASSERT_EQ(KaipApply3x3Convolution(&src->info, &dst->info, k.data(), 0, hLut), KASTATUS_OK);
-                        ASSERT_EQ(Bytes(*dst), expected);
-                        ASSERT_EQ(Bytes(*src), srcBefore);
                     }
                 }
             }
@@ -155,7 +160,7 @@ TEST(Apply3x3Convolution, Refusals)
 {
     const int32_t k[9] = {0, 0, 0, 0, 1000, 0, 0, 0, 0};
     RandomLut lut8(8, 5);
-    using Call = std::function<KaipStatus(KaipImgInfo& s, KaipImgInfo& d)>;
+    using Call = std::function<KaipStatus(KaipImgInfo & s, KaipImgInfo & d)>;
     auto withFormat = [&](uint32_t format, KaipHLut hLut) -> Call {
         return [=](KaipImgInfo& s, KaipImgInfo& d) {
             s.PixelFormat = d.PixelFormat = format;
@@ -168,27 +173,49 @@ TEST(Apply3x3Convolution, Refusals)
         {"null destination", KASTATUS_KAIP_INVALID_DST_POINTER,
          [&](KaipImgInfo& s, KaipImgInfo&) { return KaipApply3x3Convolution(&s, nullptr, k, 0, nullptr); }},
         {"source not initialised", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED,
-         [&](KaipImgInfo& s, KaipImgInfo& d) { s.Width = 0; return KaipApply3x3Convolution(&s, &d, k, 0, nullptr); }},
+         [&](KaipImgInfo& s, KaipImgInfo& d) {
+             s.Width = 0;
+             return KaipApply3x3Convolution(&s, &d, k, 0, nullptr);
+         }},
         {"source without buffer", KASTATUS_KAIP_SRC_NOT_ALLOCATED,
-         [&](KaipImgInfo& s, KaipImgInfo& d) { s.pData = nullptr; return KaipApply3x3Convolution(&s, &d, k, 0, nullptr); }},
+         [&](KaipImgInfo& s, KaipImgInfo& d) {
+             s.pData = nullptr;
+             return KaipApply3x3Convolution(&s, &d, k, 0, nullptr);
+         }},
         {"colour planes", KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED,
          [&](KaipImgInfo& s, KaipImgInfo& d) {
              s.Flags = d.Flags = KaipImgFlag_ColorPlanes;
              s.pDataR = s.pDataG = s.pDataB = s.pData;
              return KaipApply3x3Convolution(&s, &d, k, 0, nullptr);
          }},
-        {"BGR565 outside the class mask", KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT, withFormat(KaipPixelFormat_BGR565Packed, nullptr)},
-        {"RGB8 outside the class mask", KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT, withFormat(KaipPixelFormat_RGB8Packed, nullptr)},
-        {"Bayer8 without a sample range", KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT, withFormat(KaipPixelFormat_BayerRG8, nullptr)},
-        {"Mono14 without a sample range", KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT, withFormat(KaipPixelFormat_Mono14, nullptr)},
+        {"BGR565 outside the class mask", KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT,
+         withFormat(KaipPixelFormat_BGR565Packed, nullptr)},
+        {"RGB8 outside the class mask", KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT,
+         withFormat(KaipPixelFormat_RGB8Packed, nullptr)},
+        {"Bayer8 without a sample range", KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT,
+         withFormat(KaipPixelFormat_BayerRG8, nullptr)},
+        {"Mono14 without a sample range", KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT,
+         withFormat(KaipPixelFormat_Mono14, nullptr)},
         {"size", KASTATUS_KAIP_INCOMPATIBLE_SIZE,
-         [&](KaipImgInfo& s, KaipImgInfo& d) { d.Width = 2; return KaipApply3x3Convolution(&s, &d, k, 0, nullptr); }},
+         [&](KaipImgInfo& s, KaipImgInfo& d) {
+             d.Width = 2;
+             return KaipApply3x3Convolution(&s, &d, k, 0, nullptr);
+         }},
         {"pixel format", KASTATUS_KAIP_INCOMPATIBLE_SRC_DST_PIXEL_FORMAT,
-         [&](KaipImgInfo& s, KaipImgInfo& d) { d.PixelFormat = KaipPixelFormat_Mono10; return KaipApply3x3Convolution(&s, &d, k, 0, nullptr); }},
+         [&](KaipImgInfo& s, KaipImgInfo& d) {
+             d.PixelFormat = KaipPixelFormat_Mono10;
+             return KaipApply3x3Convolution(&s, &d, k, 0, nullptr);
+         }},
         {"destination without buffer", KASTATUS_KAIP_DST_NOT_ALLOCATED,
-         [&](KaipImgInfo& s, KaipImgInfo& d) { d.pData = nullptr; return KaipApply3x3Convolution(&s, &d, k, 0, nullptr); }},
+         [&](KaipImgInfo& s, KaipImgInfo& d) {
+             d.pData = nullptr;
+             return KaipApply3x3Convolution(&s, &d, k, 0, nullptr);
+         }},
         {"orientation", KASTATUS_KAIP_INCOMPATIBLE_FLAGS,
-         [&](KaipImgInfo& s, KaipImgInfo& d) { s.Flags = KaipImgFlag_BottomUp; return KaipApply3x3Convolution(&s, &d, k, 0, nullptr); }},
+         [&](KaipImgInfo& s, KaipImgInfo& d) {
+             s.Flags = KaipImgFlag_BottomUp;
+             return KaipApply3x3Convolution(&s, &d, k, 0, nullptr);
+         }},
         {"null kernel", KASTATUS_KAIP_INVALID_POINTER,
          [&](KaipImgInfo& s, KaipImgInfo& d) { return KaipApply3x3Convolution(&s, &d, nullptr, 0, nullptr); }},
         {"8-bit LUT for Mono10", KASTATUS_KAIP_INVALID_LUT_TYPE, withFormat(KaipPixelFormat_Mono10, lut8.Handle())},
@@ -224,7 +251,8 @@ TEST(Apply3x3Convolution, LogLines)
     EXPECT_EQ(KaipApply3x3Convolution(&src->info, &dst->info, nullptr, 0, nullptr), KASTATUS_KAIP_INVALID_POINTER);
     EXPECT_EQ(KaipApply3x3Convolution(&src->info, &dst->info, k, 0, KaipHLut(1)), KASTATUS_KAIP_INVALID_LUT_TYPE);
     src->info.PixelFormat = dst->info.PixelFormat = KaipPixelFormat_Mono14;
-    EXPECT_EQ(KaipApply3x3Convolution(&src->info, &dst->info, k, 0, nullptr), KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT);
+    EXPECT_EQ(KaipApply3x3Convolution(&src->info, &dst->info, k, 0, nullptr),
+              KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT);
     EXPECT_EQ(KaipSet3x3MatrixSharpening(0, nullptr, 0), KASTATUS_KAIP_INVALID_POINTER);
     EXPECT_EQ(log.Lines(), std::vector<std::string>({
                                "KaipApply3x3Convolution: piMatrix is NULL, returning KASTATUS_KAIP_INVALID_POINTER.",

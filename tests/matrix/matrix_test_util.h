@@ -9,6 +9,7 @@
 #include <random>
 #include <vector>
 
+#include "core/unidef.h"
 #include "general/lut.h"
 #include "support/guarded.h"
 
@@ -93,7 +94,9 @@ private:
 class RandomGlobalLut {
 public:
     RandomGlobalLut(unsigned depth, uint32_t seed)
-        : m_save8(g_Lut8), m_save10(std::make_unique<TKaIpLut10>(g_Lut10)), m_save12(std::make_unique<TKaIpLut12>(g_Lut12))
+        : m_save8(g_Lut8),
+          m_save10(std::make_unique<TKaIpLut10>(g_Lut10)),
+          m_save12(std::make_unique<TKaIpLut12>(g_Lut12))
     {
         if (depth == 8) m_tables = FillTables(g_Lut8, depth, seed);
         if (depth == 10) m_tables = FillTables(g_Lut10, depth, seed);
@@ -108,3 +111,20 @@ private:
     std::unique_ptr<TKaIpLut12> m_save12;
     TModelLut m_tables;
 };
+
+// The configured SIMD level for one scope: 0 runs the baseline workers, 3 the SSE4.2 ones and 4 the
+// AVX2 ones (each as far as the processor has them).
+class ScopedSimdLevel {
+public:
+    explicit ScopedSimdLevel(int level) : m_saved(g_SSEChecker.m_iSIMDLevel) { Set(level); }
+    ~ScopedSimdLevel() { Set(m_saved); }
+
+private:
+    static void Set(int level)
+    {
+        g_SSEChecker.m_iSIMDLevel = level;
+        g_SSEChecker.DeriveSwitches();
+    }
+    int m_saved;
+};
+constexpr int kSimdLevels[] = {0, 3, 4};
