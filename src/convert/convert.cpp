@@ -47,17 +47,21 @@ void BothBits(const TLineJob& j)
 // ---------------------------------------------------------------- the destinations
 
 // Each destination format, in the order of the bits of the allowed-destination masks.
+// clang-format off
 enum TDst : int {
     kDstMono8, kDstMono9, kDstMono10, kDstMono11, kDstMono12, kDstMono13, kDstMono14, kDstMono15, kDstMono16,
     kDstBGR555, kDstBGR565, kDstBGR8, kDstBGRA8, kDstRGB8, kDstRGBA8,
     kDstBGR10, kDstRGB10, kDstBGR12, kDstRGB12, kDstBGR16, kDstRGB16, kDstCount
 };
+// clang-format on
 
 // The pixel layouts a destination is written in: the columns of the member table.
+// clang-format off
 enum TColumn : int {
     kToMono8, kToMonoWord, kToBGR15, kToBGR16, kToBGR24, kToRGB24, kToBGR32, kToRGB32,
     kToBGR30, kToRGB30, kToBGR36, kToRGB36, kToBGR48, kToRGB48
 };
+// clang-format on
 
 struct TDstRow {
     uint32_t dwFormat;
@@ -79,8 +83,14 @@ constexpr TDstRow g_Destinations[kDstCount] = {
     {KaipPixelFormat_RGB16Packed, kToRGB48},
 };
 
-constexpr uint32_t Bits(TDst first, TDst last) { return ((2u << last) - 1) & ~((1u << first) - 1); }
-constexpr uint32_t Bit(TDst d) { return 1u << d; }
+constexpr uint32_t Bits(TDst first, TDst last)
+{
+    return ((2u << last) - 1) & ~((1u << first) - 1);
+}
+constexpr uint32_t Bit(TDst d)
+{
+    return 1u << d;
+}
 
 // Sets of allowed destinations.
 constexpr uint32_t kMono = Bits(kDstMono8, kDstMono16);
@@ -94,12 +104,14 @@ constexpr uint32_t kToMonoColour8 = kMono | kColour8;
 // ---------------------------------------------------------------- the sources
 
 // The pixel layouts a source is read in: the rows of the member table.
+// clang-format off
 enum TLayout : int {
     kFromMono8, kFromMonoWord, kFromMonoPacked, kFromMonoMipi, kFromBGR15, kFromBGR16,
     kFromRGB24, kFromBGR24, kFromRGB32, kFromBGR32, kFromRGB30, kFromBGR30, kFromRGB36, kFromBGR36,
     kFromRGB48, kFromBGR48, kFromYuv411, kFromYuv411YYuYYv, kFromYuv422, kFromYuv422yuyv, kFromYCbCr422_8,
     kFromYuv444, kFromYCbCr444
 };
+// clang-format on
 
 struct TSrcRow {
     uint32_t dwFormat;
@@ -462,9 +474,9 @@ KaipStatus ConvertToPixelFormat(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDs
 {
     const char* const pszFunc = "ConvertToPixelFormat";
     bool bReallocate = false;
-    KaipStatus status = CheckImgInfos(pszFunc, pSrcImgInfo, pDstImgInfo, dwOptions, 0x3FFFFF7FFFull, dwDstPixelFormat,
-                                      0x3F00007FFFull, KaipCheck_DstRequired | KaipCheck_SameSize | KaipCheck_SameOrientation,
-                                      KaipImgFlag_ColorPlanes, &bReallocate);
+    KaipStatus status = CheckImgInfos(
+        pszFunc, pSrcImgInfo, pDstImgInfo, dwOptions, 0x3FFFFF7FFFull, dwDstPixelFormat, 0x3F00007FFFull,
+        KaipCheck_DstRequired | KaipCheck_SameSize | KaipCheck_SameOrientation, KaipImgFlag_ColorPlanes, &bReallocate);
     if (status) return status;
     const PRunMember pfnRun = AllowedMember(pSrcImgInfo->PixelFormat, dwDstPixelFormat);
     if (!pfnRun)
@@ -473,8 +485,8 @@ KaipStatus ConvertToPixelFormat(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDs
     const uint32_t dwSrcPixelFormat = BayerToMonoFormat(pSrcImgInfo->PixelFormat);
 
     if (bReallocate || pDstImgInfo->PixelFormat != dwDstPixelFormat) {
-        status = ReallocateDst(pszFunc, pDstImgInfo, pSrcImgInfo->Width, pSrcImgInfo->Height, dwDstPixelFormat,
-                               dwOptions);
+        status =
+            ReallocateDst(pszFunc, pDstImgInfo, pSrcImgInfo->Width, pSrcImgInfo->Height, dwDstPixelFormat, dwOptions);
         if (status) return status;
     }
     if (!pSrcImgInfo->pData) {
@@ -504,8 +516,8 @@ KaipStatus ConvertToPixelFormat(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDs
     return KASTATUS_OK;
 }
 
-KaipStatus ConvertToWinBmpCompatibleFormat(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
-                                           uint32_t dwOptions, int32_t* piConverted)
+KaipStatus ConvertToWinBmpCompatibleFormat(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, uint32_t dwOptions,
+                                           int32_t* piConverted)
 {
     const char* const pszFunc = "ConvertToWinBmpCompatibleFormat";
     if (piConverted) *piConverted = 0;
@@ -516,7 +528,8 @@ KaipStatus ConvertToWinBmpCompatibleFormat(const KaipImgInfo* pSrcImgInfo, KaipI
         return KASTATUS_OK;
     if (!pDstImgInfo) {
         Log.Debug("%s: Image in incompatible format, ImgInfo for conversion is NULL", pszFunc);
-        return Refuse(KASTATUS_KAIP_NOT_DISPLAYABLE_FORMAT, "%s: returning KASTATUS_KAIP_NOT_DISPLAYABLE_FORMAT", pszFunc);
+        return Refuse(KASTATUS_KAIP_NOT_DISPLAYABLE_FORMAT, "%s: returning KASTATUS_KAIP_NOT_DISPLAYABLE_FORMAT",
+                      pszFunc);
     }
 
     // Colour that a bitmap can show in BGR order stays colour; the deep RGB formats and RGB16Packed are

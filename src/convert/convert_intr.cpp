@@ -4,6 +4,7 @@
 
 #pragma GCC diagnostic ignored "-Wunused-parameter"
 
+// clang-format off
 int CopyBitmapData_intr(KAIP_LINE_PARAMS, bool) { return 0; }
 int SwapColor8Data_intr(KAIP_LINE_PARAMS, bool) { return 0; }
 int Convert_Mono8_to_BGR24_intr(KAIP_LINE_PARAMS, bool) { return 0; }
@@ -18,3 +19,4 @@ int Convert_YCbCr422_8_to_BGR24_intr(KAIP_LINE_PARAMS, bool) { return 0; }
 int Convert_YCbCr422_8_to_RGB24_intr(KAIP_LINE_PARAMS, bool) { return 0; }
 int Convert_YCbCr422_8_to_BGR32_intr(KAIP_LINE_PARAMS, bool) { return 0; }
 int Convert_YCbCr422_8_to_RGB32_intr(KAIP_LINE_PARAMS, bool) { return 0; }
+// clang-format on

@@ -10,8 +10,9 @@
 #include <cstdint>
 
 // The six leading arguments every member shares.
-#define KAIP_LINE_PARAMS \
-    uint32_t dwWidth, uint32_t dwHeight, const uint8_t *pSrc, uint8_t *pDst, uint32_t dwSrcLineInc, uint32_t dwDstLineInc
+#define KAIP_LINE_PARAMS                                                                            \
+    uint32_t dwWidth, uint32_t dwHeight, const uint8_t *pSrc, uint8_t *pDst, uint32_t dwSrcLineInc, \
+        uint32_t dwDstLineInc
 
 // Copies and swaps
 void CopyBitmapData(KAIP_LINE_PARAMS, bool bReverseLines);

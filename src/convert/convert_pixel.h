@@ -67,12 +67,21 @@ constexpr uint32_t ShiftDepth(uint32_t v, uint32_t s, uint32_t d)
 }
 
 // To 8 bits a mono word is masked to its used bits first, so garbage above them never shows.
-constexpr uint32_t Grey8(TGrey g) { return (g.v & (0xFFFFu >> (16 - g.bits))) >> (g.bits - 8); }
+constexpr uint32_t Grey8(TGrey g)
+{
+    return (g.v & (0xFFFFu >> (16 - g.bits))) >> (g.bits - 8);
+}
 
 // The grey weights add up to 255, not 256, so white gives 254 on purpose; the shift is the channel depth.
-constexpr uint32_t Grey8(TRgb c) { return uint8_t((54 * c.r + 183 * c.g + 18 * c.b + 128) >> c.bits); }
+constexpr uint32_t Grey8(TRgb c)
+{
+    return uint8_t((54 * c.r + 183 * c.g + 18 * c.b + 128) >> c.bits);
+}
 
-constexpr uint32_t Grey8(TRgbShort c) { return (c.r + c.g + c.b) / 3; }
+constexpr uint32_t Grey8(TRgbShort c)
+{
+    return (c.r + c.g + c.b) / 3;
+}
 
 template <class K>
 constexpr uint32_t Grey8(TYuv<K> s)
@@ -86,9 +95,15 @@ constexpr uint32_t GreyWord(S s, uint32_t d)
 {
     return Grey8(s) << (d - 8);
 }
-constexpr uint32_t GreyWord(TGrey g, uint32_t d) { return ShiftDepth(g.v, g.bits, d); }
+constexpr uint32_t GreyWord(TGrey g, uint32_t d)
+{
+    return ShiftDepth(g.v, g.bits, d);
+}
 
-constexpr uint32_t Clamp8(int32_t v) { return uint32_t(v < 0 ? 0 : v > 255 ? 255 : v); }
+constexpr uint32_t Clamp8(int32_t v)
+{
+    return uint32_t(v < 0 ? 0 : v > 255 ? 255 : v);
+}
 
 // 8-bit colour of a sample: mono replicates its reduced grey.
 constexpr TRgb Rgb8(TGrey g)
@@ -96,8 +111,14 @@ constexpr TRgb Rgb8(TGrey g)
     const uint32_t v = Grey8(g);
     return {v, v, v, 8};
 }
-constexpr TRgb Rgb8(TRgb c) { return {ShiftDepth(c.r, c.bits, 8), ShiftDepth(c.g, c.bits, 8), ShiftDepth(c.b, c.bits, 8), 8}; }
-constexpr TRgb Rgb8(TRgbShort c) { return {c.r, c.g, c.b, 8}; }
+constexpr TRgb Rgb8(TRgb c)
+{
+    return {ShiftDepth(c.r, c.bits, 8), ShiftDepth(c.g, c.bits, 8), ShiftDepth(c.b, c.bits, 8), 8};
+}
+constexpr TRgb Rgb8(TRgbShort c)
+{
+    return {c.r, c.g, c.b, 8};
+}
 
 // Arithmetic shifts: negative sums stay negative and clamp to 0.
 template <class K>
@@ -114,13 +135,28 @@ constexpr TRgb RgbDeep(TGrey g, uint32_t d)
     const uint32_t v = ShiftDepth(g.v, g.bits, d);
     return {v, v, v, d};
 }
-constexpr TRgb RgbDeep(TRgb c, uint32_t d) { return {ShiftDepth(c.r, c.bits, d), ShiftDepth(c.g, c.bits, d), ShiftDepth(c.b, c.bits, d), d}; }
+constexpr TRgb RgbDeep(TRgb c, uint32_t d)
+{
+    return {ShiftDepth(c.r, c.bits, d), ShiftDepth(c.g, c.bits, d), ShiftDepth(c.b, c.bits, d), d};
+}
 
 // 15/16-bit packing of 8-bit channels and the expansion back by shifting alone.
-constexpr uint32_t Pack555(TRgb c) { return ((c.r << 7) & 0x7C00) | ((c.g << 2) & 0x3E0) | (c.b >> 3); }
-constexpr uint32_t Pack565(TRgb c) { return ((c.r << 8) & 0xF800) | ((c.g << 3) & 0x7E0) | (c.b >> 3); }
-constexpr TRgbShort Unpack555(uint32_t w) { return {(w & 0x7C00) >> 7, (w & 0x3E0) >> 2, (w << 3) & 255}; }
-constexpr TRgbShort Unpack565(uint32_t w) { return {(w & 0xF800) >> 8, (w & 0x7E0) >> 3, (w << 3) & 255}; }
+constexpr uint32_t Pack555(TRgb c)
+{
+    return ((c.r << 7) & 0x7C00) | ((c.g << 2) & 0x3E0) | (c.b >> 3);
+}
+constexpr uint32_t Pack565(TRgb c)
+{
+    return ((c.r << 8) & 0xF800) | ((c.g << 3) & 0x7E0) | (c.b >> 3);
+}
+constexpr TRgbShort Unpack555(uint32_t w)
+{
+    return {(w & 0x7C00) >> 7, (w & 0x3E0) >> 2, (w << 3) & 255};
+}
+constexpr TRgbShort Unpack565(uint32_t w)
+{
+    return {(w & 0xF800) >> 8, (w & 0x7E0) >> 3, (w << 3) & 255};
+}
 
 // ---------------------------------------------------------------- readers: one group of pixels each
 
@@ -152,7 +188,8 @@ struct RPacked : TReader<TGrey, 2, 3> {
     static constexpr uint32_t kLow = kBits - 8, kMask = (1u << kLow) - 1;
     TGroup Read(const uint8_t* p) const
     {
-        return {{{uint32_t(p[0] << kLow) | (p[1] & kMask), kBits}, {uint32_t(p[2] << kLow) | ((p[1] >> 4) & kMask), kBits}}};
+        return {{{uint32_t(p[0] << kLow) | (p[1] & kMask), kBits},
+                 {uint32_t(p[2] << kLow) | ((p[1] >> 4) & kMask), kBits}}};
     }
     // The first pixel of a group cut short by the line end, from its high byte alone.
     TGroup ReadFirst(const uint8_t* p) const { return {{{p[0], 8}, {0, 8}}}; }
@@ -176,7 +213,8 @@ struct RMipi12 : TReader<TGrey, 2, 3> {
     static constexpr uint32_t kLow = kBits - 8, kMask = (1u << kLow) - 1;
     TGroup Read(const uint8_t* p) const
     {
-        return {{{uint32_t(p[0] << kLow) | (p[2] & kMask), kBits}, {uint32_t(p[1] << kLow) | ((p[2] >> 4) & kMask), kBits}}};
+        return {{{uint32_t(p[0] << kLow) | (p[2] & kMask), kBits},
+                 {uint32_t(p[1] << kLow) | ((p[2] >> 4) & kMask), kBits}}};
     }
 };
 
@@ -203,7 +241,10 @@ struct RWords : TReader<TRgb, 1, 6> {
 // Byte positions of luma and chroma within one group of a YUV layout.
 template <class K, uint32_t kY0, uint32_t kU, uint32_t kY1, uint32_t kV>
 struct RChroma422 : TReader<TYuv<K>, 2, 4> {
-    typename RChroma422::TGroup Read(const uint8_t* p) const { return {{{p[kY0], p[kU], p[kV]}, {p[kY1], p[kU], p[kV]}}}; }
+    typename RChroma422::TGroup Read(const uint8_t* p) const
+    {
+        return {{{p[kY0], p[kU], p[kV]}, {p[kY1], p[kU], p[kV]}}};
+    }
 };
 
 template <class K, uint32_t kY, uint32_t kU, uint32_t kV>
@@ -346,7 +387,8 @@ inline void ForEachLine(uint32_t dwHeight, const uint8_t* pSrc, uint8_t* pDst, u
 
 // Groups g0..g1-1 of one line (a vector variant converts the leading groups and hands the rest here).
 template <class R, class W>
-inline void ConvertGroups(R& rd, const W& wr, uint32_t g0, uint32_t g1, const uint8_t* pSrc, uint8_t* pDst)
+inline void ConvertGroups(R& rd, const W& wr, uint32_t g0, uint32_t g1, const uint8_t* __restrict pSrc,
+                          uint8_t* __restrict pDst)
 {
     for (uint32_t g = g0; g < g1; ++g) {
         const auto px = rd.Read(pSrc + size_t(g) * R::kBytes);
@@ -364,7 +406,8 @@ inline void ConvertLine(R& rd, const W& wr, uint32_t dwWidth, const uint8_t* pSr
     if constexpr (kTail) {
         if (groups * R::kPixels == dwWidth) return;
         const auto px = rd.ReadFirst(pSrc + size_t(groups) * R::kBytes);
-        for (uint32_t k = groups * R::kPixels; k < dwWidth; ++k) wr.Write(pDst + size_t(k) * W::kBytes, px[k % R::kPixels]);
+        for (uint32_t k = groups * R::kPixels; k < dwWidth; ++k)
+            wr.Write(pDst + size_t(k) * W::kBytes, px[k % R::kPixels]);
     }
 }
 

@@ -1,4 +1,6 @@
 // convert_lines_test.cpp: every supported conversion against a per-pixel model of the line converters.
+#include "convert/convert_lines.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -23,26 +25,40 @@ struct MPixel {
     uint32_t a, b, c, bits;
 };
 
-bool IsOneOf(uint32_t f, std::initializer_list<uint32_t> list) { return std::find(list.begin(), list.end(), f) != list.end(); }
+bool IsOneOf(uint32_t f, std::initializer_list<uint32_t> list)
+{
+    return std::find(list.begin(), list.end(), f) != list.end();
+}
 
 uint32_t MonoWordBits(uint32_t f)
 {
     switch (f) {
-        case KaipPixelFormat_Mono9: return 9;
-        case KaipPixelFormat_Mono10: return 10;
-        case KaipPixelFormat_Mono11: return 11;
-        case KaipPixelFormat_Mono12: return 12;
-        case KaipPixelFormat_Mono13: return 13;
-        case KaipPixelFormat_Mono14: return 14;
-        case KaipPixelFormat_Mono15: return 15;
-        case KaipPixelFormat_Mono16: return 16;
+        case KaipPixelFormat_Mono9:
+            return 9;
+        case KaipPixelFormat_Mono10:
+            return 10;
+        case KaipPixelFormat_Mono11:
+            return 11;
+        case KaipPixelFormat_Mono12:
+            return 12;
+        case KaipPixelFormat_Mono13:
+            return 13;
+        case KaipPixelFormat_Mono14:
+            return 14;
+        case KaipPixelFormat_Mono15:
+            return 15;
+        case KaipPixelFormat_Mono16:
+            return 16;
     }
     if (f >= KaipPixelFormat_BayerGR10 && f <= KaipPixelFormat_BayerBG10) return 10;
     if (f >= KaipPixelFormat_BayerGR12 && f <= KaipPixelFormat_BayerBG12) return 12;
     return 0;
 }
 
-bool IsMono8(uint32_t f) { return f == KaipPixelFormat_Mono8 || (f >= KaipPixelFormat_BayerGR8 && f <= KaipPixelFormat_BayerBG8); }
+bool IsMono8(uint32_t f)
+{
+    return f == KaipPixelFormat_Mono8 || (f >= KaipPixelFormat_BayerGR8 && f <= KaipPixelFormat_BayerBG8);
+}
 
 // Deep colour: channel depth and whether red comes first.
 uint32_t DeepBits(uint32_t f)
@@ -66,9 +82,15 @@ bool Is444(uint32_t f)
     return IsOneOf(f, {KaipPixelFormat_YUV444Packed, KaipPixelFormat_YCbCr8_CbYCr, KaipPixelFormat_YCbCr601_8_CbYCr,
                        KaipPixelFormat_YCbCr709_8_CbYCr, KaipPixelFormat_YCbCr8});
 }
-bool IsYuv422(uint32_t f) { return f >= 0x02100000 && f < 0x02110000 && !IsOneOf(f, {KaipPixelFormat_BGR555, KaipPixelFormat_BGR565Packed}); }
+bool IsYuv422(uint32_t f)
+{
+    return f >= 0x02100000 && f < 0x02110000 && !IsOneOf(f, {KaipPixelFormat_BGR555, KaipPixelFormat_BGR565Packed});
+}
 
-uint32_t Word(const uint8_t* p) { return uint32_t(p[0] | (p[1] << 8)); }
+uint32_t Word(const uint8_t* p)
+{
+    return uint32_t(p[0] | (p[1] << 8));
+}
 
 // Bytes a source line needs for w pixels.
 size_t SrcLineBytes(uint32_t f, uint32_t w)
@@ -138,7 +160,8 @@ std::vector<MPixel> DecodeLine(uint32_t f, const uint8_t* p, uint32_t w, bool to
         }
     } else if (uint32_t d = DeepBits(f)) {
         const uint32_t r = RedFirst(f) ? 0 : 4;
-        for (uint32_t x = 0; x < w; ++x) px.push_back({kRgb, Word(p + 6 * x + r), Word(p + 6 * x + 2), Word(p + 6 * x + 4 - r), d});
+        for (uint32_t x = 0; x < w; ++x)
+            px.push_back({kRgb, Word(p + 6 * x + r), Word(p + 6 * x + 2), Word(p + 6 * x + 4 - r), d});
     } else if (Is411(f)) {
         // Walked in pairs: a pair starting at a multiple of 4 takes a new U, the other a new V.
         const bool yyc = f == KaipPixelFormat_YCbCr411_8;
@@ -176,17 +199,27 @@ std::vector<MPixel> DecodeLine(uint32_t f, const uint8_t* p, uint32_t w, bool to
     return px;
 }
 
-uint32_t Clamp(int v) { return uint32_t(std::min(255, std::max(0, v))); }
+uint32_t Clamp(int v)
+{
+    return uint32_t(std::min(255, std::max(0, v)));
+}
 
-uint32_t Shift(uint32_t v, uint32_t s, uint32_t d) { return s > d ? v >> (s - d) : v << (d - s); }
+uint32_t Shift(uint32_t v, uint32_t s, uint32_t d)
+{
+    return s > d ? v >> (s - d) : v << (d - s);
+}
 
 uint32_t Grey8(const MPixel& p)
 {
     switch (p.kind) {
-        case kGrey: return (p.a & (0xFFFFu >> (16 - p.bits))) >> (p.bits - 8);
-        case kRgb: return uint8_t((54 * p.a + 183 * p.b + 18 * p.c + 128) >> p.bits);
-        case kShort: return (p.a + p.b + p.c) / 3;
-        default: return p.a;
+        case kGrey:
+            return (p.a & (0xFFFFu >> (16 - p.bits))) >> (p.bits - 8);
+        case kRgb:
+            return uint8_t((54 * p.a + 183 * p.b + 18 * p.c + 128) >> p.bits);
+        case kShort:
+            return (p.a + p.b + p.c) / 3;
+        default:
+            return p.a;
     }
 }
 
@@ -195,11 +228,16 @@ void Rgb8(const MPixel& p, uint32_t out[3])
 {
     const int y = int(p.a), u = int(p.b) - 128, v = int(p.c) - 128;
     switch (p.kind) {
-        case kGrey: out[0] = out[1] = out[2] = Grey8(p); return;
-        case kRgb:
-            out[0] = uint8_t(p.a >> (p.bits - 8)), out[1] = uint8_t(p.b >> (p.bits - 8)), out[2] = uint8_t(p.c >> (p.bits - 8));
+        case kGrey:
+            out[0] = out[1] = out[2] = Grey8(p);
             return;
-        case kShort: out[0] = p.a, out[1] = p.b, out[2] = p.c; return;
+        case kRgb:
+            out[0] = uint8_t(p.a >> (p.bits - 8)), out[1] = uint8_t(p.b >> (p.bits - 8)),
+            out[2] = uint8_t(p.c >> (p.bits - 8));
+            return;
+        case kShort:
+            out[0] = p.a, out[1] = p.b, out[2] = p.c;
+            return;
         case kYuv:
             out[0] = Clamp((298 * (y - 16) + 409 * v + 128) >> 8);
             out[1] = Clamp((298 * (y - 16) - 100 * u - 208 * v + 128) >> 8);
@@ -235,8 +273,10 @@ void EncodePixel(uint32_t f, const MPixel& p, uint8_t* q, bool keepFourth)
         Put16(q, ((c[0] << 8) & 0xF800) | ((c[1] << 3) & 0x7E0) | (c[2] >> 3));
     } else if (uint32_t d = DeepBits(f)) {
         const uint32_t r = RedFirst(f) ? 0 : 4;
-        if (p.kind == kGrey) c[0] = c[1] = c[2] = Shift(p.a, p.bits, d);
-        else for (int i = 0; i < 3; ++i) c[i] = Shift((&p.a)[i], p.bits, d);
+        if (p.kind == kGrey)
+            c[0] = c[1] = c[2] = Shift(p.a, p.bits, d);
+        else
+            for (int i = 0; i < 3; ++i) c[i] = Shift((&p.a)[i], p.bits, d);
         Put16(q + r, c[0]), Put16(q + 2, c[1]), Put16(q + 4 - r, c[2]);
     } else {
         const uint32_t r = RedFirst(f) ? 0 : 2;
@@ -247,12 +287,16 @@ void EncodePixel(uint32_t f, const MPixel& p, uint8_t* q, bool keepFourth)
 }
 
 // A copy where source and destination hold the same layout (mono words are rewritten word by word).
-bool IsCopy(uint32_t src, uint32_t dst) { return (src == dst && !MonoWordBits(src)) || (IsMono8(src) && dst == KaipPixelFormat_Mono8); }
+bool IsCopy(uint32_t src, uint32_t dst)
+{
+    return (src == dst && !MonoWordBits(src)) || (IsMono8(src) && dst == KaipPixelFormat_Mono8);
+}
 
 // Only a reordering conversion into BGRA8Packed from red-first 24/32-bit pixels keeps the fourth byte.
 bool KeepsFourth(uint32_t src, uint32_t dst)
 {
-    return (dst == KaipPixelFormat_BGRA8Packed && IsOneOf(src, {KaipPixelFormat_RGB8Packed, KaipPixelFormat_RGBA8Packed})) ||
+    return (dst == KaipPixelFormat_BGRA8Packed &&
+            IsOneOf(src, {KaipPixelFormat_RGB8Packed, KaipPixelFormat_RGBA8Packed})) ||
            (dst == KaipPixelFormat_RGBA8Packed && src == KaipPixelFormat_BGRA8Packed);
 }
 
@@ -368,6 +412,61 @@ TEST(ConvertLines, HeightOneReversedWritesTheLineInPlace)
 {
     const TCase c{KaipPixelFormat_RGB8Packed, KaipPixelFormat_Mono8, 9, 1, 0, 0, 77};
     CheckReversed(c, 0);
+}
+
+// ---------------------------------------------------------------- members called directly
+
+using PMember = void (*)(KAIP_LINE_PARAMS, bool);
+
+// Reverse order straight into a pre-filled destination: the lines are flipped and the padding stays.
+TEST(ConvertLines, ReversedLinesLeaveThePaddingAlone)
+{
+    const struct {
+        PMember member;
+        uint32_t src, dst;
+    } cases[] = {{CopyBitmapData, KaipPixelFormat_BGR8Packed, KaipPixelFormat_BGR8Packed},
+                 {Convert_BGR24_to_Mono8, KaipPixelFormat_BGR8Packed, KaipPixelFormat_Mono8},
+                 {Convert_Yuv411_to_RGB32, KaipPixelFormat_YUV411Packed, KaipPixelFormat_RGBA8Packed},
+                 {Convert_BGR16_to_BGR15, KaipPixelFormat_BGR565Packed, KaipPixelFormat_BGR555},
+                 {Convert_RGB48_to_BGR36, KaipPixelFormat_RGB16Packed, KaipPixelFormat_BGR12Packed}};
+    uint32_t seed = 900;
+    for (const auto& c : cases)
+        for (uint32_t w = 1; w <= 17; ++w) {
+            const TCase tc{c.src, c.dst, w, 1 + w % 4, w % 3, 1 + w % 5, ++seed};
+            const auto pSrc = RandomSource(tc, 0);
+            const uint32_t dstInc = w * PixelBytes(c.dst) + tc.dstPad;
+            GuardedBuffer dst(size_t(dstInc) * tc.height);
+            FillRandom(dst.data(), dst.size(), seed + 1);
+            std::vector<uint8_t> expected(dst.data(), dst.data() + dst.size());
+            ModelImage(pSrc->info, c.dst, true, expected.data(), dstInc);
+            c.member(w, tc.height, pSrc->info.pData, dst.data(), pSrc->info.LineIncrement, dstInc, true);
+            ASSERT_EQ(0, std::memcmp(expected.data(), dst.data(), expected.size())) << Describe(tc);
+        }
+}
+
+// Members the dispatcher does not pick still do what their names say.
+TEST(ConvertLines, MembersOutsideTheDispatchTable)
+{
+    const uint32_t w = 7, h = 2;
+    const std::vector<uint8_t> src = RandomBytes(w * h * 6, 31);
+    auto run = [&](auto member, uint32_t srcInc, uint32_t dstInc, auto... bits) {
+        std::vector<uint8_t> out(dstInc * h, 0xAA);
+        member(w, h, src.data(), out.data(), srcInc, dstInc, bits..., false);
+        return out;
+    };
+    EXPECT_EQ(run(Convert_RGB32_to_RGB24, 4 * w, 3 * w), run(Convert_BGR32_to_BGR24, 4 * w, 3 * w));
+    EXPECT_EQ(run(Convert_BGR24_to_RGB24, 3 * w, 3 * w), run(SwapColor8Data, 3 * w, 3 * w));
+    EXPECT_EQ(run(Convert_MonoWord_to_MonoWord16, 2 * w, 2 * w, 12u),
+              run(Convert_MonoWord_to_MonoWord, 2 * w, 2 * w, 12u, 16u));
+    std::vector<uint8_t> copied = run(Copy_MonoWord_to_MonoWord, 2 * w, 2 * w + 3);
+    for (uint32_t y = 0; y < h; ++y) {
+        EXPECT_EQ(0, std::memcmp(copied.data() + y * (2 * w + 3), src.data() + y * 2 * w, 2 * w));
+        EXPECT_EQ(copied[y * (2 * w + 3) + 2 * w], 0xAA);
+    }
+    // A depth the unpackers do not know writes nothing.
+    const std::vector<uint8_t> untouched(2 * w * h, 0xAA);
+    EXPECT_EQ(run(Convert_MonoPacked_to_MonoWord, 2 * w, 2 * w, 11u, 16u), untouched);
+    EXPECT_EQ(run(Convert_MonoMipi_to_MonoWord, 2 * w, 2 * w, 11u, 16u), untouched);
 }
 
 }  // namespace

@@ -1,11 +1,12 @@
 // convert_test.cpp: which pairs convert, the refusals of the dispatcher, worked values, bitmap compatibility.
+#include "convert/convert.h"
+
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <set>
 #include <vector>
 
-#include "convert/convert.h"
 #include "formats.h"
 #include "pm.imgproc.h"
 #include "support/guarded.h"
@@ -21,7 +22,7 @@ const FormatSet kColour8 = {KaipPixelFormat_BGR8Packed, KaipPixelFormat_BGRA8Pac
                             KaipPixelFormat_RGBA8Packed};
 const FormatSet kShort = {KaipPixelFormat_BGR555, KaipPixelFormat_BGR565Packed};
 const FormatSet kDeep = {KaipPixelFormat_BGR10Packed, KaipPixelFormat_RGB10Packed, KaipPixelFormat_BGR12Packed,
-                         KaipPixelFormat_RGB12Packed, KaipPixelFormat_BGR16, KaipPixelFormat_RGB16Packed};
+                         KaipPixelFormat_RGB12Packed, KaipPixelFormat_BGR16,       KaipPixelFormat_RGB16Packed};
 
 FormatSet Union(std::initializer_list<FormatSet> sets)
 {
@@ -53,7 +54,8 @@ FormatSet Allowed(uint32_t src)
     const FormatSet destinations[] = {
         Union({kMonoDst, kShort, kColour8, kDeep}),
         Union({{KaipPixelFormat_Mono8}, kColour8}),
-        Union({{KaipPixelFormat_Mono8, KaipPixelFormat_Mono10, KaipPixelFormat_Mono12, KaipPixelFormat_Mono16}, kColour8}),
+        Union({{KaipPixelFormat_Mono8, KaipPixelFormat_Mono10, KaipPixelFormat_Mono12, KaipPixelFormat_Mono16},
+               kColour8}),
         {KaipPixelFormat_Mono8, KaipPixelFormat_Mono10, KaipPixelFormat_Mono12, KaipPixelFormat_Mono16},
         Union({kMonoDst, kShort, kColour8}),
         Union({mono8bitColour, kDeep}),
@@ -123,8 +125,10 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(ConvertRefusals, DescriptorsAreChecked)
 {
     GuardedImage src(4, 2, KaipPixelFormat_Mono8, 4), dst(4, 2, KaipPixelFormat_Mono8, 4);
-    EXPECT_EQ(KaipConvertToPixelFormat(nullptr, &dst.info, KaipPixelFormat_Mono8, 0), KASTATUS_KAIP_INVALID_SRC_POINTER);
-    EXPECT_EQ(KaipConvertToPixelFormat(&src.info, nullptr, KaipPixelFormat_Mono8, 0), KASTATUS_KAIP_INVALID_DST_POINTER);
+    EXPECT_EQ(KaipConvertToPixelFormat(nullptr, &dst.info, KaipPixelFormat_Mono8, 0),
+              KASTATUS_KAIP_INVALID_SRC_POINTER);
+    EXPECT_EQ(KaipConvertToPixelFormat(&src.info, nullptr, KaipPixelFormat_Mono8, 0),
+              KASTATUS_KAIP_INVALID_DST_POINTER);
     KaipImgInfo empty{};
     EXPECT_EQ(KaipConvertToPixelFormat(&empty, &dst.info, KaipPixelFormat_Mono8, 0),
               KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED);
@@ -133,7 +137,8 @@ TEST(ConvertRefusals, DescriptorsAreChecked)
     EXPECT_EQ(KaipConvertToPixelFormat(&planes.info, &dst.info, KaipPixelFormat_Mono8, 0),
               KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED);
     GuardedImage wide(5, 2, KaipPixelFormat_Mono8, 5);
-    EXPECT_EQ(KaipConvertToPixelFormat(&wide.info, &dst.info, KaipPixelFormat_Mono8, 0), KASTATUS_KAIP_INCOMPATIBLE_SIZE);
+    EXPECT_EQ(KaipConvertToPixelFormat(&wide.info, &dst.info, KaipPixelFormat_Mono8, 0),
+              KASTATUS_KAIP_INCOMPATIBLE_SIZE);
 }
 
 TEST(ConvertRefusals, BufferGuardRefusesAShortLineIncrement)
@@ -185,8 +190,9 @@ TEST(ConvertValues, WordsAreMaskedToTheirUsedBitsBeforeReduction)
 
 TEST(ConvertValues, YuvAndYCbCrExtremes)
 {
-    EXPECT_EQ(ConvertLine(KaipPixelFormat_YUV444Packed, {128, 16, 128, 128, 235, 128}, 2, KaipPixelFormat_RGB8Packed, 6),
-              (Bytes{0, 0, 0, 255, 255, 255}));
+    EXPECT_EQ(
+        ConvertLine(KaipPixelFormat_YUV444Packed, {128, 16, 128, 128, 235, 128}, 2, KaipPixelFormat_RGB8Packed, 6),
+        (Bytes{0, 0, 0, 255, 255, 255}));
     EXPECT_EQ(ConvertLine(KaipPixelFormat_YCbCr8, {255, 128, 128, 0, 128, 128}, 2, KaipPixelFormat_BGR8Packed, 6),
               (Bytes{255, 255, 255, 0, 0, 0}));
     // YUV422Packed to grey copies bytes 1 and 3 of each four.
@@ -196,8 +202,8 @@ TEST(ConvertValues, YuvAndYCbCrExtremes)
 TEST(ConvertValues, Yuv411StartsEachLineWithNeutralV)
 {
     // U = 128 then V = 255: the first two pixels still use V = 128 (grey 16 -> black), the next two the new V.
-    const Bytes out = ConvertLine(KaipPixelFormat_YUV411Packed, {128, 16, 16, 255, 16, 16}, 4,
-                                  KaipPixelFormat_RGB8Packed, 12);
+    const Bytes out =
+        ConvertLine(KaipPixelFormat_YUV411Packed, {128, 16, 16, 255, 16, 16}, 4, KaipPixelFormat_RGB8Packed, 12);
     EXPECT_EQ(out, (Bytes{0, 0, 0, 0, 0, 0, 203, 0, 0, 203, 0, 0}));
 }
 
@@ -242,9 +248,12 @@ TEST(ConvertToWinBmp, OthersConvertToBgrOrGreyWithFourByteLines)
 {
     const struct {
         uint32_t src, expected;
-    } cases[] = {{KaipPixelFormat_Mono16, KaipPixelFormat_Mono8},      {KaipPixelFormat_RGB8Packed, KaipPixelFormat_BGR8Packed},
-                 {KaipPixelFormat_BGR16, KaipPixelFormat_BGR8Packed},  {KaipPixelFormat_RGB16Packed, KaipPixelFormat_Mono8},
-                 {KaipPixelFormat_BGR8Packed, KaipPixelFormat_BGR8Packed}, {KaipPixelFormat_YUV422Packed, KaipPixelFormat_Mono8}};
+    } cases[] = {{KaipPixelFormat_Mono16, KaipPixelFormat_Mono8},
+                 {KaipPixelFormat_RGB8Packed, KaipPixelFormat_BGR8Packed},
+                 {KaipPixelFormat_BGR16, KaipPixelFormat_BGR8Packed},
+                 {KaipPixelFormat_RGB16Packed, KaipPixelFormat_Mono8},
+                 {KaipPixelFormat_BGR8Packed, KaipPixelFormat_BGR8Packed},
+                 {KaipPixelFormat_YUV422Packed, KaipPixelFormat_Mono8}};
     for (const auto& c : cases) {
         GuardedImage src(3, 2, c.src, 24);  // 24 is no bitmap line for any of them
         FillRandom(src.buffer.data(), src.buffer.size(), 3);
