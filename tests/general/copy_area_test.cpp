@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "general/geometry_test_util.h"
+#include "support/log_capture.h"
 
 using namespace geotest;
 
@@ -112,6 +113,19 @@ TEST(CopyArea, Refusals)
     EXPECT_EQ(info.LineIncrement, 4u);
     EXPECT_EQ(info.Flags, KaipImgFlag_Align4 | KaipImgFlag_DataAllocated);
     KaipDeallocateImageData(&info);
+}
+
+TEST(CopyArea, LogLines)
+{
+    auto src = RandomImage(10, 6, {KaipPixelFormat_Mono8, 1}, 0, 0, 1);
+    auto dst = RandomImage(4, 3, {KaipPixelFormat_Mono8, 1}, 0, 0, 2);
+    LogCapture log;
+    KaipCopyArea(&src->info, &dst->info, 12, -3, 4, 5, 0);
+    KaipCopyArea(&src->info, &dst->info, 0, 0, 5, 3, 0);
+    const std::vector<std::string> expected = {
+        "KaipCopyArea: the specified rect is outside the bitmap: iYOffset=-3, iXOffset=12, iDstWidth=4, iDstHeight=5",
+        "KaipCopyArea: the destination bitmap has incompatible info and KaipOption_ReallocateDst is not set."};
+    EXPECT_EQ(log.Lines(), expected);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "general/geometry_test_util.h"
+#include "support/log_capture.h"
 
 using namespace geotest;
 
@@ -110,6 +111,14 @@ TEST(Deinterlace, Refusals)
     EXPECT_EQ(dst.Height, 3u);
     EXPECT_EQ(dst.PixelFormat, KaipPixelFormat_BGR8Packed);
     KaipDeallocateImageData(&dst);
+}
+
+TEST(Deinterlace, LogLine)
+{
+    auto wide = RandomImage(9000, 2, {KaipPixelFormat_Mono8, 1}, 0, 0, 1);
+    LogCapture log;
+    KaipDeinterlace(&wide->info, nullptr, 0);
+    EXPECT_EQ(log.Lines(), std::vector<std::string>{"KaipDeinterlace: line increment too big: 9000"});
 }
 
 }  // namespace

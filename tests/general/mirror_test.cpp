@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "general/geometry_test_util.h"
+#include "support/log_capture.h"
 #include "platform/os_buffer.h"
 
 using namespace geotest;
@@ -291,6 +292,22 @@ TEST(ReverseLinesFast, Refusals)
     EXPECT_EQ(KaipReverseLinesFast(&rgb16->info, nullptr, nullptr, 0), 100013);
     EXPECT_EQ(KaipReverseLinesFast(&src->info, &small->info, nullptr, 0), 100020);
     EXPECT_EQ(KaipReverseLinesFast(&src->info, &mono16->info, nullptr, 0), 100023);
+}
+
+TEST(Mirror, LogLinesCarryTheirFunctionNames)
+{
+    auto src = RandomImage(4, 3, {KaipPixelFormat_Mono8, 1}, 0, 0, 1);
+    auto dst = RandomImage(4, 3, {KaipPixelFormat_Mono8, 1}, 0, KaipImgFlag_BottomUp, 2);
+    LogCapture log;
+    KaipReverseLines(&src->info, &dst->info, 0);
+    oxOsBufferFailAfter(0);
+    KaipReverseLinesFast(&src->info, nullptr, nullptr, 0);
+    oxOsBufferFailAfter(-1);
+    const std::vector<std::string> expected = {
+        "Mirror: Src and Dst images differ in flags and KaipOption_ReallocateDst flag is not present.",
+        "Mirror    Src Flags=0x0, Dst Flags=0x2, ChkFlagsMustBeEqual=0x3",
+        "KaipReverseLinesFast: memory allocation of 4 bytes failed!"};
+    EXPECT_EQ(log.Lines(), expected);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "general/geometry_test_util.h"
+#include "support/log_capture.h"
 
 using namespace geotest;
 
@@ -118,6 +119,15 @@ TEST(Rotate90AndMirror, RefusalsAndReallocation)
     EXPECT_EQ(dst.LineIncrement, 8u);
     EXPECT_EQ(dst.PixelFormat, KaipPixelFormat_Mono8);
     KaipDeallocateImageData(&dst);
+}
+
+TEST(Rotate90AndMirror, LogLinesCarryTheExportedName)
+{
+    auto src = RandomImage(4, 3, {KaipPixelFormat_Mono8, 1}, 0, 0, 1);
+    LogCapture log;
+    KaipRotate90AndMirror(&src->info, nullptr, 1, 0, 0, 0, nullptr);
+    EXPECT_EQ(log.Lines(),
+              std::vector<std::string>{"KaipRotate90AndMirror: pDstImgInfo is NULL - must be supplied for this function"});
 }
 
 }  // namespace
