@@ -75,7 +75,8 @@ constexpr bool HasFullBayerLayout(uint32_t dwType)
 {
     return (dwType & kLutFullBayer) == kLutFullBayer;
 }
-// Null and the value 1 name the global LUT wherever a handle is not dereferenced.
+// Null and the value 1 are never dereferenced: both name the global LUT for reset, set, get,
+// the builders and ApplyLut (GetLut* refuses null; the Bayer decoders read identity for it).
 inline bool IsGlobalLutHandle(KaipHLut hLut)
 {
     return reinterpret_cast<uintptr_t>(hLut) < 2;
