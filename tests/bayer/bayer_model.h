@@ -1,6 +1,8 @@
 // bayer_model.h: a per-pixel reference of the Bayer decoders, written from their rules, and test images.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -321,6 +323,25 @@ inline const std::vector<Size>& Sizes()
 {
     static const std::vector<Size> sizes{{2, 2}, {3, 3}, {4, 4}, {5, 7}, {2, 5}, {7, 2}, {33, 17}, {130, 67}};
     return sizes;
+}
+
+// Calls f(mosaic) for every depth, pattern and size with a seed of its own, traced so a
+// failure names its case; stops at the first fatal failure.
+template <class F>
+void ForEachMosaic(const std::vector<Size>& sizes, uint32_t salt, F f)
+{
+    for (uint32_t bits : {8u, 10u, 12u}) {
+        for (uint32_t pattern = 0; pattern < 4; ++pattern) {
+            for (const Size& s : sizes) {
+                const uint32_t seed = salt + bits * 1000003u + pattern * 7919u + s.w * 131u + s.h;
+                SCOPED_TRACE("bits " + std::to_string(bits) + " pattern " + std::to_string(pattern) + " size " +
+                             std::to_string(s.w) + "x" + std::to_string(s.h) + " seed " + std::to_string(seed));
+                const BayerImage src(s.w, s.h, bits, pattern & 2, pattern & 1, seed);
+                f(src);
+                if (::testing::Test::HasFatalFailure()) return;
+            }
+        }
+    }
 }
 
 }  // namespace bayer_model

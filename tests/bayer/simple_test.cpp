@@ -16,75 +16,48 @@ struct DstFormat {
 const DstFormat kBgr8{KaipPixelFormat_BGR8Packed, 3, false}, kBgra8{KaipPixelFormat_BGRA8Packed, 4, false};
 const DstFormat kRgb8{KaipPixelFormat_RGB8Packed, 3, true}, kRgba8{KaipPixelFormat_RGBA8Packed, 4, true};
 
-std::string Trace(const char* what, uint32_t bits, uint32_t pattern, uint32_t bytes, const Size& s, uint32_t seed)
-{
-    return std::string(what) + " bits " + std::to_string(bits) + " pattern " + std::to_string(pattern) + " dst " +
-           std::to_string(bytes) + " size " + std::to_string(s.w) + "x" + std::to_string(s.h) + " seed " +
-           std::to_string(seed);
-}
-
 TEST(BdNearestNeighbour, MatchesReferenceForEveryDepthPatternDestinationAndLut)
 {
     for (LutKind kind : {LutKind::Identity, LutKind::Global, LutKind::Custom}) {
         const TestLut lut(kind, 77);
-        for (uint32_t bits : {8u, 10u, 12u}) {
-            for (uint32_t pattern = 0; pattern < 4; ++pattern) {
-                for (DstFormat f : {kRgb8, kBgr8, kRgba8, kBgra8}) {
-                    for (const Size& s : Sizes()) {
-                        const uint32_t seed = bits * 7u + pattern * 104729u + s.w * 17u + s.h * 3u + f.code;
-                        SCOPED_TRACE(Trace(Name(kind), bits, pattern, f.bytes, s, seed));
-                        BayerImage src(s.w, s.h, bits, pattern & 2, pattern & 1, seed);
-                        auto dst = Destination(s.w, s.h, f.code, f.bytes);
-                        ASSERT_EQ(KaipBdNearestNeighbour(&src.img->info, &dst->info, f.code, 0, lut.handle), 0);
-                        const auto want = Expected(*dst, f.bytes, f.rgb, [&](uint32_t x, uint32_t y) {
-                            return Nearest(src.m, lut.of(bits), x, y, f.rgb);
-                        });
-                        ASSERT_EQ(FirstDifference(*dst, f.bytes, want), "");
-                    }
-                }
-            }
+        for (DstFormat f : {kRgb8, kBgr8, kRgba8, kBgra8}) {
+            SCOPED_TRACE(std::string(Name(kind)) + " dst " + std::to_string(f.code));
+            ForEachMosaic(Sizes(), f.code, [&](const BayerImage& src) {
+                auto dst = Destination(src.m.w, src.m.h, f.code, f.bytes);
+                ASSERT_EQ(KaipBdNearestNeighbour(&src.img->info, &dst->info, f.code, 0, lut.handle), 0);
+                const auto want = Expected(*dst, f.bytes, f.rgb, [&](uint32_t x, uint32_t y) {
+                    return Nearest(src.m, lut.of(src.m.bits), x, y, f.rgb);
+                });
+                ASSERT_EQ(FirstDifference(*dst, f.bytes, want), "");
+            });
         }
     }
 }
 
 TEST(BdGreenToGreyscale, MatchesReferenceForEveryDepthAndPattern)
 {
-    for (uint32_t bits : {8u, 10u, 12u}) {
-        for (uint32_t pattern = 0; pattern < 4; ++pattern) {
-            for (const Size& s : Sizes()) {
-                const uint32_t seed = bits + pattern * 31u + s.w * 1009u + s.h;
-                SCOPED_TRACE(Trace("grey", bits, pattern, 1, s, seed));
-                BayerImage src(s.w, s.h, bits, pattern & 2, pattern & 1, seed);
-                auto dst = Destination(s.w, s.h, KaipPixelFormat_Mono8, 1);
-                ASSERT_EQ(KaipBdGreenToGreyscale(&src.img->info, &dst->info, KaipPixelFormat_Mono8, 0), 0);
-                const auto want = Expected(*dst, 1, false, [&](uint32_t x, uint32_t y) {
-                    return Px{0, Grey(src.m, x, y), 0, true};
-                });
-                ASSERT_EQ(FirstDifference(*dst, 1, want), "");
-            }
-        }
-    }
+    ForEachMosaic(Sizes(), 5, [&](const BayerImage& src) {
+        auto dst = Destination(src.m.w, src.m.h, KaipPixelFormat_Mono8, 1);
+        ASSERT_EQ(KaipBdGreenToGreyscale(&src.img->info, &dst->info, KaipPixelFormat_Mono8, 0), 0);
+        const auto want = Expected(*dst, 1, false, [&](uint32_t x, uint32_t y) {
+            return Px{0, Grey(src.m, x, y), 0, true};
+        });
+        ASSERT_EQ(FirstDifference(*dst, 1, want), "");
+    });
 }
 
 TEST(BdShowMosaic, MatchesReferenceIncludingSingleLinesAndColumns)
 {
     std::vector<Size> sizes = Sizes();
     sizes.insert(sizes.end(), {{1, 1}, {1, 6}, {9, 1}});
-    for (uint32_t bits : {8u, 10u, 12u}) {
-        for (uint32_t pattern = 0; pattern < 4; ++pattern) {
-            for (DstFormat f : {kBgr8, kBgra8}) {
-                for (const Size& s : sizes) {
-                    const uint32_t seed = bits * 3u + pattern + s.w * 57u + s.h * 5u + f.bytes;
-                    SCOPED_TRACE(Trace("mosaic", bits, pattern, f.bytes, s, seed));
-                    BayerImage src(s.w, s.h, bits, pattern & 2, pattern & 1, seed);
-                    auto dst = Destination(s.w, s.h, f.code, f.bytes);
-                    ASSERT_EQ(KaipBdShowMosaic(&src.img->info, &dst->info, f.code, 0), 0);
-                    const auto want =
-                        Expected(*dst, f.bytes, false, [&](uint32_t x, uint32_t y) { return Mosaicked(src.m, x, y); });
-                    ASSERT_EQ(FirstDifference(*dst, f.bytes, want), "");
-                }
-            }
-        }
+    for (DstFormat f : {kBgr8, kBgra8}) {
+        ForEachMosaic(sizes, f.bytes, [&](const BayerImage& src) {
+            auto dst = Destination(src.m.w, src.m.h, f.code, f.bytes);
+            ASSERT_EQ(KaipBdShowMosaic(&src.img->info, &dst->info, f.code, 0), 0);
+            const auto want =
+                Expected(*dst, f.bytes, false, [&](uint32_t x, uint32_t y) { return Mosaicked(src.m, x, y); });
+            ASSERT_EQ(FirstDifference(*dst, f.bytes, want), "");
+        });
     }
 }
 
