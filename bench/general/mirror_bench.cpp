@@ -15,7 +15,8 @@ void BM_Mirror(benchmark::State& state)
     const KaipHLut hLut = state.range(3) ? reinterpret_cast<KaipHLut>(1) : nullptr;
     KaipImgInfo* pDst = state.range(4) ? nullptr : &dst.info;
     for (auto _ : state) {
-        benchmark::DoNotOptimize(KaipMirror(&src.info, pDst, int32_t(state.range(1)), int32_t(state.range(2)), 0, hLut));
+        benchmark::DoNotOptimize(
+            KaipMirror(&src.info, pDst, int32_t(state.range(1)), int32_t(state.range(2)), 0, hLut));
         benchmark::ClobberMemory();
     }
     state.SetBytesProcessed(int64_t(src.Size()) * state.iterations());
@@ -37,7 +38,8 @@ BENCHMARK(BM_Mirror)->Apply(MirrorArgs)->Unit(benchmark::kMicrosecond);
 
 void BM_ReverseLinesFast(benchmark::State& state)
 {
-    TBenchImage src(kFrameWidth, kFrameHeight, KaipPixelFormat_Mono8), dst(kFrameWidth, kFrameHeight, KaipPixelFormat_Mono8);
+    TBenchImage src(kFrameWidth, kFrameHeight, KaipPixelFormat_Mono8),
+        dst(kFrameWidth, kFrameHeight, KaipPixelFormat_Mono8);
     for (auto _ : state) {
         benchmark::DoNotOptimize(KaipReverseLinesFast(&src.info, &dst.info, nullptr, 0));
         benchmark::ClobberMemory();

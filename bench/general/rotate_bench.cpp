@@ -13,7 +13,8 @@ void BM_Rotate90(benchmark::State& state)
     const uint32_t format = uint32_t(state.range(0));
     TBenchImage src(kFrameWidth, kFrameHeight, format), dst(kFrameHeight, kFrameWidth, format);
     for (auto _ : state) {
-        benchmark::DoNotOptimize(KaipRotate90AndMirror(&src.info, &dst.info, uint32_t(state.range(1)), 0, 0, 0, nullptr));
+        benchmark::DoNotOptimize(
+            KaipRotate90AndMirror(&src.info, &dst.info, uint32_t(state.range(1)), 0, 0, 0, nullptr));
         benchmark::ClobberMemory();
     }
     state.SetBytesProcessed(int64_t(src.Size()) * state.iterations());

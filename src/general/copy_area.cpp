@@ -24,7 +24,8 @@ KaipStatus CopyArea(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, in
     // Clipping in 64 bits, so that an offset plus a size cannot wrap.
     const KaipImgInfo& src = *pSrcImgInfo;
     const int64_t x0 = std::max<int64_t>(iXOffset, 0), x1 = std::min<int64_t>(int64_t(iXOffset) + iDstWidth, src.Width);
-    const int64_t y0 = std::max<int64_t>(iYOffset, 0), y1 = std::min<int64_t>(int64_t(iYOffset) + iDstHeight, src.Height);
+    const int64_t y0 = std::max<int64_t>(iYOffset, 0),
+                  y1 = std::min<int64_t>(int64_t(iYOffset) + iDstHeight, src.Height);
     if (x1 - x0 < 1 || y1 - y0 < 1)
         return Refuse(KASTATUS_KAIP_DST_RECT_OUTSIDE_SRC,
                       "%s: the specified rect is outside the bitmap: iYOffset=%d, iXOffset=%d, iDstWidth=%d, "

@@ -5,6 +5,7 @@
 #include "core/log.h"
 #include "general/geometry.h"
 
+using geometry::CheckAndFitDst;
 using geometry::Line;
 
 namespace {
@@ -40,14 +41,10 @@ void AverageFields(const uint8_t* a, const uint8_t* b, uint8_t* d, size_t /*byte
 KaipStatus Deinterlace(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, uint32_t dwOptions)
 {
     static const char* const pszFunc = "KaipDeinterlace";
-    bool bReallocate = false;
-    KaipStatus status = CheckImgInfos(pszFunc, pSrcImgInfo, pDstImgInfo, dwOptions, kDeinterlaceClasses, 0, 0,
-                                      KaipCheck_SameSize | KaipCheck_SamePixelFormat,
-                                      KaipImgFlag_ColorPlanes | KaipImgFlag_BottomUp, &bReallocate);
-    if (status == KASTATUS_OK && bReallocate)
-        status = ReallocateDst(pszFunc, pDstImgInfo, pSrcImgInfo->Width, pSrcImgInfo->Height,
-                               pSrcImgInfo->PixelFormat, dwOptions);
-    if (status != KASTATUS_OK) return status;
+    if (const KaipStatus status = CheckAndFitDst(pszFunc, pSrcImgInfo, pDstImgInfo, dwOptions, kDeinterlaceClasses,
+                                                 KaipCheck_SameSize | KaipCheck_SamePixelFormat,
+                                                 KaipImgFlag_ColorPlanes | KaipImgFlag_BottomUp))
+        return status;
 
     const KaipImgInfo& src = *pSrcImgInfo;
     if (!pDstImgInfo && src.LineIncrement > KaipDeinterlace_MaxLineIncrement)
@@ -62,6 +59,7 @@ KaipStatus Deinterlace(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, uint3
     // Working downwards, line y is rewritten only after its last reader (the step for y
     // itself), so in place every average is taken of lines as they were before the call.
     const size_t bytes = std::min(src.LineIncrement, dst.LineIncrement);
-    for (uint32_t y = 0; y + 1 < src.Height; ++y) average(Line(src, y), Line(src, y + 1), Line(dst, y), bytes, src.Width);
+    for (uint32_t y = 0; y + 1 < src.Height; ++y)
+        average(Line(src, y), Line(src, y + 1), Line(dst, y), bytes, src.Width);
     return KASTATUS_OK;
 }

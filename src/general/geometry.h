@@ -5,24 +5,41 @@
 #include <cstdint>
 #include <cstring>
 
+#include "core/check.h"
 #include "pm.imgproc.h"
 
 KaipStatus Mirror(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, int32_t iTopBottom, int32_t iLeftRight,
                   uint32_t dwOptions, KaipHLut hLut);
 KaipStatus ReverseLines(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, uint32_t dwOptions);
-KaipStatus ReverseLinesFast(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, void* pLineBuffer,
-                            uint32_t dwOptions);
+KaipStatus ReverseLinesFast(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, void* pLineBuffer, uint32_t dwOptions);
 KaipStatus Rotate90AndMirror(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, uint32_t dwClockwise,
-                             uint32_t dwMirrorTopBottom, uint32_t dwMirrorLeftRight, uint32_t dwOptions,
-                             KaipHLut hLut);
+                             uint32_t dwMirrorTopBottom, uint32_t dwMirrorLeftRight, uint32_t dwOptions, KaipHLut hLut);
 KaipStatus Deinterlace(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, uint32_t dwOptions);
 KaipStatus CopyArea(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, int32_t iXOffset, int32_t iYOffset,
                     int32_t iDstWidth, int32_t iDstHeight, uint32_t dwOptions);
 
 namespace geometry {
 
+// The common check, then the rebuild of a destination that does not fit: the source's size
+// (turned for a quarter turn) and format.
+inline KaipStatus CheckAndFitDst(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                                 uint32_t dwOptions, uint64_t qwClassMask, uint64_t qwCheck,
+                                 uint32_t dwFlagsMustBeEqual)
+{
+    bool bReallocate = false;
+    const KaipStatus status = CheckImgInfos(pszFunc, pSrcImgInfo, pDstImgInfo, dwOptions, qwClassMask, 0, 0, qwCheck,
+                                            dwFlagsMustBeEqual, &bReallocate);
+    if (status != KASTATUS_OK || !bReallocate) return status;
+    const bool bTurned = (qwCheck & KaipCheck_RotatedSize) != 0;
+    return ReallocateDst(pszFunc, pDstImgInfo, bTurned ? pSrcImgInfo->Height : pSrcImgInfo->Width,
+                         bTurned ? pSrcImgInfo->Width : pSrcImgInfo->Height, pSrcImgInfo->PixelFormat, dwOptions);
+}
+
 // Start of line y of an interleaved image.
-inline uint8_t* Line(const KaipImgInfo& info, uint32_t y) { return info.pData + size_t(y) * info.LineIncrement; }
+inline uint8_t* Line(const KaipImgInfo& info, uint32_t y)
+{
+    return info.pData + size_t(y) * info.LineIncrement;
+}
 
 // Copies one pixel of P bytes; a fixed-size memcpy becomes one or two moves.
 template <unsigned P>
@@ -37,7 +54,10 @@ inline uint64_t Load8(const uint8_t* p)
     std::memcpy(&v, p, 8);
     return v;
 }
-inline void Store8(uint8_t* p, uint64_t v) { std::memcpy(p, &v, 8); }
+inline void Store8(uint8_t* p, uint64_t v)
+{
+    std::memcpy(p, &v, 8);
+}
 
 // The 8 / P pixels of a little-endian word in reverse order.
 template <unsigned P>

@@ -19,8 +19,8 @@ KAIP_API KaipStatus KaipReverseLinesFast(KaipImgInfo* pSrcImgInfo, KaipImgInfo* 
 }
 
 KAIP_API KaipStatus KaipRotate90AndMirror(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
-                                          uint32_t dwClockwise, uint32_t dwMirrorTopBottom,
-                                          uint32_t dwMirrorLeftRight, uint32_t dwOptions, KaipHLut hLut)
+                                          uint32_t dwClockwise, uint32_t dwMirrorTopBottom, uint32_t dwMirrorLeftRight,
+                                          uint32_t dwOptions, KaipHLut hLut)
 {
     return Rotate90AndMirror(pSrcImgInfo, pDstImgInfo, dwClockwise, dwMirrorTopBottom, dwMirrorLeftRight, dwOptions,
                              hLut);

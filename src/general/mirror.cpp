@@ -9,6 +9,7 @@
 #include "general/lut.h"
 #include "platform/os_buffer.h"
 
+using geometry::CheckAndFitDst;
 using geometry::CopyPixel;
 using geometry::Line;
 using geometry::Load8;
@@ -59,7 +60,7 @@ template <unsigned P, class Map>
 constexpr bool kIsCopy = std::is_same_v<Map, CopyPixel<P>>;
 // Plain reversed copies of 1-, 2- and 4-byte pixels go eight bytes at a time.
 template <unsigned P, class Map>
-constexpr bool kIsWordReverse = kIsCopy<P, Map> && P != 3;
+constexpr bool kIsWordReverse = (kIsCopy<P, Map> && P != 3);
 template <unsigned P>
 constexpr size_t kPerWord = P == 3 ? 1 : 8 / P;
 
@@ -178,30 +179,28 @@ KaipStatus Mirror(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, int32_t iT
                   uint32_t dwOptions, KaipHLut hLut)
 {
     static const char* const pszFunc = "Mirror";
-    bool bReallocate = false;
-    KaipStatus status = CheckImgInfos(pszFunc, pSrcImgInfo, pDstImgInfo, dwOptions, kMirrorClasses, 0, 0,
-                                      KaipCheck_SameSize | KaipCheck_SamePixelFormat,
-                                      KaipImgFlag_ColorPlanes | KaipImgFlag_BottomUp, &bReallocate);
-    if (status == KASTATUS_OK && bReallocate)
-        status = ReallocateDst(pszFunc, pDstImgInfo, pSrcImgInfo->Width, pSrcImgInfo->Height,
-                               pSrcImgInfo->PixelFormat, dwOptions);
-    if (status != KASTATUS_OK) return status;
+    if (const KaipStatus status = CheckAndFitDst(pszFunc, pSrcImgInfo, pDstImgInfo, dwOptions, kMirrorClasses,
+                                                 KaipCheck_SameSize | KaipCheck_SamePixelFormat,
+                                                 KaipImgFlag_ColorPlanes | KaipImgFlag_BottomUp))
+        return status;
 
     const KaipImgInfo& src = *pSrcImgInfo;
     const bool bTb = iTopBottom != 0, bLr = iLeftRight != 0;
     switch (GetPixelIncrementFromPixelFormat(src.PixelFormat)) {
-    case 1:
-        return MirrorLut8<1>(src, pDstImgInfo, bTb, bLr, hLut, [](TKaIpLut8& l) { return MapMono8{l.Green}; });
-    case 2:
-        return MirrorWords(src, pDstImgInfo, bTb, bLr, hLut);
-    case 3:
-        return MirrorLut8<3>(src, pDstImgInfo, bTb, bLr, hLut,
-                             [](TKaIpLut8& l) { return MapRgb<3>{l.Red, l.Green, l.Blue}; });
-    case 4:
-        return MirrorLut8<4>(src, pDstImgInfo, bTb, bLr, hLut,
-                             [](TKaIpLut8& l) { return MapRgb<4>{l.Red, l.Green, l.Blue}; });
-    default:
-        return KASTATUS_OK;
+        case 1:
+            return MirrorLut8<1>(src, pDstImgInfo, bTb, bLr, hLut, [](TKaIpLut8& l) { return MapMono8{l.Green}; });
+        case 2:
+            return MirrorWords(src, pDstImgInfo, bTb, bLr, hLut);
+        case 3:
+            return MirrorLut8<3>(src, pDstImgInfo, bTb, bLr, hLut, [](TKaIpLut8& l) {
+                return MapRgb<3>{l.Red, l.Green, l.Blue};
+            });
+        case 4:
+            return MirrorLut8<4>(src, pDstImgInfo, bTb, bLr, hLut, [](TKaIpLut8& l) {
+                return MapRgb<4>{l.Red, l.Green, l.Blue};
+            });
+        default:
+            return KASTATUS_OK;
     }
 }
 
@@ -210,24 +209,20 @@ KaipStatus ReverseLines(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, uint
     const KaipStatus status = Mirror(pSrcImgInfo, pDstImgInfo, 1, 0, dwOptions, nullptr);
     if (status != KASTATUS_OK) return status;
     if (pDstImgInfo)
-        pDstImgInfo->Flags = (pDstImgInfo->Flags & ~KaipImgFlag_BottomUp) | (~pSrcImgInfo->Flags & KaipImgFlag_BottomUp);
+        pDstImgInfo->Flags =
+            (pDstImgInfo->Flags & ~KaipImgFlag_BottomUp) | (~pSrcImgInfo->Flags & KaipImgFlag_BottomUp);
     else
         pSrcImgInfo->Flags ^= KaipImgFlag_BottomUp;
     return KASTATUS_OK;
 }
 
-KaipStatus ReverseLinesFast(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, void* pLineBuffer,
-                            uint32_t dwOptions)
+KaipStatus ReverseLinesFast(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, void* pLineBuffer, uint32_t dwOptions)
 {
     static const char* const pszFunc = "KaipReverseLinesFast";
-    bool bReallocate = false;
-    KaipStatus status = CheckImgInfos(pszFunc, pSrcImgInfo, pDstImgInfo, dwOptions, kMirrorClasses, 0, 0,
-                                      KaipCheck_SameSize | KaipCheck_SamePixelFormat, KaipImgFlag_ColorPlanes,
-                                      &bReallocate);
-    if (status == KASTATUS_OK && bReallocate)
-        status = ReallocateDst(pszFunc, pDstImgInfo, pSrcImgInfo->Width, pSrcImgInfo->Height,
-                               pSrcImgInfo->PixelFormat, dwOptions);
-    if (status != KASTATUS_OK) return status;
+    if (const KaipStatus status =
+            CheckAndFitDst(pszFunc, pSrcImgInfo, pDstImgInfo, dwOptions, kMirrorClasses,
+                           KaipCheck_SameSize | KaipCheck_SamePixelFormat, KaipImgFlag_ColorPlanes))
+        return status;
 
     KaipImgInfo& src = *pSrcImgInfo;
     const uint32_t h = src.Height;

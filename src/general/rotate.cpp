@@ -6,6 +6,7 @@
 #include "general/geometry.h"
 #include "general/lut.h"
 
+using geometry::CheckAndFitDst;
 using geometry::Line;
 using geometry::Load8;
 using geometry::ReversePixels;
@@ -102,19 +103,14 @@ void Turn(const uint8_t* s0, ptrdiff_t dc, ptrdiff_t dr, const KaipImgInfo& dst)
 }  // namespace
 
 KaipStatus Rotate90AndMirror(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, uint32_t dwClockwise,
-                             uint32_t dwMirrorTopBottom, uint32_t dwMirrorLeftRight, uint32_t dwOptions,
-                             KaipHLut hLut)
+                             uint32_t dwMirrorTopBottom, uint32_t dwMirrorLeftRight, uint32_t dwOptions, KaipHLut hLut)
 {
     static const char* const pszFunc = "KaipRotate90AndMirror";
-    bool bReallocate = false;
-    KaipStatus status = CheckImgInfos(
-        pszFunc, pSrcImgInfo, pDstImgInfo, dwOptions, kRotateClasses, 0, 0,
-        KaipCheck_RotatedSize | KaipCheck_SamePixelFormat | KaipCheck_DstRequired,
-        KaipImgFlag_ColorPlanes | KaipImgFlag_BottomUp, &bReallocate);
-    if (status == KASTATUS_OK && bReallocate)
-        status = ReallocateDst(pszFunc, pDstImgInfo, pSrcImgInfo->Height, pSrcImgInfo->Width,
-                               pSrcImgInfo->PixelFormat, dwOptions);
-    if (status != KASTATUS_OK) return status;
+    if (const KaipStatus status =
+            CheckAndFitDst(pszFunc, pSrcImgInfo, pDstImgInfo, dwOptions, kRotateClasses,
+                           KaipCheck_RotatedSize | KaipCheck_SamePixelFormat | KaipCheck_DstRequired,
+                           KaipImgFlag_ColorPlanes | KaipImgFlag_BottomUp))
+        return status;
 
     // A bottom-up source keeps its picture upside down in memory, so the turn in memory is
     // the opposite of the one asked for the picture.
@@ -130,11 +126,20 @@ KaipStatus Rotate90AndMirror(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstIm
     const ptrdiff_t dc = bReverseRows ? -line : line;
     const ptrdiff_t dr = bReverseColumns ? -ptrdiff_t(pixel) : ptrdiff_t(pixel);
     switch (pixel) {
-    case 1: Turn<1>(s0, dc, dr, *pDstImgInfo); break;
-    case 2: Turn<2>(s0, dc, dr, *pDstImgInfo); break;
-    case 3: Turn<3>(s0, dc, dr, *pDstImgInfo); break;
-    case 4: Turn<4>(s0, dc, dr, *pDstImgInfo); break;
-    default: break;
+        case 1:
+            Turn<1>(s0, dc, dr, *pDstImgInfo);
+            break;
+        case 2:
+            Turn<2>(s0, dc, dr, *pDstImgInfo);
+            break;
+        case 3:
+            Turn<3>(s0, dc, dr, *pDstImgInfo);
+            break;
+        case 4:
+            Turn<4>(s0, dc, dr, *pDstImgInfo);
+            break;
+        default:
+            break;
     }
 
     // The pixels are turned whatever the LUT: a LUT that does not fit the format leaves them unmapped.

@@ -15,7 +15,8 @@ struct TRect {
 TRect Clip(const KaipImgInfo& src, int32_t x, int32_t y, int32_t w, int32_t h)
 {
     const int64_t x0 = std::max<int64_t>(x, 0), y0 = std::max<int64_t>(y, 0);
-    return {x0, y0, std::min<int64_t>(int64_t(x) + w, src.Width) - x0, std::min<int64_t>(int64_t(y) + h, src.Height) - y0};
+    return {x0, y0, std::min<int64_t>(int64_t(x) + w, src.Width) - x0,
+            std::min<int64_t>(int64_t(y) + h, src.Height) - y0};
 }
 
 // Rows of the rectangle in memory order; a bottom-up source has the top of its picture last.
@@ -41,9 +42,9 @@ TEST(CopyArea, MatchesModel)
                 const uint32_t w = 1 + gen() % 20, h = 1 + gen() % 9;
                 const int32_t x = int32_t(gen() % (w + 6)) - 3, y = int32_t(gen() % (h + 6)) - 3;
                 const int32_t rw = int32_t(gen() % (w + 6)), rh = int32_t(gen() % (h + 6));
-                SCOPED_TRACE(testing::Message() << "format 0x" << std::hex << f.dwCode << std::dec << " " << w << "x"
-                                                << h << " rect " << x << "," << y << " " << rw << "x" << rh
-                                                << " seed " << seed);
+                SCOPED_TRACE(testing::Message()
+                             << "format 0x" << std::hex << f.dwCode << std::dec << " " << w << "x" << h << " rect " << x
+                             << "," << y << " " << rw << "x" << rh << " seed " << seed);
                 auto src = RandomImage(w, h, f, seed % 4, flags, seed);
                 const auto srcBefore = Bytes(src->info);
                 const TRect r = Clip(src->info, x, y, rw, rh);

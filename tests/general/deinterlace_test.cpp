@@ -37,7 +37,8 @@ std::vector<uint8_t> Model(const KaipImgInfo& src, const KaipImgInfo& dst, std::
                 d[2 * x + 1] = uint8_t(v >> 8);
             }
         } else {
-            for (uint32_t i = 0; i < std::min(src.LineIncrement, dst.LineIncrement); ++i) d[i] = uint8_t((a[i] + b[i]) / 2);
+            for (uint32_t i = 0; i < std::min(src.LineIncrement, dst.LineIncrement); ++i)
+                d[i] = uint8_t((a[i] + b[i]) / 2);
         }
     }
     return out;

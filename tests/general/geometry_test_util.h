@@ -1,4 +1,5 @@
-// geometry_test_util.h: random guarded images, the formats each function admits, and random LUTs for the geometry tests.
+// geometry_test_util.h: random guarded images, the formats each function admits, and random LUTs for the geometry
+// tests.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -25,18 +26,18 @@ inline const std::vector<TFormat>& AllFormats()
 {
     static const std::vector<TFormat> formats = [] {
         std::vector<TFormat> v = {
-            {KaipPixelFormat_Mono8, 1},       {KaipPixelFormat_BayerGR8, 1},     {KaipPixelFormat_BayerRG8, 1},
-            {KaipPixelFormat_BayerGB8, 1},    {KaipPixelFormat_BayerBG8, 1},     {KaipPixelFormat_Mono9, 2},
-            {KaipPixelFormat_Mono10, 2},      {KaipPixelFormat_BayerGR10, 2},    {KaipPixelFormat_BayerRG10, 2},
-            {KaipPixelFormat_BayerGB10, 2},   {KaipPixelFormat_BayerBG10, 2},    {KaipPixelFormat_Mono11, 2},
-            {KaipPixelFormat_Mono12, 2},      {KaipPixelFormat_BayerGR12, 2},    {KaipPixelFormat_BayerBG12, 2},
-            {KaipPixelFormat_Mono13, 2},      {KaipPixelFormat_Mono14, 2},       {KaipPixelFormat_Mono15, 2},
-            {KaipPixelFormat_Mono16, 2},      {KaipPixelFormat_BayerRG16, 2},    {KaipPixelFormat_BGR555, 2},
-            {KaipPixelFormat_BGR565Packed, 2}, {KaipPixelFormat_BGR8Packed, 3},  {KaipPixelFormat_BGRA8Packed, 4},
-            {KaipPixelFormat_RGB8Packed, 3},  {KaipPixelFormat_RGBA8Packed, 4},  {KaipPixelFormat_Mono10Packed, 2},
+            {KaipPixelFormat_Mono8, 1},        {KaipPixelFormat_BayerGR8, 1},      {KaipPixelFormat_BayerRG8, 1},
+            {KaipPixelFormat_BayerGB8, 1},     {KaipPixelFormat_BayerBG8, 1},      {KaipPixelFormat_Mono9, 2},
+            {KaipPixelFormat_Mono10, 2},       {KaipPixelFormat_BayerGR10, 2},     {KaipPixelFormat_BayerRG10, 2},
+            {KaipPixelFormat_BayerGB10, 2},    {KaipPixelFormat_BayerBG10, 2},     {KaipPixelFormat_Mono11, 2},
+            {KaipPixelFormat_Mono12, 2},       {KaipPixelFormat_BayerGR12, 2},     {KaipPixelFormat_BayerBG12, 2},
+            {KaipPixelFormat_Mono13, 2},       {KaipPixelFormat_Mono14, 2},        {KaipPixelFormat_Mono15, 2},
+            {KaipPixelFormat_Mono16, 2},       {KaipPixelFormat_BayerRG16, 2},     {KaipPixelFormat_BGR555, 2},
+            {KaipPixelFormat_BGR565Packed, 2}, {KaipPixelFormat_BGR8Packed, 3},    {KaipPixelFormat_BGRA8Packed, 4},
+            {KaipPixelFormat_RGB8Packed, 3},   {KaipPixelFormat_RGBA8Packed, 4},   {KaipPixelFormat_Mono10Packed, 2},
             {KaipPixelFormat_Mono12Packed, 2}, {KaipPixelFormat_RGB10V1Packed, 4}, {KaipPixelFormat_BGR10Packed, 6},
-            {KaipPixelFormat_RGB10Packed, 6}, {KaipPixelFormat_BGR12Packed, 6},  {KaipPixelFormat_RGB12Packed, 6},
-            {KaipPixelFormat_BGR16, 6},       {KaipPixelFormat_RGB16Packed, 6},
+            {KaipPixelFormat_RGB10Packed, 6},  {KaipPixelFormat_BGR12Packed, 6},   {KaipPixelFormat_RGB12Packed, 6},
+            {KaipPixelFormat_BGR16, 6},        {KaipPixelFormat_RGB16Packed, 6},
         };
         return v;
     }();
@@ -55,8 +56,8 @@ inline std::vector<TFormat> FormatsOf(uint64_t qwClassMask, bool bAdmitted = tru
 }
 
 // A guarded image of random bytes, padding included, with `pad` bytes after each line.
-inline std::unique_ptr<GuardedImage> RandomImage(uint32_t w, uint32_t h, const TFormat& f, uint32_t pad,
-                                                 uint32_t flags, uint32_t seed)
+inline std::unique_ptr<GuardedImage> RandomImage(uint32_t w, uint32_t h, const TFormat& f, uint32_t pad, uint32_t flags,
+                                                 uint32_t seed)
 {
     auto img = std::make_unique<GuardedImage>(w, h, f.dwCode, w * f.dwPixel + pad, flags, f.dwPixel);
     FillRandom(img->info.pData, img->buffer.size(), seed);
@@ -76,7 +77,8 @@ inline std::vector<uint8_t> Bytes(const GuardedImage& img)
 
 inline uint8_t* Pixel(std::vector<uint8_t>& bytes, const KaipImgInfo& info, uint32_t x, uint32_t y)
 {
-    return bytes.data() + size_t(y) * info.LineIncrement + size_t(x) * GetPixelIncrementFromPixelFormat(info.PixelFormat);
+    return bytes.data() + size_t(y) * info.LineIncrement +
+           size_t(x) * GetPixelIncrementFromPixelFormat(info.PixelFormat);
 }
 
 // A universal LUT object whose channel tables hold random values (16-bit ones over the whole

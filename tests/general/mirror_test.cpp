@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "general/geometry_test_util.h"
-#include "support/log_capture.h"
 #include "platform/os_buffer.h"
+#include "support/log_capture.h"
 
 using namespace geotest;
 
@@ -50,8 +50,8 @@ std::vector<uint8_t> ModelInto(const KaipImgInfo& src, const KaipImgInfo& dst, s
             continue;
         }
         for (uint32_t x = 0; x < w; ++x)
-            MapPixel(Pixel(in, src, lr ? w - 1 - x : x, tb ? h - 1 - y : y), Pixel(out, dst, x, y), src.PixelFormat,
-                     p, t);
+            MapPixel(Pixel(in, src, lr ? w - 1 - x : x, tb ? h - 1 - y : y), Pixel(out, dst, x, y), src.PixelFormat, p,
+                     t);
     }
     return out;
 }
@@ -73,8 +73,10 @@ std::vector<uint8_t> ModelInPlace(const KaipImgInfo& src, bool tb, bool lr, cons
             if (tb && lr && midRow) {
                 uint8_t once[4];
                 MapPixel(Pixel(in, src, x, y), once, src.PixelFormat, p, t);
-                if (midColumn) std::memcpy(d, once, p);
-                else MapPixel(once, d, src.PixelFormat, p, t);
+                if (midColumn)
+                    std::memcpy(d, once, p);
+                else
+                    MapPixel(once, d, src.PixelFormat, p, t);
             }
         }
     return out;
@@ -97,9 +99,9 @@ TEST(Mirror, MatchesModelOverFormatsSizesAndLuts)
                         ++seed;
                         const bool tb = dirs & 1, lr = dirs & 2;
                         const uint32_t flags = (seed & 4) ? KaipImgFlag_BottomUp : 0;
-                        SCOPED_TRACE(testing::Message() << "format 0x" << std::hex << f.dwCode << std::dec << " " << w
-                                                        << "x" << h << " tb " << tb << " lr " << lr << " lut " << l
-                                                        << " seed " << seed);
+                        SCOPED_TRACE(testing::Message()
+                                     << "format 0x" << std::hex << f.dwCode << std::dec << " " << w << "x" << h
+                                     << " tb " << tb << " lr " << lr << " lut " << l << " seed " << seed);
                         auto src = RandomImage(w, h, f, seed % 5, flags, seed);
                         auto dst = RandomImage(w, h, f, seed % 3, flags, ~seed);
                         const std::vector<uint8_t> srcBefore = Bytes(src->info);
@@ -200,8 +202,7 @@ TEST(Mirror, ReallocatesAMisfitWithTheOption)
     EXPECT_EQ(dst.PixelFormat, KaipPixelFormat_RGB8Packed);
     EXPECT_EQ(dst.LineIncrement, 16u);
     EXPECT_EQ(dst.Flags, KaipImgFlag_Align16 | KaipImgFlag_DataAllocated);
-    for (uint32_t y = 0; y < 3; ++y)
-        EXPECT_EQ(0, std::memcmp(dst.pData + 16 * y + 3 * 4, src->info.pData + 16 * y, 3));
+    for (uint32_t y = 0; y < 3; ++y) EXPECT_EQ(0, std::memcmp(dst.pData + 16 * y + 3 * 4, src->info.pData + 16 * y, 3));
     KaipDeallocateImageData(&dst);
 }
 
@@ -233,8 +234,8 @@ TEST(ReverseLinesFast, MovesWholeLines)
         for (uint32_t flags : {0u, KaipImgFlag_BottomUp})
             for (uint32_t srcPad : {0u, 3u})
                 for (uint32_t dstPad : {0u, 5u}) {
-                    SCOPED_TRACE(testing::Message() << "h " << h << " flags " << flags << " pads " << srcPad << " "
-                                                    << dstPad);
+                    SCOPED_TRACE(testing::Message()
+                                 << "h " << h << " flags " << flags << " pads " << srcPad << " " << dstPad);
                     const TFormat f{KaipPixelFormat_BGR565Packed, 2};
                     auto src = RandomImage(7, h, f, srcPad, flags, ++seed);
                     // The destination's orientation may differ: it is set afterwards.
@@ -253,8 +254,7 @@ TEST(ReverseLinesFast, MovesWholeLines)
                         std::vector<uint8_t> line(src->info.LineIncrement);
                         auto before = Bytes(src->info), after = before;
                         const uint32_t li = src->info.LineIncrement;
-                        for (uint32_t y = 0; y < h; ++y)
-                            std::memcpy(&after[y * li], &before[(h - 1 - y) * li], li);
+                        for (uint32_t y = 0; y < h; ++y) std::memcpy(&after[y * li], &before[(h - 1 - y) * li], li);
                         const uint32_t oldFlags = src->info.Flags;
                         ASSERT_EQ(KaipReverseLinesFast(&src->info, nullptr, own ? line.data() : nullptr, 0), 0);
                         EXPECT_EQ(Bytes(src->info), after);

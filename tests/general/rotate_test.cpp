@@ -14,9 +14,9 @@ struct TTurn {
     bool bClockwise, bTopBottom, bLeftRight, bColumnFlip, bRowFlip;
 };
 constexpr TTurn kTurns[] = {
-    {true, false, false, true, false},  {true, false, true, true, true},   {true, true, false, false, false},
-    {true, true, true, false, true},    {false, false, false, false, true}, {false, false, true, false, false},
-    {false, true, false, true, true},   {false, true, true, true, false},
+    {true, false, false, true, false}, {true, false, true, true, true},    {true, true, false, false, false},
+    {true, true, true, false, true},   {false, false, false, false, true}, {false, false, true, false, false},
+    {false, true, false, true, true},  {false, true, true, true, false},
 };
 
 std::vector<uint8_t> Model(const KaipImgInfo& src, const KaipImgInfo& dst, bool cw, bool tb, bool lr)
@@ -29,8 +29,8 @@ std::vector<uint8_t> Model(const KaipImgInfo& src, const KaipImgInfo& dst, bool 
     const uint32_t w = src.Width, h = src.Height, p = GetPixelIncrementFromPixelFormat(src.PixelFormat);
     for (uint32_t y = 0; y < h; ++y)
         for (uint32_t x = 0; x < w; ++x)
-            std::memcpy(Pixel(out, dst, t->bColumnFlip ? h - 1 - y : y, t->bRowFlip ? w - 1 - x : x), Pixel(in, src, x, y),
-                        p);
+            std::memcpy(Pixel(out, dst, t->bColumnFlip ? h - 1 - y : y, t->bRowFlip ? w - 1 - x : x),
+                        Pixel(in, src, x, y), p);
     return out;
 }
 
@@ -51,9 +51,9 @@ TEST(Rotate90AndMirror, MatchesModel)
                 for (int c = 0; c < 8; ++c) {
                     ++seed;
                     const bool cw = c & 1, tb = c & 2, lr = c & 4;
-                    SCOPED_TRACE(testing::Message() << "format 0x" << std::hex << f.dwCode << std::dec << " " << w
-                                                    << "x" << h << " flags " << flags << " cw " << cw << " tb " << tb
-                                                    << " lr " << lr << " seed " << seed);
+                    SCOPED_TRACE(testing::Message()
+                                 << "format 0x" << std::hex << f.dwCode << std::dec << " " << w << "x" << h << " flags "
+                                 << flags << " cw " << cw << " tb " << tb << " lr " << lr << " seed " << seed);
                     auto src = RandomImage(w, h, f, seed % 4, flags, seed);
                     auto dst = RandomImage(h, w, f, seed % 3, flags, ~seed);
                     const auto srcBefore = Bytes(src->info);
@@ -126,8 +126,8 @@ TEST(Rotate90AndMirror, LogLinesCarryTheExportedName)
     auto src = RandomImage(4, 3, {KaipPixelFormat_Mono8, 1}, 0, 0, 1);
     LogCapture log;
     KaipRotate90AndMirror(&src->info, nullptr, 1, 0, 0, 0, nullptr);
-    EXPECT_EQ(log.Lines(),
-              std::vector<std::string>{"KaipRotate90AndMirror: pDstImgInfo is NULL - must be supplied for this function"});
+    EXPECT_EQ(log.Lines(), std::vector<std::string>{
+                               "KaipRotate90AndMirror: pDstImgInfo is NULL - must be supplied for this function"});
 }
 
 }  // namespace
