@@ -300,17 +300,22 @@ KAIP_API KaipStatus KaipConvertToPixelFormat(const KaipImgInfo* pSrcImgInfo, Kai
  * The decoders share one order of checks and statuses:
  *   KASTATUS_KAIP_INVALID_SRC_POINTER      pSrcImgInfo is null;
  *   KASTATUS_KAIP_NOT_BAYER_PIXEL_FORMAT   the source is no Bayer mosaic;
- *   the statuses of the common descriptor check: a destination is required
- *   (KASTATUS_KAIP_INVALID_DST_POINTER) and must have the source's size, a buffer, and a
- *   pixel format the function produces (else KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT);
+ *   KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED, KASTATUS_KAIP_SRC_NOT_ALLOCATED  for the source;
+ *   KASTATUS_KAIP_INVALID_DST_POINTER      pDstImgInfo is null;
+ *   KASTATUS_KAIP_INCOMPATIBLE_SIZE, KASTATUS_KAIP_DST_NOT_ALLOCATED  the destination's size
+ *                                          differs or it has no buffer, without
+ *                                          KaipOption_ReallocateDst;
+ *   KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT  dwDstPixelFormat is not produced (even with
+ *                                          KaipOption_ReallocateDst);
  *   KASTATUS_KAIP_NOT_SUPPORTED            images narrower or lower than 2 pixels, for the
  *                                          decoders with a border (all but KaipBdShowMosaic):
  *                                          their border reads one pixel further;
- *   KASTATUS_KAIP_INCOMPATIBLE_DST         the destination misfits (size, buffer, or pixel
- *                                          format other than dwDstPixelFormat) and dwOptions
- *                                          lacks KaipOption_ReallocateDst; with it the
- *                                          destination is freed (unless KaipImgFlag_NoDeallocate),
- *                                          re-initialised with dwOptions as flags, and allocated;
+ *   KASTATUS_KAIP_INCOMPATIBLE_DST         the destination is described in another format
+ *                                          than dwDstPixelFormat, without KaipOption_ReallocateDst.
+ *                                          With it any misfit destination is freed (unless
+ *                                          KaipImgFlag_NoDeallocate), re-initialised with dwOptions
+ *                                          as flags, and allocated (statuses of KaipInitImgInfo
+ *                                          and KaipAllocateImageData);
  *   KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED  a destination held as colour planes;
  *   KASTATUS_KAIP_INVALID_LUT_TYPE         (decoders with hLut) the handle is not a LUT of the
  *                                          source's depth or lacks the Bayer tables it needs.
@@ -328,8 +333,8 @@ KAIP_API KaipStatus KaipBdShowMosaic(const KaipImgInfo* pSrcImgInfo, KaipImgInfo
                                      uint32_t dwDstPixelFormat, uint32_t dwOptions);
 
 /* A Mono8 image from the green sites: green sites as they are, red and blue sites the mean of
- * their four direct neighbours (identity LUT on the border). Destination Mono8 only; the other
- * 8-bit formats of its class are refused with KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT. */
+ * their four direct neighbours (identity LUT on the border). Destination Mono8 only; a Bayer 8
+ * destination format is refused with KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT. */
 KAIP_API KaipStatus KaipBdGreenToGreyscale(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
                                            uint32_t dwDstPixelFormat, uint32_t dwOptions);
 
