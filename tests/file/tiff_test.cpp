@@ -318,7 +318,9 @@ TEST(TiffInterop, PilReadsLibraryFiles)
         ASSERT_TRUE(RunPython(dir, "open(sys.argv[2], 'wb').write(Image.open(sys.argv[1]).tobytes())",
                               file + " " + (dir / "out.raw")));
         EXPECT_EQ(ExpectedData(src, f, 0), ReadBytes(dir / "out.raw")) << f.format;
-        if (HaveTool("tiffinfo")) EXPECT_TRUE(RunQuietly("tiffinfo " + file)) << f.format;
+        if (HaveTool("tiffinfo")) {
+            EXPECT_TRUE(RunQuietly("tiffinfo " + file)) << f.format;
+        }
     }
 }
 
