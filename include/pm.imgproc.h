@@ -619,11 +619,12 @@ KAIP_API KaipStatus KaipFillWithColor(KaipImgInfo* pImgInfo, uint8_t red, uint8_
  * Formats: BGR8Packed, BGRA8Packed, RGB8Packed, RGBA8Packed (8 bits), BGR10Packed,
  * RGB10Packed (10 bits in 16-bit words), BGR12Packed, RGB12Packed (12 bits), BGR16,
  * RGB16Packed (16 bits). Each entry becomes the 16.16 fixed-point coefficient
- * entry x 65.536 truncated toward zero (1 gives 65); each output channel is the sum of the
- * three products (32-bit arithmetic, 64-bit for the 16-bit formats), 0 below 0, the
- * format's maximum above it, else shifted right by 16. With a LUT each channel is then
- * replaced by the entry of its own table (red, green, blue). The fourth byte of
- * BGRA8/RGBA8 destination pixels is not written.
+ * entry x 65.536 truncated toward zero (1 gives 65; entries beyond +-32767999, whose
+ * coefficient would not fit in 32 bits, give INT32_MIN); each output channel is the sum of
+ * the three products (32-bit arithmetic that wraps for very large entries, 64-bit for the
+ * 16-bit formats), 0 below 0, the format's maximum above it, else shifted right by 16.
+ * With a LUT each channel is then replaced by the entry of its own table (red, green,
+ * blue). The fourth byte of BGRA8/RGBA8 destination pixels is not written.
  * The destination must match the source in size, format, colour planes and orientation;
  * with KaipOption_ReallocateDst in dwOptions a misfit is rebuilt from the source's size and
  * format with the other dwOptions bits as flags.
