@@ -803,11 +803,14 @@ KAIP_API KaipStatus KaipImgInfoToBmpInfo(const KaipImgInfo* pImgInfo, tagBITMAPI
  * padded to 4 bytes, are converted first (colour to BGR8Packed, everything else to Mono8);
  * the source is not changed. The file is top-down (negative biHeight) in memory line order,
  * or bottom-up with KaipBmpOption_BottomUpFile (lines reversed if the image is top-down).
- * Accepts the source formats Mono8 .. Mono16, the Bayer formats of 8 to 16 bits, BGR555,
- * BGR565Packed, BGR8Packed, BGRA8Packed, RGB8Packed and RGBA8Packed.
+ * Accepts the source formats Mono8 .. Mono16, the Bayer formats of 8 to 12 bits, BGR555,
+ * BGR565Packed, BGR8Packed, BGRA8Packed, RGB8Packed and RGBA8Packed (16-bit Bayer has no
+ * conversion and gives KASTATUS_KAIP_INCOMPATIBLE_PIXEL_FORMAT).
  * Returns 0; the statuses of the source check; KASTATUS_KAIP_NOT_SUPPORTED (colour planes);
- * those of KaipImgInfoToBmpInfo; KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE (the file cannot be
- * created or fully written; the target then keeps its old contents). */
+ * those of KaipImgInfoToBmpInfo; KASTATUS_KAIP_INCOMPATIBLE_LINE_INCREMENT (stricter: lines
+ * shorter than the pixels they must hold); KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE (the file
+ * cannot be created or fully written, among them an image whose conversion failed and whose
+ * lines are not 4-byte multiples; the target then keeps its old contents). */
 KAIP_API KaipStatus KaipSaveToBmp(const char* pszFileName, const KaipImgInfo* pSrcImgInfo, uint32_t dwOptions);
 
 /* Loads an uncompressed BMP file of 8 (loaded as Mono8 whatever its colour table), 16, 24 or

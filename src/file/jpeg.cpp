@@ -100,6 +100,10 @@ bool ReadHeader(TJpegLoadJob& job, FILE* pFile)
 bool ReadPixels(TJpegLoadJob& job, const KaipImgInfo& dst, bool bSwap)
 {
     jpeg_decompress_struct& c = job.cinfo;
+#if defined(JCS_EXTENSIONS)
+    // libjpeg-turbo converts straight to B, G, R: the same samples in the other order.
+    if (bSwap) c.out_color_space = JCS_EXT_BGR, bSwap = false;
+#endif
     if (setjmp(job.err.recovery)) return false;
     jpeg_start_decompress(&c);
     const JDIMENSION samples = c.output_width * JDIMENSION(c.output_components);
