@@ -390,9 +390,12 @@ template <class R, class W>
 inline void ConvertGroups(R& rd, const W& wr, uint32_t g0, uint32_t g1, const uint8_t* __restrict pSrc,
                           uint8_t* __restrict pDst)
 {
-    for (uint32_t g = g0; g < g1; ++g) {
-        const auto px = rd.Read(pSrc + size_t(g) * R::kBytes);
-        for (uint32_t k = 0; k < R::kPixels; ++k) wr.Write(pDst + (size_t(g) * R::kPixels + k) * W::kBytes, px[k]);
+    // Addresses advance by pointer steps, which the vectoriser follows more easily than products.
+    pSrc += size_t(g0) * R::kBytes;
+    pDst += size_t(g0) * R::kPixels * W::kBytes;
+    for (size_t g = g0; g < g1; ++g, pSrc += R::kBytes, pDst += R::kPixels * W::kBytes) {
+        const auto px = rd.Read(pSrc);
+        for (uint32_t k = 0; k < R::kPixels; ++k) wr.Write(pDst + k * W::kBytes, px[k]);
     }
 }
 
