@@ -132,6 +132,10 @@ KaipStatus ReallocateDst(const char* pszFunc, KaipImgInfo* pDstImgInfo, uint32_t
         return Refuse(KASTATUS_KAIP_INCOMPATIBLE_DST,
                       "%s: the destination bitmap has incompatible info and KaipOption_ReallocateDst is not set.",
                       pszFunc);
+    // A rebuilt destination is always written through pData: the colour-planes bit of the options
+    // word would leave it without one, so it is refused before anything is freed.
+    if (dwOptions & KaipImgFlag_ColorPlanes)
+        return Refuse(KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED, "%s: the color planes are not supported", pszFunc);
     if (!(pDstImgInfo->Flags & KaipImgFlag_NoDeallocate)) DeallocateImageData(pDstImgInfo);
     KaipStatus status = InitImgInfo(pDstImgInfo, dwWidth, dwHeight, dwPixelFormat, dwOptions);
     if (status != KASTATUS_OK) return status;

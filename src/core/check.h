@@ -69,6 +69,7 @@ KaipStatus CheckSrcImgInfo(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, 
 
 // Rebuilds a destination that does not fit: refuses without KaipOption_ReallocateDst, frees
 // its buffers (unless KaipImgFlag_NoDeallocate), initialises it with the options word as
-// flags and allocates it.
+// flags and allocates it. Options asking for colour planes are refused (100015): every function
+// writes a rebuilt destination through pData.
 KaipStatus ReallocateDst(const char* pszFunc, KaipImgInfo* pDstImgInfo, uint32_t dwWidth, uint32_t dwHeight,
                          uint32_t dwPixelFormat, uint32_t dwOptions);

@@ -155,6 +155,18 @@ TEST(ReallocateDst, LeavesBuffersMarkedNoDeallocate)
     EXPECT_EQ(KaipDeallocateImageData(&dst), KASTATUS_OK);
 }
 
+TEST(ReallocateDst, RefusesColourPlanesBeforeFreeing)
+{
+    KaipImgInfo dst{};
+    ASSERT_EQ(KaipInitImgInfo(&dst, 3, 3, kMono8, 0), KASTATUS_OK);
+    ASSERT_EQ(KaipAllocateImageData(&dst), KASTATUS_OK);
+    uint8_t* before = dst.pData;
+    EXPECT_EQ(ReallocateDst("F", &dst, 3, 3, kMono8, KaipOption_ReallocateDst | KaipImgFlag_ColorPlanes),
+              KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED);
+    EXPECT_EQ(dst.pData, before);
+    EXPECT_EQ(KaipDeallocateImageData(&dst), KASTATUS_OK);
+}
+
 TEST(ReallocateDst, ReportsInitAndAllocationFailures)
 {
     KaipImgInfo dst = Image(2, 2, kMono8);
