@@ -26,7 +26,10 @@ extern "C" {
  *
  * Options words: KaipOption_ReallocateDst (0x1000) lets a function free, re-initialise and
  * allocate a destination that does not fit; the KaipImgFlag_* bits of the same word become
- * the flags of such a rebuilt destination. Other bits are told with each function.
+ * the flags of such a rebuilt destination. Other bits are told with each function. A rebuild
+ * asked for with KaipImgFlag_ColorPlanes in the options word is refused with
+ * KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED before anything is freed: rebuilt destinations
+ * are always written through pData.
  *
  * Buffers that the library allocates are 64-byte aligned and marked with
  * KaipImgFlag_DataAllocated; free them with KaipDeallocateImageData. The library never
