@@ -40,18 +40,25 @@ const char* const kExtensions[] = {".bmp", ".tif", ".jpg"};
 KaipStatus Save(TFileKind kind, const std::string& path, const KaipImgInfo& img)
 {
     switch (kind) {
-        case kBmp: return KaipSaveToBmp(path.c_str(), &img, 0);
-        case kTiff: return KaipSaveToTiff(path.c_str(), &img, 0);
-        default: return KaipSaveToJpeg(path.c_str(), &img, 90);
+        case kBmp:
+            return KaipSaveToBmp(path.c_str(), &img, 0);
+        case kTiff:
+            return KaipSaveToTiff(path.c_str(), &img, 0);
+        default:
+            return KaipSaveToJpeg(path.c_str(), &img, 90);
     }
 }
 
 KaipStatus Load(TFileKind kind, const std::string& path, KaipImgInfo& img, uint32_t presetFormat)
 {
     switch (kind) {
-        case kBmp: return KaipLoadFromBmp(path.c_str(), &img, 0);
-        case kTiff: img.PixelFormat = presetFormat; return KaipLoadFromTiff(path.c_str(), &img);
-        default: return KaipLoadFromJpeg(path.c_str(), &img, KaipOption_ReallocateDst | 0x4000);
+        case kBmp:
+            return KaipLoadFromBmp(path.c_str(), &img, 0);
+        case kTiff:
+            img.PixelFormat = presetFormat;
+            return KaipLoadFromTiff(path.c_str(), &img);
+        default:
+            return KaipLoadFromJpeg(path.c_str(), &img, KaipOption_ReallocateDst | 0x4000);
     }
 }
 
@@ -88,7 +95,7 @@ void MemcpyBench(benchmark::State& state, uint32_t bytesPerPixel)
     MemcpyYardstick(state, size_t(pixels) * bytesPerPixel, pixels);
 }
 
-#define KAIP_FILE_BENCH(kind, name)                                                                              \
+#define KAIP_FILE_BENCH(kind, name)                                                                             \
     BENCHMARK_CAPTURE(SaveBench, name##_BGR8, kind, KaipPixelFormat_BGR8Packed)->Unit(benchmark::kMillisecond); \
     BENCHMARK_CAPTURE(SaveBench, name##_Mono8, kind, KaipPixelFormat_Mono8)->Unit(benchmark::kMillisecond);     \
     BENCHMARK_CAPTURE(LoadBench, name##_BGR8, kind, KaipPixelFormat_BGR8Packed)->Unit(benchmark::kMillisecond); \
@@ -123,10 +130,12 @@ void OpenCvLoadBench(benchmark::State& state, const char* extension, uint32_t fo
     std::filesystem::remove(path);
     SetPixelRate(state, uint64_t(kFrameWidth) * kFrameHeight);
 }
-#define KAIP_OPENCV_BENCH(extension, name)                                                                            \
-    BENCHMARK_CAPTURE(OpenCvSaveBench, name##_BGR8, extension, KaipPixelFormat_BGR8Packed)->Unit(benchmark::kMillisecond); \
-    BENCHMARK_CAPTURE(OpenCvSaveBench, name##_Mono8, extension, KaipPixelFormat_Mono8)->Unit(benchmark::kMillisecond);     \
-    BENCHMARK_CAPTURE(OpenCvLoadBench, name##_BGR8, extension, KaipPixelFormat_BGR8Packed)->Unit(benchmark::kMillisecond); \
+#define KAIP_OPENCV_BENCH(extension, name)                                                                             \
+    BENCHMARK_CAPTURE(OpenCvSaveBench, name##_BGR8, extension, KaipPixelFormat_BGR8Packed)                             \
+        ->Unit(benchmark::kMillisecond);                                                                               \
+    BENCHMARK_CAPTURE(OpenCvSaveBench, name##_Mono8, extension, KaipPixelFormat_Mono8)->Unit(benchmark::kMillisecond); \
+    BENCHMARK_CAPTURE(OpenCvLoadBench, name##_BGR8, extension, KaipPixelFormat_BGR8Packed)                             \
+        ->Unit(benchmark::kMillisecond);                                                                               \
     BENCHMARK_CAPTURE(OpenCvLoadBench, name##_Mono8, extension, KaipPixelFormat_Mono8)->Unit(benchmark::kMillisecond)
 KAIP_OPENCV_BENCH(".bmp", Bmp);
 KAIP_OPENCV_BENCH(".tif", Tiff);

@@ -24,22 +24,33 @@ constexpr uint32_t kMasksSize = 12;
 constexpr uint32_t kMasks565[3] = {0x0000F800, 0x000007E0, 0x0000001F};
 
 // Bytes of one file line: width pixels of bitCount bits, padded to 4 bytes.
-constexpr uint64_t BmpLineBytes(uint64_t width, uint64_t bitCount) { return (width * bitCount + 31) / 32 * 4; }
+constexpr uint64_t BmpLineBytes(uint64_t width, uint64_t bitCount)
+{
+    return (width * bitCount + 31) / 32 * 4;
+}
 
 // The pixel format a bit count loads as; 0 for a count without one.
 uint32_t BmpPixelFormat(uint32_t bitCount, uint32_t compression)
 {
     switch (bitCount) {
-        case 8: return KaipPixelFormat_Mono8;
-        case 16: return compression == KAIP_BI_BITFIELDS ? KaipPixelFormat_BGR565Packed : KaipPixelFormat_BGR555;
-        case 24: return KaipPixelFormat_BGR8Packed;
-        case 32: return KaipPixelFormat_BGRA8Packed;
-        default: return 0;
+        case 8:
+            return KaipPixelFormat_Mono8;
+        case 16:
+            return compression == KAIP_BI_BITFIELDS ? KaipPixelFormat_BGR565Packed : KaipPixelFormat_BGR555;
+        case 24:
+            return KaipPixelFormat_BGR8Packed;
+        case 32:
+            return KaipPixelFormat_BGRA8Packed;
+        default:
+            return 0;
     }
 }
 
 // |biHeight| without the overflow of abs(INT32_MIN).
-uint32_t AbsHeight(int32_t height) { return height < 0 ? 0u - uint32_t(height) : uint32_t(height); }
+uint32_t AbsHeight(int32_t height)
+{
+    return height < 0 ? 0u - uint32_t(height) : uint32_t(height);
+}
 
 // Writes the lines of image, each followed by the zero padding up to the file line increment,
 // either as they lie in memory or last line first.
@@ -82,7 +93,8 @@ KaipStatus BmpInfoToImgInfo(const tagBITMAPINFO* pBmpInfo, KaipImgInfo* pImgInfo
     const uint32_t dwFormat = BmpPixelFormat(header.biBitCount, header.biCompression);
     const uint32_t dwHeight = AbsHeight(header.biHeight);
     // A descriptor whose buffer size wraps at 32 bits would be allocated too small.
-    if (header.biWidth < 0 || (dwFormat && BmpLineBytes(uint32_t(header.biWidth), header.biBitCount) * dwHeight > UINT32_MAX))
+    if (header.biWidth < 0 ||
+        (dwFormat && BmpLineBytes(uint32_t(header.biWidth), header.biBitCount) * dwHeight > UINT32_MAX))
         return Refuse(KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, "%s: pBmpHeader->biWidth=%d, biHeight=%d - unsupported",
                       pszFunc, int(header.biWidth), int(header.biHeight));
     pImgInfo->Width = uint32_t(header.biWidth);
@@ -131,9 +143,15 @@ KaipStatus ImgInfoToBmpInfo(const KaipImgInfo* pImgInfo, tagBITMAPINFO* pBmpInfo
             for (int i = 0; i < 256; ++i) pBmpInfo->bmiColors[i] = RGBQUAD{uint8_t(i), uint8_t(i), uint8_t(i), 0};
             header.biBitCount = 8;
             break;
-        case KaipPixelFormat_BGR8Packed: header.biBitCount = 24; break;
-        case KaipPixelFormat_BGRA8Packed: header.biBitCount = 32; break;
-        case KaipPixelFormat_BGR555: header.biBitCount = 16; break;
+        case KaipPixelFormat_BGR8Packed:
+            header.biBitCount = 24;
+            break;
+        case KaipPixelFormat_BGRA8Packed:
+            header.biBitCount = 32;
+            break;
+        case KaipPixelFormat_BGR555:
+            header.biBitCount = 16;
+            break;
         default:
             return Refuse(KASTATUS_KAIP_INCOMPATIBLE_PIXEL_FORMAT, "%s: incompatible color format %d", pszFunc,
                           int(pImgInfo->PixelFormat));
@@ -185,13 +203,14 @@ KaipStatus SaveToBmp(const char* pszFileName, const KaipImgInfo* pSrcImgInfo, ui
 
     CFileWriter file;
     if (!pszFileName || !file.Open(pszFileName))
-        return Refuse(KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE, "%s: Cannot create %s, KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE",
-                      pszFunc, pszFileName ? pszFileName : "(null)");
+        return Refuse(KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE,
+                      "%s: Cannot create %s, KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE", pszFunc,
+                      pszFileName ? pszFileName : "(null)");
     const bool bHeadersWritten = file.Write(&fileHeader, kFileHeaderSize) && file.Write(&bmi, dwHeaderSize);
     const bool bReverse = ((described.Flags ^ image.Flags) & KaipImgFlag_BottomUp) != 0;
     if (!WriteBmpPixels(file, image, qwFileLineInc, qwImageSize, bReverse) || !bHeadersWritten || !file.Commit())
-        return Refuse(KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE, "%s: cannot write to %s - KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE",
-                      pszFunc, pszFileName);
+        return Refuse(KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE,
+                      "%s: cannot write to %s - KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE", pszFunc, pszFileName);
     return 0;
 }
 

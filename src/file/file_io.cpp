@@ -43,7 +43,8 @@ bool CFileWriter::Open(const char* pszFileName)
     }
     const std::string folder = FolderOf(m_target);
     for (int attempt = 0; attempt < 100; ++attempt) {
-        std::string temp = folder + "/.kaip-" + std::to_string(getpid()) + "-" + std::to_string(g_uTempCounter++) + ".tmp";
+        std::string temp =
+            folder + "/.kaip-" + std::to_string(getpid()) + "-" + std::to_string(g_uTempCounter++) + ".tmp";
         const int fd = open(temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
         if (fd < 0) {
             if (errno == EEXIST) continue;
@@ -107,4 +108,7 @@ void CFileReader::Close()
     m_size = 0;
 }
 
-bool CFileReader::Seek(uint64_t offset) { return offset <= uint64_t(LLONG_MAX) && fseeko(m_pFile, off_t(offset), SEEK_SET) == 0; }
+bool CFileReader::Seek(uint64_t offset)
+{
+    return offset <= uint64_t(LLONG_MAX) && fseeko(m_pFile, off_t(offset), SEEK_SET) == 0;
+}

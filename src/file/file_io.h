@@ -70,5 +70,11 @@ inline uint32_t GetLE32(const uint8_t* p)
     std::memcpy(&v, p, 4);
     return v;
 }
-inline void PutLE16(uint8_t* p, uint16_t v) { std::memcpy(p, &v, 2); }
-inline void PutLE32(uint8_t* p, uint32_t v) { std::memcpy(p, &v, 4); }
+inline void PutLE16(uint8_t* p, uint16_t v)
+{
+    std::memcpy(p, &v, 2);
+}
+inline void PutLE32(uint8_t* p, uint32_t v)
+{
+    std::memcpy(p, &v, 4);
+}

@@ -2,7 +2,9 @@
 #include <csetjmp>
 #include <cstdio>
 
-#include <jpeglib.h>
+// clang-format off
+#include <jpeglib.h>  // after <cstdio>: it uses FILE and size_t without declaring them
+// clang-format on
 
 #include "convert/convert.h"
 #include "core/check.h"
@@ -189,7 +191,9 @@ KaipStatus LoadFromJpeg(const char* pszFileName, KaipImgInfo* pDstImgInfo, uint3
                       "%s: KASTATUS_KAIP_JPEG_LOAD_FAILED: Invalid color space in the source image.", pszFunc);
     const bool bGrey = c.out_color_space == JCS_GRAYSCALE;
     const bool bSwap = !bGrey && (dwOptions & KaipJpegOption_BGR);
-    const uint32_t dwTarget = bGrey ? KaipPixelFormat_Mono8 : bSwap ? KaipPixelFormat_BGR8Packed : KaipPixelFormat_RGB8Packed;
+    const uint32_t dwTarget = bGrey   ? KaipPixelFormat_Mono8
+                              : bSwap ? KaipPixelFormat_BGR8Packed
+                                      : KaipPixelFormat_RGB8Packed;
     const uint32_t w = c.output_width, h = c.output_height;
     const uint64_t qwLineBytes = uint64_t(w) * (bGrey ? 1 : 3);
     if (((qwLineBytes + 3) & ~uint64_t(3)) * h > UINT32_MAX)
@@ -214,9 +218,10 @@ KaipStatus LoadFromJpeg(const char* pszFileName, KaipImgInfo* pDstImgInfo, uint3
     }
     if (!dst.pData) {
         if (!(dwOptions & KaipOption_ReallocateDst))
-            return Refuse(KASTATUS_KAIP_INCOMPATIBLE_DST,
-                          "%s: the supplied image info does not have bufer allocated KaipOption_ReallocateDst is not set.",
-                          pszFunc);
+            return Refuse(
+                KASTATUS_KAIP_INCOMPATIBLE_DST,
+                "%s: the supplied image info does not have bufer allocated KaipOption_ReallocateDst is not set.",
+                pszFunc);
         if (const KaipStatus allocStatus = AllocateImageData(&dst))
             return Refuse(allocStatus, "%s: AllocateImageData failed: w=%d, h=%d, error=%d", pszFunc, int(w), int(h),
                           allocStatus);

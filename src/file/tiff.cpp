@@ -56,7 +56,9 @@ TTiffLayout LayoutFor(const KaipImgInfo& image, uint32_t dwMono, uint32_t dwOpti
         case KaipPixelFormat_BGRA8Packed:
             layout = {true, 8, 255, 0, uint64_t(image.Width) * 3};
             break;
-        case KaipPixelFormat_Mono8: layout = {false, 8, 255, 8, image.Width}; break;
+        case KaipPixelFormat_Mono8:
+            layout = {false, 8, 255, 8, image.Width};
+            break;
         default: {
             const uint32_t dwBits = GetUsedBitsPerPixel(dwMono);
             const bool bFull = (dwOptions & KaipTiffOption_Scale16) || dwBits >= 16;
@@ -68,7 +70,7 @@ TTiffLayout LayoutFor(const KaipImgInfo& image, uint32_t dwMono, uint32_t dwOpti
 
 // The header, the directory and its values, laid out as the pixel data's prefix.
 std::array<uint8_t, kColourDataOffset> BuildTiffHeader(const KaipImgInfo& image, const TTiffLayout& layout,
-                                                      uint32_t dwDataBytes)
+                                                       uint32_t dwDataBytes)
 {
     std::array<uint8_t, kColourDataOffset> bytes{};
     const bool c = layout.bColour;
@@ -122,12 +124,24 @@ void FillTiffCopy(const KaipImgInfo& image, uint32_t dwMono, const TTiffLayout& 
     const bool bReverse = (image.Flags & KaipImgFlag_BottomUp) != 0;
     switch (dwMono) {
         case KaipPixelFormat_Mono8:
-        case KaipPixelFormat_RGB8Packed: CopyBitmapData(w, h, pSrc, pDst, srcInc, dstInc, bReverse); break;
-        case KaipPixelFormat_BGR565Packed: Convert_BGR16_to_RGB24(w, h, pSrc, pDst, srcInc, dstInc, bReverse); break;
-        case KaipPixelFormat_BGR555: Convert_BGR15_to_RGB24(w, h, pSrc, pDst, srcInc, dstInc, bReverse); break;
-        case KaipPixelFormat_BGR8Packed: Convert_BGR24_to_RGB24(w, h, pSrc, pDst, srcInc, dstInc, bReverse); break;
-        case KaipPixelFormat_RGBA8Packed: Convert_RGB32_to_RGB24(w, h, pSrc, pDst, srcInc, dstInc, bReverse); break;
-        case KaipPixelFormat_BGRA8Packed: Convert_BGR32_to_RGB24(w, h, pSrc, pDst, srcInc, dstInc, bReverse); break;
+        case KaipPixelFormat_RGB8Packed:
+            CopyBitmapData(w, h, pSrc, pDst, srcInc, dstInc, bReverse);
+            break;
+        case KaipPixelFormat_BGR565Packed:
+            Convert_BGR16_to_RGB24(w, h, pSrc, pDst, srcInc, dstInc, bReverse);
+            break;
+        case KaipPixelFormat_BGR555:
+            Convert_BGR15_to_RGB24(w, h, pSrc, pDst, srcInc, dstInc, bReverse);
+            break;
+        case KaipPixelFormat_BGR8Packed:
+            Convert_BGR24_to_RGB24(w, h, pSrc, pDst, srcInc, dstInc, bReverse);
+            break;
+        case KaipPixelFormat_RGBA8Packed:
+            Convert_RGB32_to_RGB24(w, h, pSrc, pDst, srcInc, dstInc, bReverse);
+            break;
+        case KaipPixelFormat_BGRA8Packed:
+            Convert_BGR32_to_RGB24(w, h, pSrc, pDst, srcInc, dstInc, bReverse);
+            break;
         default:
             if (dwOptions & KaipTiffOption_Scale16) {
                 Convert_MonoWord_to_MonoWord16(w, h, pSrc, pDst, srcInc, dstInc, layout.dwSrcBits, bReverse);
@@ -172,7 +186,8 @@ const char* CheckEntry(const uint8_t* p, TTiffFields& f)
     const uint32_t count = GetLE32(p + 4), value = type == kShort ? GetLE16(p + 8) : GetLE32(p + 8);
     const bool bShort1 = type == kShort && count == 1, bLong1 = type == kLong && count == 1;
     switch (tag) {
-        case kTagNewSubfileType: return bLong1 && value == 0 ? nullptr : "TIFFTAG_SUBFILETYPE error";
+        case kTagNewSubfileType:
+            return bLong1 && value == 0 ? nullptr : "TIFFTAG_SUBFILETYPE error";
         case kTagImageWidth:
             f.dwWidth = value, f.dwSeen |= kSeenWidth;
             return bLong1 ? nullptr : "TIFFTAG_IMAGEWIDTH error";
@@ -183,10 +198,13 @@ const char* CheckEntry(const uint8_t* p, TTiffFields& f)
             f.dwSeen |= kSeenBits;
             if (type != kShort || (count != 1 && count != 3)) return "TIFFTAG_BITSPERSAMPLE error";
             f.bColour = count == 3;
-            if (f.bColour) f.dwBitsOffset = GetLE32(p + 8);
-            else f.dwBitsPerSample = value;
+            if (f.bColour)
+                f.dwBitsOffset = GetLE32(p + 8);
+            else
+                f.dwBitsPerSample = value;
             return nullptr;
-        case kTagCompression: return bShort1 && value == 1 ? nullptr : "TIFFTAG_COMPRESSION error";
+        case kTagCompression:
+            return bShort1 && value == 1 ? nullptr : "TIFFTAG_COMPRESSION error";
         case kTagPhotometric:
             f.dwPhotometric = value, f.dwSeen |= kSeenPhotometric;
             return bShort1 && (value == 1 || value == 2) ? nullptr : "TIFFTAG_PHOTOMETRIC error";
@@ -196,7 +214,8 @@ const char* CheckEntry(const uint8_t* p, TTiffFields& f)
         case kTagSamplesPerPixel:
             f.dwSamples = value, f.dwSeen |= kSeenSamples;
             return bShort1 && (value == 1 || value == 3) ? nullptr : "TIFFTAG_SAMPLESPERPIXEL error";
-        default: return nullptr;
+        default:
+            return nullptr;
     }
 }
 
@@ -207,16 +226,20 @@ const char* CheckSecondPassEntry(const uint8_t* p, TTiffFields& f)
     const uint32_t count = GetLE32(p + 4), value = type == kShort ? GetLE16(p + 8) : GetLE32(p + 8);
     const bool bShort1 = type == kShort && count == 1, bLong1 = type == kLong && count == 1;
     switch (tag) {
-        case kTagRowsPerStrip: return bLong1 && value == f.dwHeight ? nullptr : "TIFFTAG_ROWSPERSTRIP error";
+        case kTagRowsPerStrip:
+            return bLong1 && value == f.dwHeight ? nullptr : "TIFFTAG_ROWSPERSTRIP error";
         case kTagStripByteCounts:
             f.dwStripBytes = value, f.dwSeen |= kSeenStripBytes;
             return bLong1 ? nullptr : "TIFFTAG_STRIPBYTECOUNTS error";
-        case kTagMinSampleValue: return bShort1 && value == 0 ? nullptr : "TIFFTAG_MINSAMPLEVALUE error";
+        case kTagMinSampleValue:
+            return bShort1 && value == 0 ? nullptr : "TIFFTAG_MINSAMPLEVALUE error";
         case kTagMaxSampleValue:
             f.dwMaxSample = value, f.dwSeen |= kSeenMaxSample;
             return bShort1 ? nullptr : "TIFFTAG_MAXSAMPLEVALUE error";
-        case kTagPlanarConfig: return bShort1 && value == 1 ? nullptr : "TIFFTAG_PLANARCONFIG error";
-        default: return nullptr;
+        case kTagPlanarConfig:
+            return bShort1 && value == 1 ? nullptr : "TIFFTAG_PLANARCONFIG error";
+        default:
+            return nullptr;
     }
 }
 
@@ -347,8 +370,9 @@ KaipStatus LoadFromTiff(const char* pszFileName, KaipImgInfo* pDstImgInfo)
     const uint32_t dwSignificant = BitLength(f.dwMaxSample);
     if (!f.bColour && dwSignificant >= 8 && dwSignificant <= 16) dwFormat = s_grey[dwSignificant - 8];
     if (uint64_t(GetPixelIncrementFromPixelFormat(dwFormat)) * f.dwWidth > qwLineBytes)
-        return Refuse(KASTATUS_KAIP_INCOMPATIBLE_DST, "%s: the preset pixel format 0x%.8x needs more than the file's %u bytes per line",
-                      pszFunc, dwFormat, uint32_t(qwLineBytes));
+        return Refuse(KASTATUS_KAIP_INCOMPATIBLE_DST,
+                      "%s: the preset pixel format 0x%.8x needs more than the file's %u bytes per line", pszFunc,
+                      dwFormat, uint32_t(qwLineBytes));
 
     InitImgInfo(pDstImgInfo, f.dwWidth, f.dwHeight, dwFormat, 0);
     // A preset format that initialisation refused leaves the old flags: the pixels go to pData

@@ -17,11 +17,14 @@ struct TBmpFormat {
     uint32_t format, pixelIncrement, bitCount;
 };
 const TBmpFormat kFormats[] = {
-    {KaipPixelFormat_Mono8, 1, 8},   {KaipPixelFormat_BayerRG8, 1, 8},        {KaipPixelFormat_BGR555, 2, 16},
+    {KaipPixelFormat_Mono8, 1, 8},         {KaipPixelFormat_BayerRG8, 1, 8},    {KaipPixelFormat_BGR555, 2, 16},
     {KaipPixelFormat_BGR565Packed, 2, 16}, {KaipPixelFormat_BGR8Packed, 3, 24}, {KaipPixelFormat_BGRA8Packed, 4, 32},
 };
 
-uint32_t Align4(uint32_t n) { return (n + 3) & ~3u; }
+uint32_t Align4(uint32_t n)
+{
+    return (n + 3) & ~3u;
+}
 
 // The file the save must produce, from the format's own rules. care[i] is 0 for bytes nobody
 // defines (the padding of a converted copy).
@@ -71,7 +74,8 @@ void ExpectBytes(const TExpected& e, const std::vector<uint8_t>& actual, const s
 {
     ASSERT_EQ(e.bytes.size(), actual.size()) << what;
     for (size_t i = 0; i < actual.size(); ++i)
-        if (e.care[i] && e.bytes[i] != actual[i]) FAIL() << what << ": byte " << i << " is " << int(actual[i]) << ", expected " << int(e.bytes[i]);
+        if (e.care[i] && e.bytes[i] != actual[i])
+            FAIL() << what << ": byte " << i << " is " << int(actual[i]) << ", expected " << int(e.bytes[i]);
 }
 
 }  // namespace
@@ -138,9 +142,9 @@ TEST(BmpInfo, BmpInfoToImgInfo)
         int32_t width, height;
         uint32_t format, flags, lineIncrement;
     } const cases[] = {
-        {8, 0, 5, 3, KaipPixelFormat_Mono8, 6, 8},       {8, 0, 5, -3, KaipPixelFormat_Mono8, 4, 8},
-        {8, 0, 5, 0, KaipPixelFormat_Mono8, 4, 8},       {16, 3, 3, 2, KaipPixelFormat_BGR565Packed, 6, 8},
-        {16, 0, 3, 2, KaipPixelFormat_BGR555, 6, 8},     {24, 0, 1, -1, KaipPixelFormat_BGR8Packed, 4, 4},
+        {8, 0, 5, 3, KaipPixelFormat_Mono8, 6, 8},         {8, 0, 5, -3, KaipPixelFormat_Mono8, 4, 8},
+        {8, 0, 5, 0, KaipPixelFormat_Mono8, 4, 8},         {16, 3, 3, 2, KaipPixelFormat_BGR565Packed, 6, 8},
+        {16, 0, 3, 2, KaipPixelFormat_BGR555, 6, 8},       {24, 0, 1, -1, KaipPixelFormat_BGR8Packed, 4, 4},
         {32, 0, 3, 2, KaipPixelFormat_BGRA8Packed, 6, 12}, {24, 3, 2, 2, KaipPixelFormat_BGR8Packed, 6, 8},
     };
     for (const auto& c : cases) {
@@ -212,7 +216,8 @@ TEST(BmpFile, ExactBytesAndRoundTrips)
                 EXPECT_EQ(Align4(w * f.pixelIncrement), img.info.LineIncrement);
                 const bool bottomUp = loadOptions == 0x8000 || (loadOptions == 0 && fileBottomUp);
                 EXPECT_EQ(KaipImgFlag_Align4 | KaipImgFlag_DataAllocated | (bottomUp ? KaipImgFlag_BottomUp : 0),
-                          img.info.Flags) << what << " load options " << loadOptions;
+                          img.info.Flags)
+                    << what << " load options " << loadOptions;
                 for (uint32_t r = 0; r < h; ++r)
                     ASSERT_EQ(0, std::memcmp(src.Row(r), PictureRow(img.info, r), w * f.pixelIncrement))
                         << what << " load options " << loadOptions << " row " << r;
@@ -461,8 +466,9 @@ TEST(BmpInterop, PilWrittenFilesLoad)
         for (const char* name : {"up.bmp", "down.bmp"}) {
             Loaded img;
             ASSERT_EQ(0, KaipLoadFromBmp((dir / name).c_str(), &img.info, 0)) << mode << " " << name;
-            ASSERT_EQ(channels == 1 ? KaipPixelFormat_Mono8 : channels == 3 ? KaipPixelFormat_BGR8Packed
-                                                                            : KaipPixelFormat_BGRA8Packed,
+            ASSERT_EQ(channels == 1   ? KaipPixelFormat_Mono8
+                      : channels == 3 ? KaipPixelFormat_BGR8Packed
+                                      : KaipPixelFormat_BGRA8Packed,
                       img.info.PixelFormat);
             for (uint32_t r = 0; r < h; ++r)
                 for (uint32_t x = 0; x < w; ++x)
@@ -484,15 +490,17 @@ TEST(BmpInterop, PilReadsLibraryFiles)
             TestImage src(11, 4, f.format, f.pixelIncrement, Align4(11 * f.pixelIncrement), 0, 41);
             ASSERT_EQ(0, KaipSaveToBmp((dir / "lib.bmp").c_str(), &src.info, options));
             const char* mode = f.pixelIncrement == 1 ? "L" : "RGB";
-            ASSERT_TRUE(RunPython(dir, "open(sys.argv[2], 'wb').write(Image.open(sys.argv[1]).convert(sys.argv[3]).tobytes())",
-                                  (dir / "lib.bmp") + " " + (dir / "out.raw") + " " + mode));
+            ASSERT_TRUE(
+                RunPython(dir, "open(sys.argv[2], 'wb').write(Image.open(sys.argv[1]).convert(sys.argv[3]).tobytes())",
+                          (dir / "lib.bmp") + " " + (dir / "out.raw") + " " + mode));
             const std::vector<uint8_t> raw = ReadBytes(dir / "out.raw");
             const uint32_t channels = f.pixelIncrement == 1 ? 1 : 3;
             ASSERT_EQ(size_t(11) * 4 * channels, raw.size());
             for (uint32_t r = 0; r < 4; ++r)
                 for (uint32_t x = 0; x < 11; ++x)
                     for (uint32_t c = 0; c < channels; ++c)
-                        ASSERT_EQ(src.Row(r)[x * f.pixelIncrement + (channels == 1 ? 0 : 2 - c)], raw[(r * 11 + x) * channels + c])
+                        ASSERT_EQ(src.Row(r)[x * f.pixelIncrement + (channels == 1 ? 0 : 2 - c)],
+                                  raw[(r * 11 + x) * channels + c])
                             << f.format << " options " << options;
         }
     }

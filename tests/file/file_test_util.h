@@ -32,7 +32,8 @@ public:
     // Entries of the folder (a failed save must leave no temporary behind).
     size_t Count() const
     {
-        return size_t(std::distance(std::filesystem::directory_iterator(m_path), std::filesystem::directory_iterator()));
+        return size_t(
+            std::distance(std::filesystem::directory_iterator(m_path), std::filesystem::directory_iterator()));
     }
 
 private:
@@ -51,8 +52,14 @@ inline void WriteBytes(const std::string& path, const std::vector<uint8_t>& byte
     out.write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
 }
 
-inline uint16_t Le16(const std::vector<uint8_t>& b, size_t at) { return uint16_t(b[at] | b[at + 1] << 8); }
-inline uint32_t Le32(const std::vector<uint8_t>& b, size_t at) { return uint32_t(Le16(b, at) | Le16(b, at + 2) << 16); }
+inline uint16_t Le16(const std::vector<uint8_t>& b, size_t at)
+{
+    return uint16_t(b[at] | b[at + 1] << 8);
+}
+inline uint32_t Le32(const std::vector<uint8_t>& b, size_t at)
+{
+    return uint32_t(Le16(b, at) | Le16(b, at + 2) << 16);
+}
 inline void Put16(std::vector<uint8_t>& b, size_t at, uint32_t v)
 {
     b[at] = uint8_t(v);
@@ -66,8 +73,8 @@ inline void Put32(std::vector<uint8_t>& b, size_t at, uint32_t v)
 
 // A random image in a guarded buffer; padding bytes are random too.
 struct TestImage : GuardedImage {
-    TestImage(uint32_t w, uint32_t h, uint32_t format, uint32_t pixelIncrement, uint32_t lineIncrement,
-              uint32_t flags, uint32_t seed)
+    TestImage(uint32_t w, uint32_t h, uint32_t format, uint32_t pixelIncrement, uint32_t lineIncrement, uint32_t flags,
+              uint32_t seed)
         : GuardedImage(w, h, format, lineIncrement, flags, pixelIncrement)
     {
         FillRandom(buffer.data(), buffer.size(), seed);
@@ -93,9 +100,18 @@ struct Loaded {
     ~Loaded() { KaipDeallocateImageData(&info); }
 };
 
-inline bool RunQuietly(const std::string& command) { return std::system((command + " >/dev/null 2>&1").c_str()) == 0; }
-inline bool HaveTool(const std::string& name) { return RunQuietly("command -v " + name); }
-inline bool HavePil() { return RunQuietly("/usr/bin/python3 -c 'import PIL'"); }
+inline bool RunQuietly(const std::string& command)
+{
+    return std::system((command + " >/dev/null 2>&1").c_str()) == 0;
+}
+inline bool HaveTool(const std::string& name)
+{
+    return RunQuietly("command -v " + name);
+}
+inline bool HavePil()
+{
+    return RunQuietly("/usr/bin/python3 -c 'import PIL'");
+}
 
 // Runs a Python script with PIL; the script gets the arguments as sys.argv[1:].
 inline bool RunPython(const TempDir& dir, const std::string& script, const std::string& args)

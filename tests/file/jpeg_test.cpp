@@ -4,7 +4,9 @@
 #include <cstring>
 #include <sstream>
 
-#include <jpeglib.h>
+// clang-format off
+#include <jpeglib.h>  // after <cstdio>: it uses FILE and size_t without declaring them
+// clang-format on
 
 #include "file_test_util.h"
 
@@ -17,7 +19,8 @@ void FillGradient(TestImage& img, uint32_t pixelIncrement)
 {
     for (uint32_t y = 0; y < img.info.Height; ++y)
         for (uint32_t x = 0; x < img.info.Width * pixelIncrement; ++x)
-            img.info.pData[size_t(y) * img.info.LineIncrement + x] = uint8_t((x / pixelIncrement) * 3 + y * 2 + (x % pixelIncrement) * 40);
+            img.info.pData[size_t(y) * img.info.LineIncrement + x] =
+                uint8_t((x / pixelIncrement) * 3 + y * 2 + (x % pixelIncrement) * 40);
 }
 
 // The pixels of a binary PGM or PPM file (as djpeg writes them).
@@ -115,14 +118,18 @@ TEST(JpegFile, RoundTrips)
 TEST(JpegFile, SameFileAsThePlainTwin)
 {
     TempDir dir;
-    TestImage rgb(10, 6, KaipPixelFormat_RGB8Packed, 3, 30, 0, 21), bgr(10, 6, KaipPixelFormat_BGR8Packed, 3, 30, 0, 21);
+    TestImage rgb(10, 6, KaipPixelFormat_RGB8Packed, 3, 30, 0, 21),
+        bgr(10, 6, KaipPixelFormat_BGR8Packed, 3, 30, 0, 21);
     for (size_t i = 0; i < 180; i += 3) std::swap(bgr.info.pData[i], bgr.info.pData[i + 2]);
     TestImage mono(10, 6, KaipPixelFormat_Mono8, 1, 10, 0, 22), bayer(10, 6, KaipPixelFormat_BayerGR8, 1, 10, 0, 22);
     TestImage upside(10, 6, KaipPixelFormat_Mono8, 1, 10, KaipImgFlag_BottomUp, 22);
     for (uint32_t y = 0; y < 6; ++y) std::memcpy(upside.info.pData + (5 - y) * 10, mono.info.pData + y * 10, 10);
-    TestImage mono12(10, 6, KaipPixelFormat_Mono12, 2, 20, 0, 23), mono8of12(10, 6, KaipPixelFormat_Mono8, 1, 10, 0, 23);
-    for (size_t i = 0; i < 60; ++i) mono8of12.info.pData[i] = uint8_t((mono12.info.pData[2 * i] | (mono12.info.pData[2 * i + 1] & 15) << 8) >> 4);
-    const std::pair<const TestImage*, const TestImage*> twins[] = {{&bgr, &rgb}, {&bayer, &mono}, {&upside, &mono}, {&mono12, &mono8of12}};
+    TestImage mono12(10, 6, KaipPixelFormat_Mono12, 2, 20, 0, 23),
+        mono8of12(10, 6, KaipPixelFormat_Mono8, 1, 10, 0, 23);
+    for (size_t i = 0; i < 60; ++i)
+        mono8of12.info.pData[i] = uint8_t((mono12.info.pData[2 * i] | (mono12.info.pData[2 * i + 1] & 15) << 8) >> 4);
+    const std::pair<const TestImage*, const TestImage*> twins[] = {
+        {&bgr, &rgb}, {&bayer, &mono}, {&upside, &mono}, {&mono12, &mono8of12}};
     for (const auto& t : twins) {
         ASSERT_EQ(0, KaipSaveToJpeg((dir / "a.jpg").c_str(), &t.first->info, 90));
         ASSERT_EQ(0, KaipSaveToJpeg((dir / "b.jpg").c_str(), &t.second->info, 90));
@@ -224,7 +231,8 @@ TEST(JpegHostile, RefusedFiles)
     for (size_t cut : {size_t(0), size_t(1), size_t(2), size_t(20), size_t(200), good.size() / 2, good.size() - 2}) {
         WriteBytes(path, std::vector<uint8_t>(good.begin(), good.begin() + long(cut)));
         Loaded loaded;
-        EXPECT_EQ(KASTATUS_KAIP_JPEG_LOAD_FAILED, KaipLoadFromJpeg(path.c_str(), &loaded.info, 0x1000)) << "cut at " << cut;
+        EXPECT_EQ(KASTATUS_KAIP_JPEG_LOAD_FAILED, KaipLoadFromJpeg(path.c_str(), &loaded.info, 0x1000))
+            << "cut at " << cut;
     }
     WriteBytes(path, RandomBytes(500, 8));
     EXPECT_EQ(KASTATUS_KAIP_JPEG_LOAD_FAILED, KaipLoadFromJpeg(path.c_str(), &img, 0x1000));
@@ -253,7 +261,8 @@ TEST(JpegInterop, LibjpegTools)
                       23 * channels, 0, 50 + channels);
         const std::string ours = dir / "ours.jpg", theirs = dir / "theirs.jpg", pnm = dir / "p.pnm";
         ASSERT_EQ(0, KaipSaveToJpeg(ours.c_str(), &src.info, 80));
-        WritePnm(dir / "src.pnm", std::vector<uint8_t>(src.info.pData, src.info.pData + 23 * 11 * channels), 23, 11, channels);
+        WritePnm(dir / "src.pnm", std::vector<uint8_t>(src.info.pData, src.info.pData + 23 * 11 * channels), 23, 11,
+                 channels);
         ASSERT_TRUE(RunQuietly("cjpeg -quality 75 -outfile " + theirs + " " + (dir / "src.pnm")));
         for (const std::string& file : {ours, theirs}) {
             ASSERT_TRUE(RunQuietly("djpeg -pnm -outfile " + pnm + " " + file));

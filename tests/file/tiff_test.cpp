@@ -14,15 +14,15 @@ struct TTiffFormat {
     bool colour;
 };
 const TTiffFormat kFormats[] = {
-    {KaipPixelFormat_Mono8, 1, 8, false},         {KaipPixelFormat_BayerGR8, 1, 8, false},
-    {KaipPixelFormat_Mono9, 2, 9, false},         {KaipPixelFormat_Mono10, 2, 10, false},
-    {KaipPixelFormat_Mono11, 2, 11, false},       {KaipPixelFormat_Mono12, 2, 12, false},
-    {KaipPixelFormat_Mono13, 2, 13, false},       {KaipPixelFormat_Mono14, 2, 14, false},
-    {KaipPixelFormat_Mono15, 2, 15, false},       {KaipPixelFormat_Mono16, 2, 16, false},
-    {KaipPixelFormat_BayerRG10, 2, 10, false},    {KaipPixelFormat_BayerBG12, 2, 12, false},
-    {KaipPixelFormat_BayerGB16, 2, 16, false},    {KaipPixelFormat_BGR555, 2, 0, true},
-    {KaipPixelFormat_BGR565Packed, 2, 0, true},   {KaipPixelFormat_RGB8Packed, 3, 0, true},
-    {KaipPixelFormat_BGR8Packed, 3, 0, true},     {KaipPixelFormat_RGBA8Packed, 4, 0, true},
+    {KaipPixelFormat_Mono8, 1, 8, false},       {KaipPixelFormat_BayerGR8, 1, 8, false},
+    {KaipPixelFormat_Mono9, 2, 9, false},       {KaipPixelFormat_Mono10, 2, 10, false},
+    {KaipPixelFormat_Mono11, 2, 11, false},     {KaipPixelFormat_Mono12, 2, 12, false},
+    {KaipPixelFormat_Mono13, 2, 13, false},     {KaipPixelFormat_Mono14, 2, 14, false},
+    {KaipPixelFormat_Mono15, 2, 15, false},     {KaipPixelFormat_Mono16, 2, 16, false},
+    {KaipPixelFormat_BayerRG10, 2, 10, false},  {KaipPixelFormat_BayerBG12, 2, 12, false},
+    {KaipPixelFormat_BayerGB16, 2, 16, false},  {KaipPixelFormat_BGR555, 2, 0, true},
+    {KaipPixelFormat_BGR565Packed, 2, 0, true}, {KaipPixelFormat_RGB8Packed, 3, 0, true},
+    {KaipPixelFormat_BGR8Packed, 3, 0, true},   {KaipPixelFormat_RGBA8Packed, 4, 0, true},
     {KaipPixelFormat_BGRA8Packed, 4, 0, true},
 };
 
@@ -44,11 +44,20 @@ std::vector<uint8_t> ExpectedData(const TestImage& src, const TTiffFormat& f, ui
                 const uint32_t w = q[0] | q[1] << 8;
                 uint8_t rgb[3];
                 switch (f.format) {
-                    case KaipPixelFormat_BGR555: rgb[0] = uint8_t((w & 0x7C00) >> 7), rgb[1] = uint8_t((w & 0x3E0) >> 2), rgb[2] = uint8_t(w << 3); break;
-                    case KaipPixelFormat_BGR565Packed: rgb[0] = uint8_t((w & 0xF800) >> 8), rgb[1] = uint8_t((w & 0x7E0) >> 3), rgb[2] = uint8_t(w << 3); break;
+                    case KaipPixelFormat_BGR555:
+                        rgb[0] = uint8_t((w & 0x7C00) >> 7), rgb[1] = uint8_t((w & 0x3E0) >> 2),
+                        rgb[2] = uint8_t(w << 3);
+                        break;
+                    case KaipPixelFormat_BGR565Packed:
+                        rgb[0] = uint8_t((w & 0xF800) >> 8), rgb[1] = uint8_t((w & 0x7E0) >> 3),
+                        rgb[2] = uint8_t(w << 3);
+                        break;
                     case KaipPixelFormat_RGB8Packed:
-                    case KaipPixelFormat_RGBA8Packed: rgb[0] = q[0], rgb[1] = q[1], rgb[2] = q[2]; break;
-                    default: rgb[0] = q[2], rgb[1] = q[1], rgb[2] = q[0];
+                    case KaipPixelFormat_RGBA8Packed:
+                        rgb[0] = q[0], rgb[1] = q[1], rgb[2] = q[2];
+                        break;
+                    default:
+                        rgb[0] = q[2], rgb[1] = q[1], rgb[2] = q[0];
                 }
                 out.insert(out.end(), rgb, rgb + 3);
             }
@@ -68,14 +77,14 @@ std::vector<uint8_t> ExpectedTiff(const TestImage& src, const TTiffFormat& f, ui
         uint16_t tag, type;
         uint32_t count, grey, rgb;
     } const entries[] = {
-        {254, 4, 1, 0, 0},           {256, 4, 1, w, w},
-        {257, 4, 1, h, h},           {258, 3, c ? 3u : 1u, f.bits == 8 ? 8u : 16u, 222},
-        {259, 3, 1, 1, 1},           {262, 3, 1, 1, 2},
-        {273, 4, 1, 210, 228},       {277, 3, 1, 1, 3},
-        {278, 4, 1, h, h},           {279, 4, 1, h * lineBytes, h * lineBytes},
-        {280, 3, 1, 0, 0},           {281, 3, 1, maxSample, maxSample},
-        {282, 5, 1, 194, 206},       {283, 5, 1, 202, 214},
-        {284, 3, 1, 0xFFFFFFFF, 1},  {296, 3, 1, 2, 2},
+        {254, 4, 1, 0, 0},          {256, 4, 1, w, w},
+        {257, 4, 1, h, h},          {258, 3, c ? 3u : 1u, f.bits == 8 ? 8u : 16u, 222},
+        {259, 3, 1, 1, 1},          {262, 3, 1, 1, 2},
+        {273, 4, 1, 210, 228},      {277, 3, 1, 1, 3},
+        {278, 4, 1, h, h},          {279, 4, 1, h * lineBytes, h * lineBytes},
+        {280, 3, 1, 0, 0},          {281, 3, 1, maxSample, maxSample},
+        {282, 5, 1, 194, 206},      {283, 5, 1, 202, 214},
+        {284, 3, 1, 0xFFFFFFFF, 1}, {296, 3, 1, 2, 2},
     };
     std::vector<uint8_t> b(c ? 228 : 210, 0);
     b[0] = b[1] = 'I';
@@ -256,8 +265,9 @@ TEST(TiffHostile, WrongTagsAndCuts)
         {"RGB 16 bits", with(c, 222, 16, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
         {"RGB bits outside", with(c, entry(3, 8), 0xFFFFFFF0u, 4), KASTATUS_KAIP_INVALID_TIFF_FILE},
         {"RGB max 4095", with(c, entry(11, 8), 4095, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"huge", with(with(with(with(g, entry(1, 8), 0x10000, 4), entry(2, 8), 0x10000, 4), entry(8, 8), 0x10000, 4),
-                      entry(9, 8), 0, 4),
+        {"huge",
+         with(with(with(with(g, entry(1, 8), 0x10000, 4), entry(2, 8), 0x10000, 4), entry(8, 8), 0x10000, 4),
+              entry(9, 8), 0, 4),
          KASTATUS_KAIP_INVALID_TIFF_FILE},
         {"taller than the data", with(with(with(g, entry(2, 8), 3, 4), entry(8, 8), 3, 4), entry(9, 8), 18, 4),
          KASTATUS_KAIP_CANNOT_OPEN_READ_FILE},
@@ -275,8 +285,8 @@ TEST(TiffHostile, WrongTagsAndCuts)
         for (size_t cut = 0; cut < file->size(); ++cut) {
             WriteBytes(path, std::vector<uint8_t>(file->begin(), file->begin() + long(cut)));
             KaipImgInfo img{};
-            const KaipStatus expected = cut < 8 || cut >= dataOffset ? KASTATUS_KAIP_CANNOT_OPEN_READ_FILE
-                                                                     : KASTATUS_KAIP_INVALID_TIFF_FILE;
+            const KaipStatus expected =
+                cut < 8 || cut >= dataOffset ? KASTATUS_KAIP_CANNOT_OPEN_READ_FILE : KASTATUS_KAIP_INVALID_TIFF_FILE;
             EXPECT_EQ(expected, KaipLoadFromTiff(path.c_str(), &img)) << "cut at " << cut;
             EXPECT_EQ(nullptr, img.pData);
         }
