@@ -64,7 +64,8 @@ constexpr bool kIsWordReverse = (kIsCopy<P, Map> && P != 3);
 template <unsigned P>
 constexpr size_t kPerWord = P == 3 ? 1 : 8 / P;
 
-// Writes n pixels of d from s, in the same or in the reverse order.
+// Writes n pixels of d from s, in the same or in the reverse order. A reversed line is read
+// forwards and written backwards, which keeps the source one stream for the prefetcher.
 template <unsigned P, bool Reverse, class Map>
 void MapLine(const uint8_t* s, uint8_t* d, size_t n, Map map)
 {
