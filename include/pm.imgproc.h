@@ -571,8 +571,9 @@ KAIP_API KaipStatus KaipRotate90AndMirror(const KaipImgInfo* pSrcImgInfo, KaipIm
 /* Removes the comb of an interlaced frame: every line but the last becomes the average
  * (rounded down) of itself and the line below, as they were before the call; the last line
  * is not written (in a destination it keeps what it held). Mono8 and the 8-bit Bayer formats,
- * BGR8Packed and BGRA8Packed average every byte of the line, padding included; BGR555 and
- * BGR565Packed average each colour field of every pixel. In place (pDstImgInfo null) or into
+ * BGR8Packed and BGRA8Packed average every byte of the line, padding included (as many bytes
+ * as the shorter of the two line increments); BGR555 and BGR565Packed average each colour
+ * field of every pixel. In place (pDstImgInfo null) or into
  * a destination of the same size, format and ColorPlanes and BottomUp flags (or
  * KaipOption_ReallocateDst). Returns 0, the statuses of the common checks and the
  * reallocation, or KASTATUS_KAIP_LINE_INCREMENT_TOO_BIG in place when the line increment
