@@ -1,0 +1,409 @@
+// kaip_tool_test.cpp: the kaip tool end to end: its files against the same steps called directly.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <pm.imgproc.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+extern char** environ;
+
+namespace {
+
+struct Outcome {
+    int exitCode;
+    std::string out;
+    std::string err;
+};
+
+std::string ReadText(const fs::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+// An image the library allocated, released with the record.
+struct Picture {
+    KaipImgInfo info{};
+    Picture() = default;
+    Picture(const Picture&) = delete;
+    ~Picture() { KaipDeallocateImageData(&info); }
+};
+
+class KaipTool : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        std::string pattern = (fs::temp_directory_path() / "kaip_tool_test_XXXXXX").string();
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        m_dir = pattern;
+    }
+    void TearDown() override { fs::remove_all(m_dir); }
+
+    std::string Path(const std::string& name) const { return (m_dir / name).string(); }
+
+    // Runs the tool without a shell; standard output and error go to files in the scratch folder.
+    Outcome Kaip(std::vector<std::string> args) const
+    {
+        args.insert(args.begin(), KAIP_TOOL_PATH);
+        std::vector<char*> argv;
+        for (std::string& arg : args) argv.push_back(arg.data());
+        argv.push_back(nullptr);
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, 1, Path("stdout").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        posix_spawn_file_actions_addopen(&actions, 2, Path("stderr").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        pid_t pid = 0;
+        int status = -1;
+        if (posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ) == 0) waitpid(pid, &status, 0);
+        posix_spawn_file_actions_destroy(&actions);
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadText(Path("stdout")), ReadText(Path("stderr"))};
+    }
+
+    void WriteBytes(const std::string& name, const std::vector<uint8_t>& bytes) const
+    {
+        std::ofstream(Path(name), std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    }
+
+    fs::path m_dir;
+};
+
+// Random samples of the given depth as little-endian words (or bytes at 8 bits).
+std::vector<uint8_t> RandomSamples(uint32_t count, uint32_t bits, uint32_t seed)
+{
+    std::mt19937 random(seed);
+    std::vector<uint8_t> bytes;
+    for (uint32_t i = 0; i < count; ++i) {
+        uint32_t value = random() & ((1u << bits) - 1);
+        bytes.push_back(uint8_t(value));
+        if (bits > 8) bytes.push_back(uint8_t(value >> 8));
+    }
+    return bytes;
+}
+
+// Pairs of 12-bit samples in three bytes: both high bytes around a byte of the two low nibbles.
+std::vector<uint8_t> Pack12(const std::vector<uint8_t>& words)
+{
+    std::vector<uint8_t> packed;
+    for (size_t i = 0; i + 3 < words.size(); i += 4) {
+        uint32_t p0 = words[i] | words[i + 1] << 8, p1 = words[i + 2] | words[i + 3] << 8;
+        packed.insert(packed.end(), {uint8_t(p0 >> 4), uint8_t((p0 & 15) | (p1 & 15) << 4), uint8_t(p1 >> 4)});
+    }
+    return packed;
+}
+
+KaipImgInfo Describe(std::vector<uint8_t>& bytes, uint32_t width, uint32_t height, uint32_t format)
+{
+    KaipImgInfo info{};
+    EXPECT_EQ(KaipInitImgInfo(&info, width, height, format, 0), KASTATUS_OK);
+    info.pData = bytes.data();
+    return info;
+}
+
+// The tool's pipeline, called step by step: white balance and gamma in a LUT, the decoder (or a
+// conversion for grey and colour sources), the saturation matrix and the sharpening kernel.
+struct Steps {
+    KaipStatus (*decode)(const KaipImgInfo*, KaipImgInfo*, uint32_t, uint32_t, KaipHLut);
+    const uint32_t* wb;  // null: measured
+    uint32_t gamma, saturation;
+    int32_t sharpen;
+};
+
+void Reference(KaipImgInfo* source, const Steps& steps, Picture* out)
+{
+    bool mosaic = steps.decode != nullptr;
+    Picture converted;
+    KaipImgInfo* picture = mosaic ? source : &converted.info;
+    bool grey = source->PixelFormat == KaipPixelFormat_Mono12;
+    if (!mosaic) {
+        ASSERT_EQ(KaipConvertToPixelFormat(source, picture, grey ? KaipPixelFormat_Mono8 : KaipPixelFormat_BGR8Packed,
+                                           KaipOption_ReallocateDst),
+                  KASTATUS_OK);
+    }
+    uint32_t wb[3] = {1000, 1000, 1000};
+    if (steps.wb) std::copy(steps.wb, steps.wb + 3, wb);
+    if (!steps.wb && !grey) {
+        ASSERT_EQ(KaipCalcWbFactors(picture, &wb[0], &wb[1], &wb[2], 0), KASTATUS_OK);
+    }
+    uint32_t depth = source->PixelFormat == KaipPixelFormat_BayerRG8 || !mosaic ? KAIP_LUT_8BIT : KAIP_LUT_12BIT;
+    KaipHLut lut = KaipAllocateLut(depth | (mosaic ? KAIP_LUT_BAYER | KAIP_LUT_BAYER_16 : 0));
+    ASSERT_NE(lut, nullptr);
+    KaipAddWbToLut(wb[0], wb[1], wb[2], lut);
+    KaipAddGammaToLut(steps.gamma, lut);
+    Picture colour;
+    if (mosaic) {
+        ASSERT_EQ(steps.decode(source, &colour.info, KaipPixelFormat_BGR8Packed, KaipOption_ReallocateDst, lut),
+                  KASTATUS_OK);
+    } else {
+        ASSERT_EQ(KaipApplyLut(picture, nullptr, lut, 0), KASTATUS_OK);
+        std::swap(colour.info, converted.info);
+    }
+    KaipFreeLut(lut);
+    int32_t matrix[9];
+    if (steps.saturation != 100 && !grey) {
+        KaipSetSaturationMatrix(steps.saturation, matrix);
+        ASSERT_EQ(KaipApplyRgbColorCorrection(&colour.info, nullptr, matrix, 0, nullptr), KASTATUS_OK);
+    }
+    if (steps.sharpen == 0) return std::swap(out->info, colour.info);
+    KaipSet3x3MatrixSharpening(steps.sharpen, matrix, 0);
+    ASSERT_EQ(KaipConvertToPixelFormat(&colour.info, &out->info, colour.info.PixelFormat, KaipOption_ReallocateDst),
+              KASTATUS_OK);
+    ASSERT_EQ(KaipApply3x3Convolution(&colour.info, &out->info, matrix, 0, nullptr), KASTATUS_OK);
+}
+
+// Loads any of the three image files as the tool writes them, colour as BGR8Packed.
+void LoadBack(const std::string& path, uint32_t format, Picture* picture)
+{
+    std::string extension = fs::path(path).extension().string();
+    if (extension == ".bmp") {
+        ASSERT_EQ(KaipLoadFromBmp(path.c_str(), &picture->info, KaipBmpOption_BottomUpFile), KASTATUS_OK);
+    } else if (extension == ".tif") {
+        picture->info.PixelFormat = KaipPixelFormat_RGB8Packed;
+        ASSERT_EQ(KaipLoadFromTiff(path.c_str(), &picture->info), KASTATUS_OK);
+        if (picture->info.PixelFormat == format) return;
+        Picture bgr;
+        ASSERT_EQ(KaipConvertToPixelFormat(&picture->info, &bgr.info, format, KaipOption_ReallocateDst), KASTATUS_OK);
+        std::swap(picture->info, bgr.info);
+    } else {
+        ASSERT_EQ(KaipLoadFromJpeg(path.c_str(), &picture->info, KaipOption_ReallocateDst | KaipJpegOption_BGR),
+                  KASTATUS_OK);
+    }
+}
+
+void ExpectSamePixels(const KaipImgInfo& expected, const KaipImgInfo& actual)
+{
+    ASSERT_EQ(actual.Width, expected.Width);
+    ASSERT_EQ(actual.Height, expected.Height);
+    ASSERT_EQ(actual.PixelFormat, expected.PixelFormat);
+    uint32_t lineBytes = expected.Width * expected.PixelIncrement;
+    for (uint32_t y = 0; y < expected.Height; ++y)
+        ASSERT_EQ(std::memcmp(expected.pData + y * expected.LineIncrement, actual.pData + y * actual.LineIncrement,
+                              lineBytes),
+                  0)
+            << "line " << y;
+}
+
+TEST_F(KaipTool, DemoAtASmallSizeWritesFilesThatLoadBack)
+{
+    Outcome run = Kaip({"demo", "--size", "96x64", "--out", Path("demo")});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    for (const char* stage : {"synthesise chart", "measure white balance", "demosaic bilinear", "saturation 130%",
+                              "sharpen 30", "save BMP", "save TIFF", "save JPEG", "MP/s"})
+        EXPECT_NE(run.out.find(stage), std::string::npos) << stage << " missing from\n" << run.out;
+    for (const char* name : {"demo.bmp", "demo.tif", "demo.jpg"}) {
+        Picture picture;
+        LoadBack(Path("demo/") + name, KaipPixelFormat_BGR8Packed, &picture);
+        EXPECT_EQ(picture.info.Width, 96u) << name;
+        EXPECT_EQ(picture.info.Height, 64u) << name;
+        EXPECT_NE(run.out.find(Path("demo/") + name), std::string::npos) << "where " << name << " went";
+    }
+    EXPECT_EQ(fs::file_size(Path("demo/demo.BayerRG12.96x64.raw")), 96u * 64 * 2);
+}
+
+TEST_F(KaipTool, DemoMosaicDevelopsLikeTheDemo)
+{
+    // The raw dump the demo leaves, processed with the demo's settings, gives the demo's picture.
+    ASSERT_EQ(Kaip({"demo", "--size", "64x48", "--bits", "8", "--pattern", "GB", "--out", Path("d")}).exitCode, 0);
+    Outcome run = Kaip({"process", Path("d/demo.BayerGB8.64x48.raw"), "--gamma", "2.2", "--saturation", "130",
+                        "--sharpen", "30", "--out", Path("again.bmp")});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    Picture demo, again;
+    LoadBack(Path("d/demo.bmp"), KaipPixelFormat_BGR8Packed, &demo);
+    LoadBack(Path("again.bmp"), KaipPixelFormat_BGR8Packed, &again);
+    ExpectSamePixels(demo.info, again.info);
+}
+
+struct ProcessCase {
+    const char* name;
+    uint32_t format;  // of the samples the reference decodes
+    const char* dumpFormat;
+    bool packed;  // the dump holds the samples as 12-bit pairs in three bytes
+    std::vector<std::string> options;
+    Steps steps;
+    const char* output;
+};
+
+const uint32_t kFixedWb[3] = {1500, 1000, 1250};
+
+TEST_F(KaipTool, ProcessGivesThePixelsOfTheLibraryCalledDirectly)
+{
+    const std::vector<ProcessCase> cases = {
+        {"bilinear, measured wb",
+         KaipPixelFormat_BayerGB12,
+         "BayerGB12",
+         false,
+         {"--gamma", "2.2", "--saturation", "140", "--sharpen", "40"},
+         {KaipBdBilinearInterpolation, nullptr, 2200, 140, 40},
+         "out.bmp"},
+        {"nearest neighbour, given wb",
+         KaipPixelFormat_BayerRG8,
+         "BayerRG8",
+         false,
+         {"--decoder", "nn", "--wb", "1.5,1,1.25", "--saturation", "60"},
+         {KaipBdNearestNeighbour, kFixedWb, 1000, 60, 0},
+         "out.tif"},
+        {"packed mosaic",
+         KaipPixelFormat_BayerBG12,
+         "BayerBG12Packed",
+         true,
+         {"--sharpen", "-50", "--gamma", "0.8"},
+         {KaipBdBilinearInterpolation, nullptr, 800, 100, -50},
+         "out.bmp"},
+        {"grey",
+         KaipPixelFormat_Mono12,
+         "Mono12",
+         false,
+         {"--gamma", "1.8", "--sharpen", "20"},
+         {nullptr, nullptr, 1800, 100, 20},
+         "out.bmp"},
+        {"colour",
+         KaipPixelFormat_RGB8Packed,
+         "RGB8Packed",
+         false,
+         {"--saturation", "150"},
+         {nullptr, nullptr, 1000, 150, 0},
+         "out.bmp"},
+    };
+    const uint32_t width = 38, height = 26;
+    uint32_t seed = 1;
+    for (const ProcessCase& c : cases) {
+        SCOPED_TRACE(std::string(c.name) + ", seed " + std::to_string(seed));
+        uint32_t bits = c.format == KaipPixelFormat_BayerRG8 ? 8 : 12;
+        uint32_t samples = c.format == KaipPixelFormat_RGB8Packed ? 3 : 1;
+        std::vector<uint8_t> bytes = RandomSamples(width * height * samples, samples == 3 ? 8 : bits, seed++);
+        WriteBytes("frame.raw", c.packed ? Pack12(bytes) : bytes);
+        std::vector<std::string> args = {"process", Path("frame.raw"), "--format", c.dumpFormat,
+                                         "--size",  "38x26",           "--out",    Path(c.output)};
+        args.insert(args.end(), c.options.begin(), c.options.end());
+        Outcome run = Kaip(args);
+        ASSERT_EQ(run.exitCode, 0) << run.err;
+        KaipImgInfo source = Describe(bytes, width, height, c.format);
+        Picture expected, actual;
+        Reference(&source, c.steps, &expected);
+        LoadBack(Path(c.output), expected.info.PixelFormat, &actual);
+        ExpectSamePixels(expected.info, actual.info);
+    }
+}
+
+TEST_F(KaipTool, ProcessTakesFoldersAndNamesOutputsAfterInputs)
+{
+    fs::create_directory(Path("in"));
+    for (const char* name : {"in/a.BayerRG8.16x8.raw", "in/b.BayerRG8.16x8.raw"})
+        WriteBytes(name, RandomSamples(16 * 8, 8, 7));
+    Outcome run = Kaip({"process", Path("in"), "--out", Path("pictures"), "--ext", "jpg"});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_TRUE(fs::exists(Path("pictures/a.BayerRG8.16x8.jpg")));
+    EXPECT_TRUE(fs::exists(Path("pictures/b.BayerRG8.16x8.jpg")));
+}
+
+TEST_F(KaipTool, ConvertRoundTripsRawThroughImageFiles)
+{
+    std::vector<uint8_t> bytes = RandomSamples(20 * 10, 8, 3);
+    WriteBytes("grey.raw", bytes);
+    ASSERT_EQ(Kaip({"convert", Path("grey.raw"), Path("grey.tif"), "--in-format", "Mono8", "--size", "20x10"}).exitCode,
+              0);
+    ASSERT_EQ(Kaip({"convert", Path("grey.tif"), Path("grey.bmp")}).exitCode, 0);
+    Outcome run = Kaip({"convert", Path("grey.bmp"), Path("back.raw")});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_NE(run.out.find("Mono8 20x10"), std::string::npos) << run.out;
+    EXPECT_EQ(ReadText(Path("back.raw")), std::string(bytes.begin(), bytes.end()));
+    ASSERT_EQ(Kaip({"convert", Path("grey.bmp"), Path("wide.raw"), "--format", "Mono16"}).exitCode, 0);
+    EXPECT_EQ(fs::file_size(Path("wide.raw")), 20u * 10 * 2);
+}
+
+TEST_F(KaipTool, InfoMeasuresChannelsAndWhiteBalance)
+{
+    // Red sites 100, green 200, blue 50: the measured factors are 2000 and 4000.
+    std::vector<uint8_t> mosaic(8 * 4);
+    for (uint32_t y = 0; y < 4; ++y)
+        for (uint32_t x = 0; x < 8; ++x) mosaic[y * 8 + x] = (x & 1) != (y & 1) ? 200 : (y & 1) ? 50 : 100;
+    WriteBytes("chart.BayerRG8.8x4.raw", mosaic);
+    Outcome run = Kaip({"info", Path("chart.BayerRG8.8x4.raw")});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    for (const char* line : {"8 x 4", "BayerRG8 (0x01080009)", "R                 100      100     100.00",
+                             "G                 200      200     200.00", "B                  50       50      50.00",
+                             "R 2000  G 1000  B 4000"})
+        EXPECT_NE(run.out.find(line), std::string::npos) << line << " missing from\n" << run.out;
+}
+
+TEST_F(KaipTool, FormatsListsConversionsFromTheLibrary)
+{
+    Outcome run = Kaip({"formats", "Mono10Packed"});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_NE(run.out.find("converts to Mono8 Mono10 Mono12 Mono16 BGR8Packed"), std::string::npos) << run.out;
+    EXPECT_EQ(run.out.find("BayerRG8 "), std::string::npos);
+}
+
+struct ErrorCase {
+    std::vector<std::string> args;
+    int exitCode;
+    std::vector<std::string> messages;
+};
+
+TEST_F(KaipTool, ErrorsNameTheStepTheReasonAndTheExitCode)
+{
+    WriteBytes("short.raw", std::vector<uint8_t>(100));
+    WriteBytes("tiny.raw", std::vector<uint8_t>(4));
+    WriteBytes("bad.bmp", std::vector<uint8_t>(80, 'x'));
+    const std::vector<ErrorCase> cases = {
+        {{"process", Path("short.raw"), "--format", "BayerRG12", "--size", "8x8"},
+         1,
+         {"short.raw has 100 bytes, but BayerRG12 at 8x8 takes 128 bytes"}},
+        {{"process", Path("short.raw"), "--format", "BayerXY12", "--size", "8x8"},
+         2,
+         {"unknown pixel format BayerXY12"}},
+        {{"process", Path("short.raw"), "--format", "Mono8", "--size", "10"}, 2, {"expected WxH"}},
+        {{"process", Path("short.raw"), "--size", "10x10"}, 2, {"without a pixel format"}},
+        {{"process", Path("missing.raw"), "--format", "Mono8", "--size", "10x10"}, 1, {"cannot read", "missing.raw"}},
+        {{"process", Path("short.raw"), "--format", "BayerRG8", "--size", "10x10", "--decoder", "vng"},
+         1,
+         {"vng decoder (KaipBdVariableGradients) is not available in this build"}},
+        {{"process", Path("short.raw"), "--format", "BayerRG8", "--size", "10x10", "--decoder", "ahd"},
+         2,
+         {"--decoder"}},
+        {{"process", Path("short.raw"), "--format", "BayerRG8", "--size", "10x10", "--wb", "1,x,2"}, 2, {"--wb"}},
+        {{"process", Path("tiny.raw"), "--format", "BayerRG8", "--size", "1x4"},
+         1,
+         {"demosaicing with KaipBdBilinearInterpolation failed: ", "(status 100012)"}},
+        {{"convert", Path("bad.bmp"), Path("x.tif")}, 1, {"loading the BMP file", "(status 1000"}},
+        {{"convert", Path("short.raw"), Path("x.raw"), "--in-format", "BayerRG16", "--size", "10x5", "--format",
+          "Mono8"},
+         1,
+         {"converts nothing from BayerRG16 to Mono8"}},
+        {{"info"}, 2, {"FILE is required"}},
+        {{}, 2, {"subcommand"}},
+    };
+    for (const ErrorCase& c : cases) {
+        Outcome run = Kaip(c.args);
+        std::string command = c.args.empty() ? "(none)" : c.args[0] + " " + (c.args.size() > 1 ? c.args[1] : "");
+        EXPECT_EQ(run.exitCode, c.exitCode) << command << "\n" << run.err;
+        for (const std::string& message : c.messages)
+            EXPECT_NE(run.err.find(message), std::string::npos) << command << ": " << message << " not in\n" << run.err;
+    }
+}
+
+TEST_F(KaipTool, EveryCommandHasHelp)
+{
+    for (const char* command : {"demo", "process", "convert", "info", "formats"}) {
+        Outcome run = Kaip({command, "--help"});
+        EXPECT_EQ(run.exitCode, 0) << command;
+        EXPECT_NE(run.out.find("Usage"), std::string::npos) << command << "\n" << run.out;
+    }
+    EXPECT_EQ(Kaip({"--help"}).exitCode, 0);
+}
+
+}  // namespace
