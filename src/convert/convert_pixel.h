@@ -181,40 +181,35 @@ struct RMonoWord : TReader<TGrey, 1, 2> {
     TGroup Read(const uint8_t* p) const { return {{{Load16(p), bits}}}; }
 };
 
-// Two pixels in three bytes: high bytes 0 and 2, the low bits of both in byte 1 (pixel 1's from bit 4).
-// With kBits 8 only the high bytes are taken.
+// One value from its high byte and kBits - 8 low bits found at bit `at` of another byte; with kBits 8 the
+// high byte alone.
 template <uint32_t kBits>
-struct RPacked : TReader<TGrey, 2, 3> {
-    static constexpr uint32_t kLow = kBits - 8, kMask = (1u << kLow) - 1;
-    TGroup Read(const uint8_t* p) const
-    {
-        return {{{uint32_t(p[0] << kLow) | (p[1] & kMask), kBits},
-                 {uint32_t(p[2] << kLow) | ((p[1] >> 4) & kMask), kBits}}};
-    }
+constexpr TGrey Join(uint32_t hi, uint32_t lo, uint32_t at)
+{
+    return {(hi << (kBits - 8)) | ((lo >> at) & ((1u << (kBits - 8)) - 1)), kBits};
+}
+
+// Two pixels in three bytes: high bytes at 0 and kHi1, the low bits of both in byte kLo (pixel 1's from bit 4).
+template <uint32_t kBits, uint32_t kHi1, uint32_t kLo>
+struct RPair : TReader<TGrey, 2, 3> {
+    TGroup Read(const uint8_t* p) const { return {Join<kBits>(p[0], p[kLo], 0), Join<kBits>(p[kHi1], p[kLo], 4)}; }
     // The first pixel of a group cut short by the line end, from its high byte alone.
-    TGroup ReadFirst(const uint8_t* p) const { return {{{p[0], 8}, {0, 8}}}; }
+    TGroup ReadFirst(const uint8_t* p) const { return {Join<8>(p[0], 0, 0), Join<8>(0, 0, 0)}; }
 };
+
+// Packed: high bytes 0 and 2, low bits in byte 1. MIPI 12 bits: high bytes 0 and 1, low bits in byte 2.
+template <uint32_t kBits>
+using RPacked = RPair<kBits, 2, 1>;
+template <uint32_t kBits>
+using RMipi12 = RPair<kBits, 1, 2>;
 
 // MIPI 10 bits: four high bytes, then one byte with the low two bits of pixel i at bit 2i.
 template <uint32_t kBits>
 struct RMipi10 : TReader<TGrey, 4, 5> {
-    static constexpr uint32_t kLow = kBits - 8, kMask = (1u << kLow) - 1;
     TGroup Read(const uint8_t* p) const
     {
-        TGroup px;
-        for (uint32_t i = 0; i < 4; ++i) px[i] = {uint32_t(p[i] << kLow) | ((p[4] >> (2 * i)) & kMask), kBits};
-        return px;
-    }
-};
-
-// MIPI 12 bits: two high bytes, then one byte with pixel 0's low bits in bits 3..0 and pixel 1's in 7..4.
-template <uint32_t kBits>
-struct RMipi12 : TReader<TGrey, 2, 3> {
-    static constexpr uint32_t kLow = kBits - 8, kMask = (1u << kLow) - 1;
-    TGroup Read(const uint8_t* p) const
-    {
-        return {{{uint32_t(p[0] << kLow) | (p[2] & kMask), kBits},
-                 {uint32_t(p[1] << kLow) | ((p[2] >> 4) & kMask), kBits}}};
+        return {Join<kBits>(p[0], p[4], 0), Join<kBits>(p[1], p[4], 2), Join<kBits>(p[2], p[4], 4),
+                Join<kBits>(p[3], p[4], 6)};
     }
 };
 
