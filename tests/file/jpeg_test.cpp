@@ -9,6 +9,7 @@
 // clang-format on
 
 #include "file_test_util.h"
+#include "platform/kalog.h"
 
 using namespace filetest;
 
@@ -77,6 +78,31 @@ void WriteCmykJpeg(const std::string& path)
     jpeg_destroy_compress(&c);
     std::fclose(f);
 }
+
+// Collects the library's log lines written while it lives.
+class CLogCapture {
+public:
+    explicit CLogCapture(const std::string& path) : m_path(path)
+    {
+        setenv("KAIP_LOG_LEVEL", "debug", 1);
+        setenv("KAIP_LOG_FILE", path.c_str(), 1);
+        kalog_Reconfigure();
+    }
+    ~CLogCapture()
+    {
+        setenv("KAIP_LOG_LEVEL", "off", 1);
+        unsetenv("KAIP_LOG_FILE");
+        kalog_Reconfigure();
+    }
+    std::string Text() const
+    {
+        const std::vector<uint8_t> b = ReadBytes(m_path);
+        return std::string(b.begin(), b.end());
+    }
+
+private:
+    std::string m_path;
+};
 
 }  // namespace
 
@@ -221,7 +247,19 @@ TEST(JpegHostile, RefusedFiles)
     const std::string path = dir / "h.jpg";
     WriteCmykJpeg(path);
     KaipImgInfo img{};
-    EXPECT_EQ(KASTATUS_KAIP_JPEG_LOAD_FAILED, KaipLoadFromJpeg(path.c_str(), &img, 0x1000));
+    {
+        CLogCapture log(dir / "log.txt");
+        EXPECT_EQ(KASTATUS_KAIP_JPEG_LOAD_FAILED, KaipLoadFromJpeg(path.c_str(), &img, 0x1000));
+        WriteBytes(dir / "cut.jpg", std::vector<uint8_t>(2, 0xFF));
+        EXPECT_EQ(KASTATUS_KAIP_JPEG_LOAD_FAILED, KaipLoadFromJpeg((dir / "cut.jpg").c_str(), &img, 0x1000));
+        const std::string text = log.Text();
+        EXPECT_NE(
+            std::string::npos,
+            text.find("KaipLoadFromJpeg: KASTATUS_KAIP_JPEG_LOAD_FAILED: Invalid color space in the source image."))
+            << text;
+        EXPECT_NE(std::string::npos, text.find("KaipLoadFromJpeg: KASTATUS_KAIP_JPEG_LOAD_FAILED: Not a JPEG file"))
+            << text;
+    }
     EXPECT_EQ(nullptr, img.pData);
 
     TestImage src(40, 24, KaipPixelFormat_RGB8Packed, 3, 120, 0, 1);
