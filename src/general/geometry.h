@@ -70,4 +70,10 @@ inline uint64_t ReversePixels(uint64_t v)
     return v;
 }
 
+// The quarter turn's destination rows r0..r1-1 and columns c0..c1-1 in vector blocks of
+// 16 x 16 bytes (dimensions multiples of 16 / P, P = 1, 2 or 4): destination pixel (c, r) is
+// read from s0 + c * dc + r * dr. Returns false, writing nothing, when the SSE2 switch is off.
+bool TurnBlocks_intr(unsigned P, const uint8_t* s0, ptrdiff_t dc, ptrdiff_t dr, const KaipImgInfo& dst, uint32_t r0,
+                     uint32_t r1, uint32_t c0, uint32_t c1);
+
 }  // namespace geometry

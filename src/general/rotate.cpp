@@ -3,13 +3,13 @@
 
 #include "core/check.h"
 #include "core/common.h"
+#include "core/unidef.h"
 #include "general/geometry.h"
 #include "general/lut.h"
 
 using geometry::CheckAndFitDst;
 using geometry::Line;
 using geometry::Load8;
-using geometry::ReversePixels;
 using geometry::Store8;
 
 namespace {
@@ -61,38 +61,42 @@ void TurnBlocks(const uint8_t* s0, ptrdiff_t dc, ptrdiff_t dr, const KaipImgInfo
                 uint32_t c0, uint32_t c1)
 {
     constexpr unsigned K = 8 / P;
-    // A source row read backwards gives its pixels in reverse order.
+    // A source row read backwards starts at its lowest address and yields the rows reversed.
     const ptrdiff_t back = dr < 0 ? ptrdiff_t(K - 1) * dr : 0;
     for (uint32_t r = r0; r < r1; r += K)
         for (uint32_t c = c0; c < c1; c += K) {
             uint64_t w[K];
             const uint8_t* s = s0 + ptrdiff_t(r) * dr + ptrdiff_t(c) * dc + back;
 #pragma GCC unroll 8
-            for (unsigned i = 0; i < K; ++i, s += dc) w[i] = dr < 0 ? ReversePixels<P>(Load8(s)) : Load8(s);
+            for (unsigned i = 0; i < K; ++i, s += dc) w[i] = Load8(s);
             Transpose<P>(w);
 #pragma GCC unroll 8
-            for (unsigned j = 0; j < K; ++j) Store8(Line(dst, r + j) + size_t(c) * P, w[j]);
+            for (unsigned j = 0; j < K; ++j) Store8(Line(dst, dr < 0 ? r + K - 1 - j : r + j) + size_t(c) * P, w[j]);
         }
 }
 
 // Writes every destination pixel (c, r) from s0 + c * dc + r * dr. Each destination row reads
 // one source column, so the work goes in square tiles: the source lines a tile touches stay
-// in the cache while its columns are read.
+// in the cache while its columns are read. Inside a tile, blocks of 16 x 16 bytes go through
+// SSE2 registers (or of 8 x 8 bytes through 64-bit words); three-byte pixels go one at a time.
 template <unsigned P>
 void Turn(const uint8_t* s0, ptrdiff_t dc, ptrdiff_t dr, const KaipImgInfo& dst)
 {
-    constexpr uint32_t kTile = P <= 2 ? 64 : 32, K = P == 3 ? 1 : 8 / P;
+    constexpr uint32_t kTile = P <= 2 ? 64 : 32;
+    const bool bVector = P != 3 && g_SSEChecker.m_bUseSSE2;
+    const uint32_t k = P == 3 ? 1 : (bVector ? 16 : 8) / P;
     const uint32_t w = dst.Width, h = dst.Height;
     for (uint32_t r0 = 0; r0 < h; r0 += kTile) {
         const uint32_t r1 = std::min(h, r0 + kTile);
         for (uint32_t c0 = 0; c0 < w; c0 += kTile) {
             const uint32_t c1 = std::min(w, c0 + kTile);
-            if constexpr (K == 1) {
+            if constexpr (P == 3) {
                 TurnPixels<P>(s0, dc, dr, dst, r0, r1, c0, c1);
             } else {
                 // Whole blocks, then the columns and rows left over at the image's edges.
-                const uint32_t rb = r0 + (r1 - r0) / K * K, cb = c0 + (c1 - c0) / K * K;
-                TurnBlocks<P>(s0, dc, dr, dst, r0, rb, c0, cb);
+                const uint32_t rb = r0 + (r1 - r0) / k * k, cb = c0 + (c1 - c0) / k * k;
+                if (!bVector || !geometry::TurnBlocks_intr(P, s0, dc, dr, dst, r0, rb, c0, cb))
+                    TurnBlocks<P>(s0, dc, dr, dst, r0, rb, c0, cb);
                 TurnPixels<P>(s0, dc, dr, dst, r0, rb, cb, c1);
                 TurnPixels<P>(s0, dc, dr, dst, rb, r1, c0, c1);
             }
