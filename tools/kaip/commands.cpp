@@ -127,7 +127,7 @@ private:
 std::string ProcessOne(const std::string& input, const std::string& output, const ProcessOptions& options,
                        const PipelineSettings& settings, Timings* timings)
 {
-    Image raw = LoadRaw(input, SpecFromOptions(options.format, options.size));
+    Image raw = LoadAny(input, SpecFromOptions(options.format, options.size));
     std::string format = FormatName(raw.Format());
     Image picture = Develop(std::move(raw), settings, timings);
     timings->Run(std::string("save ") + FileTypeName(FileTypeOf(output)), picture.Megapixels(),
@@ -211,7 +211,9 @@ int RunDemo(const DemoOptions& options)
     Image raw =
         timings.Run("synthesise chart", megapixels, [&] { return RenderChart(width, height, options.bits, pattern); });
     std::string stem = (fs::path(options.out) / "demo").string();
-    std::vector<std::string> written = {stem + "." + FormatName(raw.Format()) + "." + options.size + ".raw"};
+    std::string size = std::to_string(width) + "x" + std::to_string(height);
+    std::string format = FormatName(raw.Format());
+    std::vector<std::string> written = {stem + "." + format + "." + size + ".raw"};
     timings.Run("save raw", megapixels, [&] { SaveAny(written.back(), raw, 0); });
     Image picture = Develop(std::move(raw), settings, &timings);
     for (const char* extension : {".bmp", ".tif", ".jpg"}) {
@@ -219,7 +221,7 @@ int RunDemo(const DemoOptions& options)
         timings.Run(std::string("save ") + FileTypeName(FileTypeOf(written.back())), megapixels,
                     [&] { SaveAny(written.back(), picture, options.quality); });
     }
-    std::printf("kaip demo: %ux%u chart, %s mosaic, through libpm.imgproc\n\n", width, height, written[0].c_str());
+    std::printf("kaip demo: a %s %s chart through libpm.imgproc\n\n", size.c_str(), format.c_str());
     timings.Print(stdout);
     std::printf("\nwrote:\n");
     for (const std::string& path : written) std::printf("  %s\n", path.c_str());
