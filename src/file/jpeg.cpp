@@ -71,7 +71,7 @@ bool Compress(TJpegSaveJob& job, FILE* pFile, const KaipImgInfo& image, uint32_t
     c.input_components = bGrey ? 1 : 3;
     c.in_color_space = bGrey ? JCS_GRAYSCALE : JCS_RGB;
     jpeg_set_defaults(&c);
-    jpeg_set_quality(&c, dwQuality > 100 ? 100 : int(dwQuality), TRUE);
+    jpeg_set_quality(&c, int(dwQuality), TRUE);  // libjpeg clamps to 1..100
     c.dct_method = JDCT_ISLOW;
     jpeg_start_compress(&c, TRUE);
     const bool bBottomUp = (image.Flags & KaipImgFlag_BottomUp) != 0;
