@@ -70,7 +70,7 @@ template <unsigned P, bool Reverse, class Map>
 void MapLine(const uint8_t* s, uint8_t* d, size_t n, Map map)
 {
     if constexpr (kIsCopy<P, Map> && !Reverse) {
-        std::memcpy(d, s, n * P);
+        std::memmove(d, s, n * P);  // a destination descriptor may share the source buffer
         return;
     }
     size_t x = 0;
