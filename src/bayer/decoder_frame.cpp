@@ -41,6 +41,7 @@ KaipStatus PrepareBayerJob(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, 
     if (pDstImgInfo->Flags & KaipImgFlag_ColorPlanes) {
         return Refuse(KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED, "%s: the color planes are not supported", pszFunc);
     }
+    // The source class mask above admits only the Mono8, Mono10 and Mono12 bases.
     job.dwBits = job.src.PixelFormat == KaipPixelFormat_Mono8    ? 8
                  : job.src.PixelFormat == KaipPixelFormat_Mono10 ? 10
                                                                  : 12;
@@ -51,12 +52,14 @@ KaipStatus PrepareBayerJob(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, 
 
 namespace {
 
-template <class TBody>
-const uint8_t* Bytes(const TBody& table)
+template <class TTable>
+const uint8_t* Bytes(const TTable& table)
 {
     return reinterpret_cast<const uint8_t*>(table);
 }
 
+// Bodies of types without both Bayer flags lack these rows: their addresses are taken but
+// never read, since the decoders that read them demand the full layout first.
 template <class TBody>
 void FillReplicated(const TBody& body, TBayerLut& lut)
 {
