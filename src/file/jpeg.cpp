@@ -56,7 +56,30 @@ struct TJpegLoadJob {
     ~TJpegLoadJob() { jpeg_destroy_decompress(&cinfo); }
 };
 
-// Compresses a Mono8 or RGB8Packed image into pFile, top line first; false when libjpeg failed.
+// The colour space libjpeg reads a format in, JCS_UNKNOWN when it must be converted first.
+// libjpeg-turbo reads the BGR and four-byte layouts directly, giving the same file as the
+// converted RGB copy would.
+J_COLOR_SPACE JpegInputSpace(uint32_t dwFormat)
+{
+    switch (dwFormat) {
+        case KaipPixelFormat_Mono8:
+            return JCS_GRAYSCALE;
+        case KaipPixelFormat_RGB8Packed:
+            return JCS_RGB;
+#if defined(JCS_EXTENSIONS)
+        case KaipPixelFormat_BGR8Packed:
+            return JCS_EXT_BGR;
+        case KaipPixelFormat_BGRA8Packed:
+            return JCS_EXT_BGRX;
+        case KaipPixelFormat_RGBA8Packed:
+            return JCS_EXT_RGBX;
+#endif
+        default:
+            return JCS_UNKNOWN;
+    }
+}
+
+// Compresses an image that libjpeg reads directly into pFile, top line first; false when libjpeg failed.
 bool Compress(TJpegSaveJob& job, FILE* pFile, const KaipImgInfo& image, uint32_t dwQuality)
 {
     jpeg_compress_struct& c = job.cinfo;
@@ -67,9 +90,11 @@ bool Compress(TJpegSaveJob& job, FILE* pFile, const KaipImgInfo& image, uint32_t
     jpeg_stdio_dest(&c, pFile);
     c.image_width = image.Width;
     c.image_height = image.Height;
-    const bool bGrey = image.PixelFormat == KaipPixelFormat_Mono8;
-    c.input_components = bGrey ? 1 : 3;
-    c.in_color_space = bGrey ? JCS_GRAYSCALE : JCS_RGB;
+    c.in_color_space = JpegInputSpace(image.PixelFormat);
+    c.input_components = c.in_color_space == JCS_GRAYSCALE ? 1 : c.in_color_space == JCS_RGB ? 3 : 4;
+#if defined(JCS_EXTENSIONS)
+    if (c.in_color_space == JCS_EXT_BGR) c.input_components = 3;
+#endif
     jpeg_set_defaults(&c);
     jpeg_set_quality(&c, int(dwQuality), TRUE);  // libjpeg clamps to 1..100
     c.dct_method = JDCT_ISLOW;
@@ -156,7 +181,7 @@ KaipStatus SaveToJpeg(const char* pszFileName, const KaipImgInfo* pSrcImgInfo, u
     CTempImage converted;
     const KaipImgInfo* pImage = pSrcImgInfo;
     const uint32_t dwFormat = pSrcImgInfo->PixelFormat;
-    if (dwFormat != KaipPixelFormat_Mono8 && dwFormat != KaipPixelFormat_RGB8Packed) {
+    if (JpegInputSpace(dwFormat) == JCS_UNKNOWN) {
         const uint32_t dwTarget = JpegTarget(dwFormat);
         status = InitImgInfo(&converted.info, pSrcImgInfo->Width, pSrcImgInfo->Height, dwTarget, 0);
         if (!status) status = ConvertToPixelFormat(pSrcImgInfo, &converted.info, dwTarget, KaipOption_ReallocateDst);
