@@ -691,19 +691,50 @@ KAIP_API KaipStatus KaipApply3x3Convolution(const KaipImgInfo* pSrcImgInfo, Kaip
  * Returns 0; KASTATUS_KAIP_INVALID_POINTER for a null piMatrix. */
 KAIP_API KaipStatus KaipSet3x3MatrixSharpening(int32_t iSharpness, int32_t* piMatrix, uint32_t dwOptions);
 
-/* Flat-field (shading) correction of pSrcImgInfo against a black and a white reference
- * image of the same size, pixel format and flags: each pixel is rescaled so that the black
- * reference maps to black and the white reference to full scale, removing fixed dark
- * offsets and uneven illumination or sensitivity. Declared for completeness: not provided
- * by this version of the library. */
+/* Flat-field (shading) correction of pSrcImgInfo against a black (dark) and a white (flat)
+ * reference image, into pDstImgInfo or, when it is null, in place:
+ *   out = (in - black) x mean(white - black) / (white - black)
+ * per sample, rounded to nearest (halves up), 0 where in is below black, clamped to the
+ * format's maximum. Samples of all three images are masked to the format's depth first.
+ * The mean belongs to the sample's class: the whole image for mono formats, each colour channel
+ * for packed colour, each site colour (red, green, blue; both greens of the cell together) for a
+ * Bayer mosaic, whose pattern comes from the pixel format code. It is the mean of white - black
+ * over the samples of that class where white is above black, summed in 64 bits and rounded to
+ * nearest. Where white is not above black the input sample is passed on as it is (unmasked).
+ * The arithmetic is exact integer arithmetic (no floating point).
+ * Formats: Mono8, Mono9 .. Mono16, the 8-, 10-, 12- and 16-bit Bayer formats (one sample per
+ * pixel), BGR8Packed, RGB8Packed, BGRA8Packed, RGBA8Packed (three channels; the fourth byte is
+ * neither read nor written, so in place alpha stays and a destination keeps its own).
+ * pBlackImgInfo and pWhiteImgInfo must have the source's Width, Height and PixelFormat and the
+ * same KaipImgFlag_ColorPlanes, _BottomUp, _BayerShiftLine and _BayerShiftColumn bits (their
+ * line increments and other flags may differ). The destination must match the source in size,
+ * format, colour planes and orientation, or KaipOption_ReallocateDst rebuilds it as for
+ * KaipApplyRgbColorCorrection. Temporary memory: one 64-bit reciprocal per possible
+ * white - black difference (at most 512 KiB for 16-bit formats).
+ * Returns 0; the statuses of the common checks on source and destination (as for
+ * KaipApplyRgbColorCorrection; KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT for other formats);
+ * for a reference: KASTATUS_KAIP_INVALID_POINTER (null), KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED,
+ * KASTATUS_KAIP_IMGINFOS_NOT_EQUAL (size), KASTATUS_KAIP_REF_PIXEL_FORMAT_DIFFERS,
+ * KASTATUS_KAIP_REF_FLAGS_DIFFER, KASTATUS_KAIP_SRC_NOT_ALLOCATED (null pData), checked in this
+ * order, black before white; KASTATUS_KAIP_MEMORY_ALLOC_FAILED; the statuses of the
+ * reallocation. Nothing is written on a refusal. */
 KAIP_API KaipStatus KaipApplyShadingCorrection(const KaipImgInfo* pSrcImgInfo, const KaipImgInfo* pBlackImgInfo,
                                                const KaipImgInfo* pWhiteImgInfo, KaipImgInfo* pDstImgInfo,
                                                uint32_t dwOptions);
 
-/* Threshold sharpening: the kernel piMatrix (as for KaipApply3x3Convolution, typically from
- * KaipSet3x3MatrixSharpening) applied only where the local contrast around a pixel exceeds
- * iThreshold, in the units of the format's samples; flat areas keep their noise-free
- * values. Declared for completeness: not provided by this version of the library. */
+/* Threshold sharpening: KaipApply3x3Convolution with the kernel piMatrix (typically from
+ * KaipSet3x3MatrixSharpening) applied only where the local contrast exceeds iThreshold, so
+ * flat, noisy areas keep their values. The local contrast of a sample is its distance from the
+ * mean of the nine samples of its 3x3 neighbourhood (itself included, same channel), compared
+ * without division: the kernel is applied where
+ *   |9 x centre - sum of the nine samples| > 9 x iThreshold,
+ * elsewhere the result is the sample itself; either is clamped to 0..the format's maximum and
+ * then goes through the LUT as in KaipApply3x3Convolution. iThreshold is in the format's sample
+ * units; below 0 every interior pixel is sharpened (as by KaipApply3x3Convolution), from
+ * 65535 up none is.
+ * Formats, the untouched border (first and last line and column), images of 2 lines or fewer,
+ * the destination (required, not overlapping the source), hLut and dwOptions: as for
+ * KaipApply3x3Convolution. Returns the same statuses, logged with this function's name. */
 KAIP_API KaipStatus Kaip3x3ThresholdSharpening(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
                                                const int32_t* piMatrix, int32_t iThreshold, uint32_t dwOptions,
                                                KaipHLut hLut);

@@ -1,4 +1,5 @@
-// convolution.cpp: 3x3 convolution of the image interior with a kernel in thousandths, and the sharpening kernel.
+// convolution.cpp: 3x3 convolution of the image interior with a kernel in thousandths (plain or above a
+// contrast threshold), and the sharpening kernel.
 #include <algorithm>
 #include <iterator>
 
@@ -8,7 +9,6 @@
 
 namespace {
 
-constexpr const char* kFunc = "KaipApply3x3Convolution";
 // Mono8 to Mono16 (the Bayer codes included), BGR8Packed and BGRA8Packed.
 constexpr uint64_t kClassMask = KaipPixelFormatClass_Mono8 | KaipPixelFormatClass_Mono9 | KaipPixelFormatClass_Mono10 |
                                 KaipPixelFormatClass_Mono11 | KaipPixelFormatClass_Mono12 |
@@ -22,51 +22,64 @@ struct TBaseline {};
 
 }  // namespace
 
-KaipStatus Apply3x3Convolution(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, const int32_t* piMatrix,
-                               uint32_t dwOptions, KaipHLut hLut)
+KaipStatus Filter3x3(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                     const int32_t* piMatrix, uint32_t dwOptions, KaipHLut hLut, const int32_t* piThreshold)
 {
     bool bReallocate = false;
-    KaipStatus status = CheckImgInfos(kFunc, pSrcImgInfo, pDstImgInfo, dwOptions, kClassMask,
+    KaipStatus status = CheckImgInfos(pszFunc, pSrcImgInfo, pDstImgInfo, dwOptions, kClassMask,
                                       pSrcImgInfo ? pSrcImgInfo->PixelFormat : 0, 0,
                                       KaipCheck_SameSize | KaipCheck_SamePixelFormat | KaipCheck_DstRequired,
                                       KaipImgFlag_ColorPlanes | KaipImgFlag_BottomUp, &bReallocate);
+    // The check leaves a format outside the class mask to its caller to log.
+    if (status == KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT)
+        return Refuse(status, "%s: Unsupported source color format 0x%8.8x", pszFunc, pSrcImgInfo->PixelFormat);
     if (status != KASTATUS_OK) return status;
     if (piMatrix == nullptr)
         return Refuse(KASTATUS_KAIP_INVALID_POINTER, "%s: piMatrix is NULL, returning KASTATUS_KAIP_INVALID_POINTER.",
-                      kFunc);
+                      pszFunc);
     const KaipImgInfo& src = *pSrcImgInfo;
     const TConvolutionFormat* pFormat =
         FindFormatRow(kConvolutionFormats<TBaseline>, g_pConvolutionFormatsSse4, g_pConvolutionFormatsAvx2,
                       kConvolutionFormatCount, src.PixelFormat);
     if (pFormat == nullptr)
-        return Refuse(KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT, "%s: Unsupported source color format 0x%8.8x", kFunc,
-                      src.PixelFormat);
+        return Refuse(KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT, "%s: Unsupported source color format 0x%8.8x",
+                      pszFunc, src.PixelFormat);
     if (bReallocate) {
-        status = ReallocateDst(kFunc, pDstImgInfo, src.Width, src.Height, src.PixelFormat, dwOptions);
+        status = ReallocateDst(pszFunc, pDstImgInfo, src.Width, src.Height, src.PixelFormat, dwOptions);
         if (status != KASTATUS_OK) return status;
         // Colour planes asked for in the options word would leave no interleaved buffer to write.
         if (pDstImgInfo->Flags & KaipImgFlag_ColorPlanes)
-            return Refuse(KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED, "%s: the color planes are not supported", kFunc);
+            return Refuse(KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED, "%s: the color planes are not supported", pszFunc);
     }
     TLutTables lut;
-    status = GetLutTables(kFunc, hLut, pFormat->uLutDepth, lut);
+    status = GetLutTables(pszFunc, hLut, pFormat->uLutDepth, lut);
     if (status != KASTATUS_OK) return status;
     if (src.Height <= 2 || src.Width <= 2) return KASTATUS_OK;
 
     // The blue byte of a BGR pixel goes through the red table: tables follow byte positions.
-    const void* apTables[3] = {lut.pRed, lut.pGreen, lut.pBlue};
-    if (!pFormat->bColor) apTables[0] = lut.pGreen;
-    uint32_t k[9];
-    std::copy(piMatrix, piMatrix + 9, k);
-    const bool bCross = (k[0] | k[2] | k[6] | k[8]) == 0;
-    TConvolveLine* pfnLine = pFormat->apfnLine[bCross][lut.pRed != nullptr];
+    TConvolutionJob job{};
+    std::copy(piMatrix, piMatrix + 9, job.k);
+    job.iMax = pFormat->iMax;
+    // Contrasts are at most 9 x 65535, so any threshold above that sharpens nothing and one below 0 everything.
+    job.iLimit9 = piThreshold ? int32_t(std::clamp<int64_t>(int64_t(*piThreshold) * 9, -1, INT32_MAX)) : 0;
+    job.apTables[0] = pFormat->bColor ? lut.pRed : lut.pGreen;
+    job.apTables[1] = lut.pGreen;
+    job.apTables[2] = lut.pBlue;
+    const bool bCross = (job.k[0] | job.k[2] | job.k[6] | job.k[8]) == 0, bLut = lut.pRed != nullptr;
+    TConvolveLine* pfnLine = piThreshold ? pFormat->apfnThreshold[bLut] : pFormat->apfnLine[bCross][bLut];
     const size_t srcIncrement = src.LineIncrement, dstIncrement = pDstImgInfo->LineIncrement;
     for (size_t y = 1; y + 1 < src.Height; ++y) {
         const uint8_t* pLine = src.pData + y * srcIncrement;
-        pfnLine(pLine - srcIncrement, pLine, pLine + srcIncrement, pDstImgInfo->pData + y * dstIncrement, src.Width, k,
-                pFormat->iMax, apTables);
+        pfnLine(pLine - srcIncrement, pLine, pLine + srcIncrement, pDstImgInfo->pData + y * dstIncrement, src.Width,
+                job);
     }
     return KASTATUS_OK;
+}
+
+KaipStatus Apply3x3Convolution(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, const int32_t* piMatrix,
+                               uint32_t dwOptions, KaipHLut hLut)
+{
+    return Filter3x3("KaipApply3x3Convolution", pSrcImgInfo, pDstImgInfo, piMatrix, dwOptions, hLut, nullptr);
 }
 
 KaipStatus Set3x3MatrixSharpening(int32_t iSharpness, int32_t* piMatrix, uint32_t dwOptions)

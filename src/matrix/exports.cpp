@@ -25,4 +25,18 @@ KAIP_API KaipStatus KaipSet3x3MatrixSharpening(int32_t iSharpness, int32_t* piMa
     return Set3x3MatrixSharpening(iSharpness, piMatrix, dwOptions);
 }
 
+KAIP_API KaipStatus Kaip3x3ThresholdSharpening(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                                               const int32_t* piMatrix, int32_t iThreshold, uint32_t dwOptions,
+                                               KaipHLut hLut)
+{
+    return ThresholdSharpening3x3(pSrcImgInfo, pDstImgInfo, piMatrix, iThreshold, dwOptions, hLut);
+}
+
+KAIP_API KaipStatus KaipApplyShadingCorrection(const KaipImgInfo* pSrcImgInfo, const KaipImgInfo* pBlackImgInfo,
+                                               const KaipImgInfo* pWhiteImgInfo, KaipImgInfo* pDstImgInfo,
+                                               uint32_t dwOptions)
+{
+    return ApplyShadingCorrection(pSrcImgInfo, pBlackImgInfo, pWhiteImgInfo, pDstImgInfo, dwOptions);
+}
+
 }  // extern "C"

@@ -1,4 +1,5 @@
-// matrix.h: colour correction and 3x3 convolution, the workers behind the exported matrix filters.
+// matrix.h: colour correction, 3x3 convolution, threshold sharpening and shading correction, the workers behind
+// the exported matrix filters.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +13,17 @@ KaipStatus SetSaturationMatrix(uint32_t dwSaturation, int32_t* piMatrix);
 KaipStatus Apply3x3Convolution(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, const int32_t* piMatrix,
                                uint32_t dwOptions, KaipHLut hLut);
 KaipStatus Set3x3MatrixSharpening(int32_t iSharpness, int32_t* piMatrix, uint32_t dwOptions);
+// Kaip3x3ThresholdSharpening (an identifier cannot start with the digit, hence the order of the name).
+KaipStatus ThresholdSharpening3x3(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, const int32_t* piMatrix,
+                                  int32_t iThreshold, uint32_t dwOptions, KaipHLut hLut);
+
+// The convolution of the interior behind both 3x3 filters, logging as pszFunc; with piThreshold only
+// where the local contrast exceeds *piThreshold.
+KaipStatus Filter3x3(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                     const int32_t* piMatrix, uint32_t dwOptions, KaipHLut hLut, const int32_t* piThreshold);
+
+KaipStatus ApplyShadingCorrection(const KaipImgInfo* pSrcImgInfo, const KaipImgInfo* pBlackImgInfo,
+                                  const KaipImgInfo* pWhiteImgInfo, KaipImgInfo* pDstImgInfo, uint32_t dwOptions);
 
 // The red, green and blue tables of one LUT body, as bytes (8-bit body) or words (10, 12 bits).
 struct TLutTables {

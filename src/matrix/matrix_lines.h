@@ -55,29 +55,36 @@ void CorrectLine(const uint8_t* pSrcLine, uint8_t* pDstLine, uint32_t dwWidth, c
     }
 }
 
-using TConvolveLine = void(const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*, uint32_t, const uint32_t*, int32_t,
-                           const void* const*);
+// What one convolution call hands its line workers: the kernel as unsigned words (so that the sum
+// wraps at 32 bits as the processor's arithmetic does), the format's maximum, the table of each
+// channel (by byte position for colour, green for mono) and, for threshold sharpening, the least
+// contrast times 9 that is sharpened (-1: every pixel).
+struct TConvolutionJob {
+    uint32_t k[9];
+    int32_t iMax;
+    int32_t iLimit9;
+    const void* apTables[3];
+};
 
-// One interior line: every pixel but the first and the last, every colour channel on its own with
-// the same channel of its neighbours (iStep samples apart). The kernel comes as unsigned words so
-// that the sum wraps at 32 bits as the processor's arithmetic does. A cross kernel (corners 0) skips
-// the four corner products, which changes nothing in the result. With a LUT, channel i goes through
-// ppTables[i]. Without a LUT and without a skipped fourth byte the interior is one run of samples.
-template <class TIsa, typename TSample, int iChannels, int iStep, bool bCross, bool bLut>
-void ConvolveLine(const uint8_t* pAbove, const uint8_t* pLine, const uint8_t* pBelow, uint8_t* pDstLine,
-                  uint32_t dwWidth, const uint32_t* k, int32_t iMax, const void* const* ppTables)
+using TConvolveLine = void(const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*, uint32_t, const TConvolutionJob&);
+
+// The weighted sum of the nine samples around sample j (iStep samples apart), wrapping at 32 bits. A
+// cross kernel (corners 0) skips the four corner products, which changes nothing in the result.
+template <class TIsa, bool bCross, int iStep, typename TSample>
+inline int32_t Weighted3x3(const TSample* a, const TSample* m, const TSample* b, size_t j, const uint32_t* k)
 {
-    const TSample* a = reinterpret_cast<const TSample*>(pAbove);
-    const TSample* m = reinterpret_cast<const TSample*>(pLine);
-    const TSample* b = reinterpret_cast<const TSample*>(pBelow);
-    TSample* d = reinterpret_cast<TSample*>(pDstLine);
-    const uint32_t k0 = k[0], k1 = k[1], k2 = k[2], k3 = k[3], k4 = k[4], k5 = k[5], k6 = k[6], k7 = k[7], k8 = k[8];
-    auto value = [&](size_t j) {
-        const size_t l = j - iStep, r = j + iStep;
-        uint32_t sum = k1 * a[j] + k3 * m[l] + k4 * m[j] + k5 * m[r] + k7 * b[j];
-        if constexpr (!bCross) sum += k0 * a[l] + k2 * a[r] + k6 * b[l] + k8 * b[r];
-        return ClampTo<TIsa, int32_t>(int32_t(sum) / 1000, 0, iMax);
-    };
+    const size_t l = j - iStep, r = j + iStep;
+    uint32_t sum = k[1] * a[j] + k[3] * m[l] + k[4] * m[j] + k[5] * m[r] + k[7] * b[j];
+    if constexpr (!bCross) sum += k[0] * a[l] + k[2] * a[r] + k[6] * b[l] + k[8] * b[r];
+    return int32_t(sum);
+}
+
+// Writes value(j) for every colour sample j of an interior line (every pixel but the first and the
+// last, iChannels of every iStep samples), through the channel's table with a LUT. Without a LUT and
+// without a skipped fourth byte the interior is one run of samples.
+template <class TIsa, typename TSample, int iChannels, int iStep, bool bLut, class TValue>
+inline void WriteInterior(TSample* d, uint32_t dwWidth, const void* const* ppTables, TValue value)
+{
     const size_t end = size_t(dwWidth - 1) * iStep;
     if constexpr (iChannels == iStep && !bLut) {
         for (size_t j = iStep; j < end; ++j) d[j] = TSample(value(j));
@@ -95,6 +102,49 @@ void ConvolveLine(const uint8_t* pAbove, const uint8_t* pLine, const uint8_t* pB
     }
 }
 
+// One interior line of the convolution: each colour channel on its own with the same channel of its
+// neighbours; the sum divided by 1000 toward zero and clamped.
+template <class TIsa, typename TSample, int iChannels, int iStep, bool bCross, bool bLut>
+void ConvolveLine(const uint8_t* pAbove, const uint8_t* pLine, const uint8_t* pBelow, uint8_t* pDstLine,
+                  uint32_t dwWidth, const TConvolutionJob& job)
+{
+    const TSample* a = reinterpret_cast<const TSample*>(pAbove);
+    const TSample* m = reinterpret_cast<const TSample*>(pLine);
+    const TSample* b = reinterpret_cast<const TSample*>(pBelow);
+    uint32_t k[9];  // a local copy, kept in registers although the stores may alias the job
+    for (int i = 0; i < 9; ++i) k[i] = job.k[i];
+    const int32_t iMax = job.iMax;
+    WriteInterior<TIsa, TSample, iChannels, iStep, bLut>(
+        reinterpret_cast<TSample*>(pDstLine), dwWidth, job.apTables, [&](size_t j) {
+            return ClampTo<TIsa, int32_t>(Weighted3x3<TIsa, bCross, iStep>(a, m, b, j, k) / 1000, 0, iMax);
+        });
+}
+
+// One interior line of threshold sharpening: the convolution where the sample differs from the mean of
+// its nine samples by more than the threshold, |9 x centre - sum of the nine| > 9 x threshold (no
+// division), else the sample itself; both clamped to the format's range. Branch-free: both are computed.
+template <class TIsa, typename TSample, int iChannels, int iStep, bool bLut>
+void ThresholdLine(const uint8_t* pAbove, const uint8_t* pLine, const uint8_t* pBelow, uint8_t* pDstLine,
+                   uint32_t dwWidth, const TConvolutionJob& job)
+{
+    const TSample* a = reinterpret_cast<const TSample*>(pAbove);
+    const TSample* m = reinterpret_cast<const TSample*>(pLine);
+    const TSample* b = reinterpret_cast<const TSample*>(pBelow);
+    uint32_t k[9];
+    for (int i = 0; i < 9; ++i) k[i] = job.k[i];
+    const int32_t iMax = job.iMax, iLimit9 = job.iLimit9;
+    WriteInterior<TIsa, TSample, iChannels, iStep, bLut>(
+        reinterpret_cast<TSample*>(pDstLine), dwWidth, job.apTables, [&](size_t j) {
+            const size_t l = j - iStep, r = j + iStep;
+            const int32_t centre = m[j];
+            const int32_t nine =
+                int32_t(a[l] + a[j] + a[r]) + int32_t(m[l] + m[j] + m[r]) + int32_t(b[l] + b[j] + b[r]);
+            const int32_t diff = 9 * centre - nine, contrast = diff < 0 ? -diff : diff;
+            const int32_t sharpened = Weighted3x3<TIsa, false, iStep>(a, m, b, j, k) / 1000;
+            return ClampTo<TIsa, int32_t>(contrast > iLimit9 ? sharpened : centre, 0, iMax);
+        });
+}
+
 // One format and its workers: by LUT for the correction, by cross kernel and LUT for the convolution.
 struct TCorrectionFormat {
     uint32_t dwPixelFormat;
@@ -104,9 +154,10 @@ struct TCorrectionFormat {
 struct TConvolutionFormat {
     uint32_t dwPixelFormat;
     int32_t iMax;
-    unsigned uLutDepth;             // 8, 10 or 12; 0: the format takes no LUT
-    bool bColor;                    // bytes 0, 1, 2 through the red, green and blue tables; mono: green
-    TConvolveLine* apfnLine[2][2];  // [cross kernel][LUT]
+    unsigned uLutDepth;               // 8, 10 or 12; 0: the format takes no LUT
+    bool bColor;                      // bytes 0, 1, 2 through the red, green and blue tables; mono: green
+    TConvolveLine* apfnLine[2][2];    // [cross kernel][LUT]
+    TConvolveLine* apfnThreshold[2];  // threshold sharpening [LUT]
 };
 
 template <class TIsa, typename TSample, int iRed, int iStep>
@@ -125,14 +176,16 @@ constexpr TCorrectionFormat CorrectionRow(uint32_t dwPixelFormat, unsigned uDept
 template <class TIsa, typename TSample, int iChannels, int iStep>
 constexpr TConvolutionFormat ConvolutionRow(uint32_t dwPixelFormat, int32_t iMax, unsigned uLutDepth)
 {
-    return {dwPixelFormat,
-            iMax,
-            uLutDepth,
-            iChannels == 3,
-            {{ConvolveLine<TIsa, TSample, iChannels, iStep, false, false>,
-              ConvolveLine<TIsa, TSample, iChannels, iStep, false, true>},
-             {ConvolveLine<TIsa, TSample, iChannels, iStep, true, false>,
-              ConvolveLine<TIsa, TSample, iChannels, iStep, true, true>}}};
+    return {
+        dwPixelFormat,
+        iMax,
+        uLutDepth,
+        iChannels == 3,
+        {{ConvolveLine<TIsa, TSample, iChannels, iStep, false, false>,
+          ConvolveLine<TIsa, TSample, iChannels, iStep, false, true>},
+         {ConvolveLine<TIsa, TSample, iChannels, iStep, true, false>,
+          ConvolveLine<TIsa, TSample, iChannels, iStep, true, true>}},
+        {ThresholdLine<TIsa, TSample, iChannels, iStep, false>, ThresholdLine<TIsa, TSample, iChannels, iStep, true>}};
 }
 
 constexpr size_t kCorrectionFormatCount = 10, kConvolutionFormatCount = 10;

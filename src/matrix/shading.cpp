@@ -1,0 +1,199 @@
+// shading.cpp: flat-field correction of an image against a black and a white reference image.
+//
+// out = (in - black) x mean(white - black) / (white - black), rounded to nearest, clamped to the format's
+// range. The mean belongs to the sample's class: the one class of a mono image, the colour channel of a
+// packed pixel, the red, green or blue site of a Bayer mosaic; it is taken over the pixels whose white
+// sample is above the black one, rounded to nearest. Those are the only pixels corrected; the others keep
+// their input sample as it is.
+#include <algorithm>
+#include <memory>
+#include <new>
+
+#include "core/check.h"
+#include "core/common.h"
+#include "core/log.h"
+#include "matrix/matrix.h"
+
+namespace {
+
+constexpr const char* kFunc = "KaipApplyShadingCorrection";
+constexpr uint64_t kClassMask = KaipPixelFormatClass_Mono8 | KaipPixelFormatClass_Mono9 | KaipPixelFormatClass_Mono10 |
+                                KaipPixelFormatClass_Mono11 | KaipPixelFormatClass_Mono12 |
+                                KaipPixelFormatClass_Mono13 | KaipPixelFormatClass_Mono14 |
+                                KaipPixelFormatClass_Mono15 | KaipPixelFormatClass_Mono16 |
+                                KaipPixelFormatClass_BGR8Packed | KaipPixelFormatClass_BGRA8Packed |
+                                KaipPixelFormatClass_RGB8Packed | KaipPixelFormatClass_RGBA8Packed;
+// The flags that decide where a sample sits in the picture and in the mosaic.
+constexpr uint32_t kRefFlags =
+    KaipImgFlag_ColorPlanes | KaipImgFlag_BottomUp | KaipImgFlag_BayerShiftLine | KaipImgFlag_BayerShiftColumn;
+
+// The samples of a line come in groups of iStep (a pixel; two pixels of a Bayer line), of which the first
+// iChannels are corrected, sample c against the mean of class c. A Bayer line of odd width ends with a
+// single sample of class 0.
+struct TLineJob {
+    uint32_t dwSamples;  // per line
+    uint32_t dwMask;     // the format's depth
+};
+
+struct TSums {
+    uint64_t aSum[6] = {}, aCount[6] = {};  // per line parity and class (at most three)
+    uint32_t dwMaxDiff = 0;
+};
+
+// Adds up white - black per class over the samples where it is positive, and keeps the largest difference.
+template <typename TSample, int iChannels, int iStep>
+void SumLine(const uint8_t* pBlack, const uint8_t* pWhite, const TLineJob& job, uint64_t* pSum, uint64_t* pCount,
+             uint32_t& dwMaxDiff)
+{
+    const TSample* bk = reinterpret_cast<const TSample*>(pBlack);
+    const TSample* wt = reinterpret_cast<const TSample*>(pWhite);
+    uint64_t sum[iChannels] = {}, count[iChannels] = {};
+    int32_t maxDiff = int32_t(dwMaxDiff);
+    auto add = [&](size_t j, int c) {
+        const int32_t diff = int32_t(wt[j] & job.dwMask) - int32_t(bk[j] & job.dwMask);
+        sum[c] += uint32_t(diff > 0 ? diff : 0);
+        count[c] += diff > 0;
+        maxDiff = diff > maxDiff ? diff : maxDiff;
+    };
+    const size_t whole = job.dwSamples - job.dwSamples % iStep;
+    for (size_t i = 0; i < whole; i += iStep)
+        for (int c = 0; c < iChannels; ++c) add(i + c, c);
+    for (size_t j = whole; j < job.dwSamples; ++j) add(j, 0);
+    for (int c = 0; c < iChannels; ++c) pSum[c] += sum[c], pCount[c] += count[c];
+    dwMaxDiff = uint32_t(maxDiff);
+}
+
+// Corrects one line. The gain divides by white - black through pRecip[w] = ceil(2^63 / w), which gives
+// the exact quotient for every numerator below 2^32 and divisor below 2^17 (the error of the reciprocal,
+// below w, times the numerator stays below 2^63). The numerator (in - black) x mean + w / 2 is below 2^32.
+template <typename TSample, int iChannels, int iStep>
+void CorrectLine(const uint8_t* pSrc, const uint8_t* pBlack, const uint8_t* pWhite, uint8_t* pDst, const TLineJob& job,
+                 const uint32_t* pMean, const uint64_t* pRecip, uint32_t dwMaxDiff)
+{
+    const TSample* s = reinterpret_cast<const TSample*>(pSrc);
+    const TSample* bk = reinterpret_cast<const TSample*>(pBlack);
+    const TSample* wt = reinterpret_cast<const TSample*>(pWhite);
+    TSample* d = reinterpret_cast<TSample*>(pDst);
+    const uint32_t mask = job.dwMask;
+    uint32_t mean[iChannels];
+    for (int c = 0; c < iChannels; ++c) mean[c] = pMean[c];
+    auto correct = [&](size_t j, int c) {
+        const uint32_t in = s[j], v = in & mask, black = bk[j] & mask;
+        const int32_t w = int32_t(wt[j] & mask) - int32_t(black);
+        const uint32_t diff = v > black ? v - black : 0;
+        const uint32_t wi = w > 0 ? std::min(uint32_t(w), dwMaxDiff) : 1u;
+        const uint64_t n = uint64_t(diff) * mean[c] + (wi >> 1);
+        const uint32_t q = uint32_t((unsigned __int128)pRecip[wi] * n >> 63);
+        d[j] = TSample(w > 0 ? std::min(q, mask) : in);
+    };
+    const size_t whole = job.dwSamples - job.dwSamples % iStep;
+    for (size_t i = 0; i < whole; i += iStep)
+        for (int c = 0; c < iChannels; ++c) correct(i + c, c);
+    for (size_t j = whole; j < job.dwSamples; ++j) correct(j, 0);
+}
+
+struct TShadingWorkers {
+    int iChannels;  // classes per line
+    void (*pfnSum)(const uint8_t*, const uint8_t*, const TLineJob&, uint64_t*, uint64_t*, uint32_t&);
+    void (*pfnCorrect)(const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*, const TLineJob&, const uint32_t*,
+                       const uint64_t*, uint32_t);
+};
+
+template <typename TSample, int iChannels, int iStep>
+constexpr TShadingWorkers kWorkers = {iChannels, SumLine<TSample, iChannels, iStep>,
+                                      CorrectLine<TSample, iChannels, iStep>};
+
+// A reference must describe the same samples as the source: size, format and the placement flags.
+KaipStatus CheckReference(const char* pszName, const KaipImgInfo* pRef, const KaipImgInfo& src)
+{
+    if (pRef == nullptr) return Refuse(KASTATUS_KAIP_INVALID_POINTER, "%s: %s is NULL!", kFunc, pszName);
+    if (!IsImgInfoInitialized(pRef))
+        return Refuse(KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED, "%s: %s is not initialized!", kFunc, pszName);
+    if (pRef->Width != src.Width || pRef->Height != src.Height)
+        return Refuse(KASTATUS_KAIP_IMGINFOS_NOT_EQUAL, "%s: %s differs in size: w=%d, h=%d, Src: w=%d, h=%d", kFunc,
+                      pszName, pRef->Width, pRef->Height, src.Width, src.Height);
+    if (pRef->PixelFormat != src.PixelFormat)
+        return Refuse(KASTATUS_KAIP_REF_PIXEL_FORMAT_DIFFERS,
+                      "%s: %s differs in pixel format: 0x%.8x, Src pixel format=0x%.8x", kFunc, pszName,
+                      pRef->PixelFormat, src.PixelFormat);
+    if ((pRef->Flags ^ src.Flags) & kRefFlags)
+        return Refuse(KASTATUS_KAIP_REF_FLAGS_DIFFER, "%s: %s differs in flags: 0x%x, Src Flags=0x%x", kFunc, pszName,
+                      pRef->Flags, src.Flags);
+    if (pRef->pData == nullptr)
+        return Refuse(KASTATUS_KAIP_SRC_NOT_ALLOCATED, "%s: %s->pData is NULL!", kFunc, pszName);
+    return KASTATUS_OK;
+}
+
+}  // namespace
+
+KaipStatus ApplyShadingCorrection(const KaipImgInfo* pSrcImgInfo, const KaipImgInfo* pBlackImgInfo,
+                                  const KaipImgInfo* pWhiteImgInfo, KaipImgInfo* pDstImgInfo, uint32_t dwOptions)
+{
+    bool bReallocate = false;
+    KaipStatus status = CheckImgInfos(
+        kFunc, pSrcImgInfo, pDstImgInfo, dwOptions, kClassMask, pSrcImgInfo ? pSrcImgInfo->PixelFormat : 0, 0,
+        KaipCheck_SameSize | KaipCheck_SamePixelFormat, KaipImgFlag_ColorPlanes | KaipImgFlag_BottomUp, &bReallocate);
+    if (status == KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT)
+        return Refuse(status, "%s: Unsupported source color format 0x%8.8x", kFunc, pSrcImgInfo->PixelFormat);
+    if (status != KASTATUS_OK) return status;
+    const KaipImgInfo& src = *pSrcImgInfo;
+    if ((status = CheckReference("pBlackImgInfo", pBlackImgInfo, src)) != KASTATUS_OK) return status;
+    if ((status = CheckReference("pWhiteImgInfo", pWhiteImgInfo, src)) != KASTATUS_OK) return status;
+
+    // The workers of the format: mono, Bayer (pairs of sites), packed colour with or without a fourth byte.
+    const TPixelFormatInfo& format = *FindPixelFormat(src.PixelFormat);
+    const bool bColor = (format.dwCode >> 24) == 0x02, bBayer = format.bBayer;
+    const bool bWords = format.dwPixelIncrement == 2;
+    const TShadingWorkers& workers =
+        bColor   ? (format.dwPixelIncrement == 4 ? kWorkers<uint8_t, 3, 4> : kWorkers<uint8_t, 3, 3>)
+        : bBayer ? (bWords ? kWorkers<uint16_t, 2, 2> : kWorkers<uint8_t, 2, 2>)
+                 : (bWords ? kWorkers<uint16_t, 1, 1> : kWorkers<uint8_t, 1, 1>);
+    const TLineJob job{src.Width * (bColor ? format.dwPixelIncrement : 1u),
+                       bColor ? 0xFFu : uint32_t((1ull << format.dwUsedBits) - 1)};
+    const size_t blackInc = pBlackImgInfo->LineIncrement, whiteInc = pWhiteImgInfo->LineIncrement;
+
+    // Sums per class and line parity (the four sites of a Bayer cell), then the classes they make up.
+    TSums sums;
+    for (size_t y = 0; y < src.Height; ++y) {
+        const size_t row = (y & 1) * size_t(workers.iChannels);
+        workers.pfnSum(pBlackImgInfo->pData + y * blackInc, pWhiteImgInfo->pData + y * whiteInc, job, sums.aSum + row,
+                       sums.aCount + row, sums.dwMaxDiff);
+    }
+    uint32_t aMean[6] = {};  // per line parity and class
+    for (int cell = 0; cell < 2 * workers.iChannels; ++cell) {
+        const int row = cell / workers.iChannels, column = cell % workers.iChannels;
+        uint64_t sum = 0, count = 0;
+        for (int other = 0; other < 2 * workers.iChannels; ++other) {
+            const int otherRow = other / workers.iChannels, otherColumn = other % workers.iChannels;
+            // Mono and colour: a class is a column of both line parities. Bayer: a site is its own class,
+            // except that the two green sites of a cell form one (a site is green when row + column + the
+            // pattern's shifts is odd).
+            const bool bGreen = ((row + column + otherRow + otherColumn) & 1) == 0 &&
+                                ((row + column + (format.dwPattern >> 8 & 1) + (format.dwPattern >> 9 & 1)) & 1) == 1;
+            const bool bSame = bBayer ? other == cell || bGreen : otherColumn == column;
+            if (bSame) sum += sums.aSum[other], count += sums.aCount[other];
+        }
+        aMean[cell] = count ? uint32_t((sum + count / 2) / count) : 0;
+    }
+
+    // The reciprocal of every difference that occurs, once per call.
+    const uint32_t dwMaxDiff = std::max<uint32_t>(sums.dwMaxDiff, 1);
+    std::unique_ptr<uint64_t[]> pRecip(new (std::nothrow) uint64_t[size_t(dwMaxDiff) + 1]);
+    if (!pRecip)
+        return Refuse(KASTATUS_KAIP_MEMORY_ALLOC_FAILED, "%s: memory allocation of %d bytes failed!", kFunc,
+                      int((dwMaxDiff + 1) * 8));
+    pRecip[0] = 0;
+    for (uint32_t w = 1; w <= dwMaxDiff; ++w) pRecip[w] = ((uint64_t(1) << 63) - 1) / w + 1;
+
+    if (bReallocate) {
+        status = ReallocateDst(kFunc, pDstImgInfo, src.Width, src.Height, src.PixelFormat, dwOptions);
+        if (status != KASTATUS_OK) return status;
+    }
+    uint8_t* pOut = pDstImgInfo ? pDstImgInfo->pData : src.pData;
+    const size_t outInc = pDstImgInfo ? pDstImgInfo->LineIncrement : src.LineIncrement;
+    for (size_t y = 0; y < src.Height; ++y)
+        workers.pfnCorrect(src.pData + y * src.LineIncrement, pBlackImgInfo->pData + y * blackInc,
+                           pWhiteImgInfo->pData + y * whiteInc, pOut + y * outInc, job,
+                           aMean + (y & 1) * size_t(workers.iChannels), pRecip.get(), dwMaxDiff);
+    return KASTATUS_OK;
+}
