@@ -165,7 +165,12 @@ void InfoOne(const std::string& path, const RawSpec& spec)
     std::printf("  size         %u x %u\n", image.Width(), image.Height());
     std::printf("  format       %s (0x%08X)\n", FormatName(image.Format()).c_str(), image.Format());
     uint32_t original = image.Format();
-    Image measured = Analysable(std::move(image));
+    Image measured;
+    try {
+        measured = Analysable(std::move(image));
+    } catch (const ToolError& error) {
+        return (void)std::printf("  channels     not measured: %s\n", error.what());
+    }
     if (measured.Format() != original) std::printf("  measured as  %s\n", FormatName(measured.Format()).c_str());
     PrintStats(measured);
     PrintWhiteBalance(measured);

@@ -123,7 +123,8 @@ CLI::App* AddFormats(CLI::App& app, FormatsOptions* options)
 
 int main(int argc, char** argv)
 {
-    CLI::App app{"kaip: raw machine-vision camera frames into pictures and measurements, through libpm.imgproc"};
+    CLI::App app{"kaip: raw machine-vision camera frames into pictures and measurements, through libpm.imgproc",
+                 "kaip"};
     app.footer(
         "Exit codes: 0 done, 1 the work failed (file or library error), 2 wrong command line.\n"
         "Run kaip COMMAND --help for a command's options.");
