@@ -63,40 +63,56 @@ void MakeFolder(const std::string& folder)
     if (error) throw ToolError("cannot create the folder " + folder + ": " + error.message());
 }
 
-// Folders give their raw dumps (regular files, sorted, hidden and image files left out), quoted
-// globs their matches.
+// A folder's raw dumps: its regular files, sorted, hidden and image files left out.
+std::vector<std::string> DumpsIn(const std::string& folder)
+{
+    std::vector<std::string> found;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        std::string path = entry.path().string();
+        if (entry.is_regular_file() && entry.path().filename().string()[0] != '.' && FileTypeOf(path) == FileType::Raw)
+            found.push_back(path);
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+std::vector<std::string> GlobMatches(const std::string& pattern)
+{
+    std::vector<std::string> found;
+    glob_t matches{};
+    if (glob(pattern.c_str(), 0, nullptr, &matches) == 0)
+        found.assign(matches.gl_pathv, matches.gl_pathv + matches.gl_pathc);
+    globfree(&matches);
+    return found;
+}
+
+// Files as they are, folders by their dumps, quoted globs by their matches.
 std::vector<std::string> ExpandInputs(const std::vector<std::string>& inputs)
 {
     std::vector<std::string> files;
     for (const std::string& input : inputs) {
-        if (fs::is_directory(input)) {
-            std::vector<std::string> found;
-            for (const auto& entry : fs::directory_iterator(input))
-                if (entry.is_regular_file() && entry.path().filename().string()[0] != '.' &&
-                    FileTypeOf(entry.path().string()) == FileType::Raw)
-                    found.push_back(entry.path().string());
-            std::sort(found.begin(), found.end());
-            files.insert(files.end(), found.begin(), found.end());
-        } else if (input.find_first_of("*?[") != std::string::npos) {
-            glob_t matches{};
-            if (glob(input.c_str(), 0, nullptr, &matches) == 0)
-                files.insert(files.end(), matches.gl_pathv, matches.gl_pathv + matches.gl_pathc);
-            globfree(&matches);
-        } else {
-            files.push_back(input);
-        }
+        std::vector<std::string> found = fs::is_directory(input) ? DumpsIn(input)
+                                         : input.find_first_of("*?[") != std::string::npos
+                                             ? GlobMatches(input)
+                                             : std::vector<std::string>{input};
+        files.insert(files.end(), found.begin(), found.end());
     }
     if (files.empty()) throw ToolError("no input files found in " + inputs.front(), 2);
     return files;
 }
 
 // The output of one input: --out as a file, or a file named after the input in --out's folder (or
-// in the input's own folder without --out).
+// in the input's own folder without --out). An input is never overwritten.
 std::string OutputFor(const std::string& input, const ProcessOptions& options)
 {
-    if (!options.out.empty() && FileTypeOf(options.out) != FileType::Raw) return options.out;
-    fs::path folder = options.out.empty() ? fs::path(input).parent_path() : fs::path(options.out);
-    return (folder / fs::path(input).stem()).string() + "." + options.ext;
+    std::string output = options.out;
+    if (options.out.empty() || FileTypeOf(options.out) == FileType::Raw) {
+        fs::path folder = options.out.empty() ? fs::path(input).parent_path() : fs::path(options.out);
+        output = (folder / fs::path(input).stem()).string() + "." + options.ext;
+    }
+    if (fs::weakly_canonical(output) == fs::weakly_canonical(input))
+        throw ToolError(input + ": the output would overwrite the input; give --out", 2);
+    return output;
 }
 
 class ProgressBar {
