@@ -524,7 +524,8 @@ KAIP_API KaipStatus KaipApplyLut(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgI
  * four-byte pixels through Red, Green, Blue whatever the channel order, the fourth byte
  * copied.
  * In place, pixels are exchanged pairwise and mapped as they are written: with both
- * directions 0 nothing happens, not even the lookup; the middle row (top-bottom) or middle
+ * directions 0 no pixel is touched, not even mapped (the handle is still resolved, so a LUT
+ * of the wrong type is refused); the middle row (top-bottom) or middle
  * column (left-right) of an odd size is neither moved nor mapped; with both directions the
  * middle row of an odd height keeps its order and, with a LUT, is mapped twice (its centre
  * pixel once).
