@@ -595,8 +595,27 @@ KAIP_API KaipStatus KaipDeinterlace(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstI
 KAIP_API KaipStatus KaipCopyArea(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, int32_t iXOffset,
                                  int32_t iYOffset, int32_t iDstWidth, int32_t iDstHeight, uint32_t dwOptions);
 
-/* Fills the whole image with one colour given as three 8-bit components; a Mono8 image gets
- * the integer mean of the three in every byte of its buffer (LineIncrement x Height bytes). */
+/* Fills the whole image with one colour given as three 8-bit components.
+ * Mono8: every byte of the buffer, padding included (LineIncrement x Height bytes), gets the
+ * integer mean (red + green + blue) / 3.
+ * Every other format gets the colour as the library's pixel conversion turns a BGR8Packed
+ * pixel into it (KaipConvertToPixelFormat), so Mono9 .. Mono16 get the weighted grey
+ * (54 R + 183 G + 18 B + 128) >> 8 shifted up to their depth (white gives 254, not 255),
+ * BGR555 and BGR565Packed the truncated 5/6-bit fields, BGR8Packed, RGB8Packed, BGRA8Packed and
+ * RGBA8Packed the bytes in their order (the fourth byte 0), BGR10/RGB10/BGR12/RGB12Packed,
+ * BGR16 and RGB16Packed the channels shifted left by 2, 4 or 8.
+ * The unpacked Bayer formats (8, 10, 12, 16 bits) get at each site the channel of its colour
+ * (pattern from the pixel format code, lines in memory order) shifted to their depth, as
+ * KaipBdEncodeToBayer writes it. RGB8Planar, RGB10Planar, RGB12Planar and RGB16Planar (with
+ * KaipImgFlag_ColorPlanes) get each channel in its plane (pDataR, pDataG, pDataB), shifted to
+ * the depth, one byte or 16-bit word per sample.
+ * Only Width pixels of each line are written for all formats but Mono8: padding keeps its bytes.
+ * Returns 0; KASTATUS_KAIP_INVALID_POINTER (null descriptor);
+ * KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED; KASTATUS_KAIP_INCOMPATIBLE_FLAGS when
+ * KaipImgFlag_ColorPlanes is set for a format that is not planar or clear for a planar one;
+ * KASTATUS_KAIP_DST_NOT_ALLOCATED for a null pData (or plane pointer);
+ * KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT for formats no colour converts into (the packed and
+ * MIPI mono and Bayer formats, YUV and YCbCr, RGB10V1/V2Packed, unknown codes). */
 KAIP_API KaipStatus KaipFillWithColor(KaipImgInfo* pImgInfo, uint8_t red, uint8_t green, uint8_t blue);
 
 /* ==== end geometry ================================================================== */

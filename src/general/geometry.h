@@ -17,6 +17,7 @@ KaipStatus Rotate90AndMirror(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstIm
 KaipStatus Deinterlace(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, uint32_t dwOptions);
 KaipStatus CopyArea(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, int32_t iXOffset, int32_t iYOffset,
                     int32_t iDstWidth, int32_t iDstHeight, uint32_t dwOptions);
+KaipStatus FillWithColor(KaipImgInfo* pImgInfo, uint8_t red, uint8_t green, uint8_t blue);
 
 namespace geometry {
 

@@ -36,3 +36,8 @@ KAIP_API KaipStatus KaipCopyArea(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pD
 {
     return CopyArea(pSrcImgInfo, pDstImgInfo, iXOffset, iYOffset, iDstWidth, iDstHeight, dwOptions);
 }
+
+KAIP_API KaipStatus KaipFillWithColor(KaipImgInfo* pImgInfo, uint8_t red, uint8_t green, uint8_t blue)
+{
+    return FillWithColor(pImgInfo, red, green, blue);
+}
