@@ -105,9 +105,9 @@ TEST(ApplyShadingCorrection, MatchesModelOnRandomImages)
                                                     << " " << w << "x" << h << " in place " << inPlace);
                     std::mt19937 gen(seed);
                     const unsigned pixel = f.bytes * f.step;
-                    auto src = MakeImage(w, h, f.code, pixel, flags, 3, seed);
-                    auto black = MakeImage(w, h, f.code, pixel, flags | KaipImgFlag_Align4, 1, 0);
-                    auto white = MakeImage(w, h, f.code, pixel, flags, 5, 0);
+                    auto src = MakeImage(w, h, f.code, pixel, flags, 4, seed);
+                    auto black = MakeImage(w, h, f.code, pixel, flags | KaipImgFlag_Align4, 2, 0);
+                    auto white = MakeImage(w, h, f.code, pixel, flags, 8, 0);
                     FillReferences(f, black->info, white->info, gen);
                     auto dst = MakeImage(w, h, f.code, pixel, flags, 6, 0);
                     KaipImgInfo& out = inPlace ? src->info : dst->info;

@@ -86,9 +86,9 @@ TEST(ThresholdSharpening, MatchesModelOnRandomImages)
                         const int32_t threshold = thresholds[gen() % 6];
                         std::unique_ptr<RandomLut> lut;
                         if (withLut) lut = std::make_unique<RandomLut>(f.lutDepth, seed);
-                        auto src = MakeImage(w, h, f.code, f.bytes * f.step, flags, 3, seed);
+                        auto src = MakeImage(w, h, f.code, f.bytes * f.step, flags, 2, seed);
                         FillSamples(f, src->info, gen);
-                        auto dst = MakeImage(w, h, f.code, f.bytes * f.step, flags, 5, 0);
+                        auto dst = MakeImage(w, h, f.code, f.bytes * f.step, flags, 6, 0);
                         std::vector<uint8_t> expected = Bytes(*dst);
                         Model(f, src->info, expected, dst->info.LineIncrement, k, threshold,
                               lut ? &lut->Tables() : nullptr);
