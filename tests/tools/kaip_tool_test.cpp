@@ -325,6 +325,25 @@ TEST_F(KaipTool, ConvertRoundTripsRawThroughImageFiles)
     EXPECT_EQ(fs::file_size(Path("wide.raw")), 20u * 10 * 2);
 }
 
+TEST_F(KaipTool, ConvertUnpacksMosaicsOfEveryLayout)
+{
+    std::vector<uint8_t> words = RandomSamples(20 * 10, 12, 5);
+    WriteBytes("packed.raw", Pack12(words));
+    Outcome run = Kaip({"convert", Path("packed.raw"), Path("words.raw"), "--in-format", "BayerGR12Packed", "--size",
+                        "20x10", "--format", "BayerGR12"});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_EQ(ReadText(Path("words.raw")), std::string(words.begin(), words.end()));
+    // A 16-bit mosaic keeps its top 12 bits, of which Mono8 keeps the top 8.
+    WriteBytes("deep.raw", words);
+    ASSERT_EQ(Kaip({"convert", Path("deep.raw"), Path("grey.raw"), "--in-format", "BayerGR16", "--size", "20x10",
+                    "--format", "Mono8"})
+                  .exitCode,
+              0);
+    std::string grey = ReadText(Path("grey.raw"));
+    ASSERT_EQ(grey.size(), 200u);
+    for (size_t i = 0; i < grey.size(); ++i) EXPECT_EQ(uint8_t(grey[i]), words[2 * i + 1]) << "pixel " << i;
+}
+
 TEST_F(KaipTool, InfoMeasuresChannelsAndWhiteBalance)
 {
     // Red sites 100, green 200, blue 50: the measured factors are 2000 and 4000.
@@ -380,10 +399,10 @@ TEST_F(KaipTool, ErrorsNameTheStepTheReasonAndTheExitCode)
          1,
          {"demosaicing with KaipBdBilinearInterpolation failed: ", "(status 100012)"}},
         {{"convert", Path("bad.bmp"), Path("x.tif")}, 1, {"loading the BMP file", "(status 1000"}},
-        {{"convert", Path("short.raw"), Path("x.raw"), "--in-format", "BayerRG16", "--size", "10x5", "--format",
-          "Mono8"},
+        {{"convert", Path("short.raw"), Path("x.raw"), "--in-format", "Mono8", "--size", "10x10", "--format",
+          "Mono10Packed"},
          1,
-         {"converts nothing from BayerRG16 to Mono8"}},
+         {"converts nothing from Mono8 to Mono10Packed"}},
         {{"info"}, 2, {"FILE is required"}},
         {{}, 2, {"subcommand"}},
     };

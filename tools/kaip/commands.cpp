@@ -218,6 +218,20 @@ void PrintFormat(const FormatInfo& format)
     std::printf("  converts to%s\n", count ? targets.str().c_str() : " nothing");
 }
 
+// The image as convert saves it: a raw copy stays as it is; otherwise mosaics are unpacked first
+// (the library converts only 8-, 10- and 12-bit ones), then converted to --format, or without it to
+// a layout the image files take.
+Image ForSaving(Image image, const ConvertOptions& options)
+{
+    if (options.format.empty() && FileTypeOf(options.output) == FileType::Raw) return image;
+    const FormatInfo* format = FindFormat(image.Format());
+    Timings unused;
+    if (format && format->kind == Kind::Bayer) image = UnpackBayer(std::move(image), &unused);
+    if (options.format.empty()) return Analysable(std::move(image));
+    uint32_t target = FindFormat(options.format)->code;
+    return target == image.Format() ? std::move(image) : ConvertTo(image, target);
+}
+
 }  // namespace
 
 int RunDemo(const DemoOptions& options)
@@ -285,17 +299,7 @@ int RunProcess(const ProcessOptions& options)
 
 int RunConvert(const ConvertOptions& options)
 {
-    Image image = LoadAny(options.input, SpecFromOptions(options.inFormat, options.size));
-    if (!options.format.empty() && FindFormat(options.format)->code != image.Format()) {
-        uint32_t target = FindFormat(options.format)->code;
-        if (!KaipCanConvertToPixelFormat(image.Format(), target))
-            throw ToolError("the library converts nothing from " + FormatName(image.Format()) + " to " +
-                            FormatName(target) + " (see kaip formats)");
-        Image converted;
-        Check(KaipConvertToPixelFormat(image.Info(), converted.Info(), target, KaipOption_ReallocateDst),
-              "converting " + FormatName(image.Format()) + " to " + FormatName(target));
-        image = std::move(converted);
-    }
+    Image image = ForSaving(LoadAny(options.input, SpecFromOptions(options.inFormat, options.size)), options);
     SaveAny(options.output, image, options.quality);
     std::printf("%s -> %s (%s %ux%u)\n", options.input.c_str(), options.output.c_str(),
                 FormatName(image.Format()).c_str(), image.Width(), image.Height());

@@ -3,6 +3,8 @@
 
 #include <utility>
 
+#include "formats.h"
+
 namespace kaip {
 
 std::string StatusText(KaipStatus status)
@@ -53,6 +55,17 @@ Image Image::Own(std::vector<uint8_t> bytes, uint32_t width, uint32_t height, ui
     image.m_info.LineIncrement = lineBytes;
     image.m_info.pData = image.m_bytes.data();
     return image;
+}
+
+Image ConvertTo(const Image& image, uint32_t pixelFormat)
+{
+    std::string pair = FormatName(image.Format()) + " to " + FormatName(pixelFormat);
+    if (!KaipCanConvertToPixelFormat(image.Format(), pixelFormat))
+        throw ToolError("the library converts nothing from " + pair + " (see kaip formats)");
+    Image converted;
+    Check(KaipConvertToPixelFormat(image.Info(), converted.Info(), pixelFormat, KaipOption_ReallocateDst),
+          "converting " + pair);
+    return converted;
 }
 
 void Image::Release()

@@ -60,4 +60,8 @@ private:
     std::vector<uint8_t> m_bytes;
 };
 
+// The image in another pixel format, through the library's conversion; a pair it does not support
+// is told as such.
+Image ConvertTo(const Image& image, uint32_t pixelFormat);
+
 }  // namespace kaip

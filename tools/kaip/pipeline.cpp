@@ -79,25 +79,14 @@ Image Demosaic(Image raw, const PipelineSettings& settings, Timings* timings)
     return colour;
 }
 
-Image Convert(const Image& image, uint32_t format, const std::string& step)
-{
-    Image converted;
-    Check(KaipConvertToPixelFormat(image.Info(), converted.Info(), format, KaipOption_ReallocateDst), step);
-    return converted;
-}
-
 // Formats without a mosaic: to BGR8Packed (grey ones to Mono8), then the 8-bit LUT in place.
 Image Display(Image raw, const PipelineSettings& settings, Timings* timings)
 {
     const FormatInfo* format = FindFormat(raw.Format());
     bool grey = format && format->kind == Kind::Mono;
     uint32_t target = grey ? KaipPixelFormat_Mono8 : KaipPixelFormat_BGR8Packed;
-    if (!KaipCanConvertToPixelFormat(raw.Format(), target))
-        throw ToolError("the library converts nothing from " + FormatName(raw.Format()) + " to " + FormatName(target) +
-                        " (see kaip formats)");
-    Image picture = timings->Run("convert to " + FormatName(target), raw.Megapixels(), [&] {
-        return Convert(raw, target, "converting " + FormatName(raw.Format()) + " to " + FormatName(target));
-    });
+    Image picture =
+        timings->Run("convert to " + FormatName(target), raw.Megapixels(), [&] { return ConvertTo(raw, target); });
     uint32_t wb[3] = {1000, 1000, 1000};
     if (!grey) WhiteBalance(picture, settings, wb, timings);
     Lut lut(KAIP_LUT_8BIT);
@@ -123,7 +112,7 @@ Image Sharpen(const Image& picture, int32_t sharpness, Timings* timings)
     Check(KaipSet3x3MatrixSharpening(sharpness, kernel, 0), "building the sharpening kernel");
     return timings->Run("sharpen " + std::to_string(sharpness), picture.Megapixels(), [&] {
         // The kernel leaves the border lines and columns alone: they keep the unsharpened pixels.
-        Image sharp = Convert(picture, picture.Format(), "copying the image for sharpening");
+        Image sharp = ConvertTo(picture, picture.Format());  // a copy
         Check(KaipApply3x3Convolution(picture.Info(), sharp.Info(), kernel, 0, nullptr), "sharpening");
         return sharp;
     });
@@ -153,9 +142,8 @@ Image UnpackBayer(Image mosaic, Timings* timings)
     uint32_t bits = format->bits == 16 ? 12 : format->bits;
     uint32_t mono = bits == 10 ? KaipPixelFormat_Mono10 : KaipPixelFormat_Mono12;
     mosaic.Relabel(format->monoTwin);
-    Image unpacked = timings->Run(std::string("unpack ") + format->name, mosaic.Megapixels(), [&] {
-        return Convert(mosaic, mono, std::string("unpacking the ") + format->name + " mosaic");
-    });
+    Image unpacked = timings->Run(std::string("unpack ") + format->name, mosaic.Megapixels(),
+                                  [&] { return ConvertTo(mosaic, mono); });
     unpacked.Relabel(DecodableBayer(format->pattern, bits));
     return unpacked;
 }

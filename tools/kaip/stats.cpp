@@ -72,10 +72,7 @@ Image Analysable(Image image)
                           ? (format->bits == 10 ? KaipPixelFormat_Mono10 : KaipPixelFormat_Mono12)
                           : KaipPixelFormat_BGR8Packed;
     if (!KaipCanConvertToPixelFormat(image.Format(), target)) return image;
-    Image converted;
-    Check(KaipConvertToPixelFormat(image.Info(), converted.Info(), target, KaipOption_ReallocateDst),
-          "converting " + FormatName(image.Format()) + " to " + FormatName(target) + " for measuring");
-    return converted;
+    return ConvertTo(image, target);
 }
 
 std::vector<ChannelStats> MeasureChannels(const Image& image)
