@@ -1,6 +1,8 @@
 // pipeline.cpp: white balance, LUT, demosaicing, saturation and sharpening through the library.
 #include "pipeline.h"
 
+#include <algorithm>
+
 #include "formats.h"
 
 namespace kaip {
@@ -31,6 +33,14 @@ public:
 private:
     KaipHLut m_handle;
 };
+
+std::string AvailableDecoders()
+{
+    std::string names;
+    for (const Decoder& decoder : g_decoders)
+        if (decoder.decode) names += std::string(" ") + decoder.name;
+    return names;
+}
 
 uint32_t LutDepth(uint32_t bits)
 {
@@ -63,7 +73,7 @@ Image Demosaic(Image raw, const PipelineSettings& settings, Timings* timings)
     const Decoder* decoder = settings.decoder ? settings.decoder : FindDecoder("bilinear");
     if (!decoder->decode)
         throw ToolError(std::string("the ") + decoder->name + " decoder (" + decoder->function +
-                        ") is not available in this build; use nn or bilinear");
+                        ") is not available in this build; use one of" + AvailableDecoders());
     Image mosaic = UnpackBayer(std::move(raw), timings);
     const FormatInfo* format = FindFormat(mosaic.Format());
     uint32_t wb[3];
