@@ -394,19 +394,23 @@ inline void ConvertGroups(R& rd, const W& wr, uint32_t g0, uint32_t g1, const ui
     }
 }
 
+// The pixels of the group cut short by the end of a line of width pixels, if there is one.
+template <class R, class W>
+inline void ConvertCutGroup(const R& rd, const W& wr, uint32_t dwWidth, const uint8_t* pSrc, uint8_t* pDst)
+{
+    const uint32_t groups = dwWidth / R::kPixels;
+    if (groups * R::kPixels == dwWidth) return;
+    const auto px = rd.ReadFirst(pSrc + size_t(groups) * R::kBytes);
+    for (uint32_t k = groups * R::kPixels; k < dwWidth; ++k) wr.Write(pDst + size_t(k) * W::kBytes, px[k % R::kPixels]);
+}
+
 // One line of width pixels: whole groups only, unless kTail asks for the pixels of a group cut short.
 template <bool kTail = false, class R, class W>
 inline void ConvertLine(R& rd, const W& wr, uint32_t dwWidth, const uint8_t* pSrc, uint8_t* pDst)
 {
-    const uint32_t groups = dwWidth / R::kPixels;
     rd.StartLine();
-    ConvertGroups(rd, wr, 0, groups, pSrc, pDst);
-    if constexpr (kTail) {
-        if (groups * R::kPixels == dwWidth) return;
-        const auto px = rd.ReadFirst(pSrc + size_t(groups) * R::kBytes);
-        for (uint32_t k = groups * R::kPixels; k < dwWidth; ++k)
-            wr.Write(pDst + size_t(k) * W::kBytes, px[k % R::kPixels]);
-    }
+    ConvertGroups(rd, wr, 0, dwWidth / R::kPixels, pSrc, pDst);
+    if constexpr (kTail) ConvertCutGroup(rd, wr, dwWidth, pSrc, pDst);
 }
 
 // A whole image: the line rule around the pixel loop.

@@ -1,0 +1,159 @@
+// convert_simd.h: what the x86 vector files share: their entry points, the byte maps of the shuffling
+// variants as plain integer tables, and the line driver with the store policy. Vectors themselves are built
+// only inside each file's gated functions.
+#pragma once
+
+#include <xmmintrin.h>
+
+#include <array>
+#include <cstdint>
+
+#include "convert/convert_lines.h"
+#include "convert/convert_pixel.h"
+
+namespace convert {
+
+// ---------------------------------------------------------------- entry points, one set per instruction set
+
+// Each converts the whole image and returns 1; the caller has checked the gate.
+namespace sse2 {
+int CopyBitmapData(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_Mono8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_RGB32_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bReverseLines);
+int Convert_YCbCr422_8_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_YCbCr422_8_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_YCbCr422_8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_YCbCr422_8_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines);
+}  // namespace sse2
+
+namespace ssse3 {
+int SwapColor8Data(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_Mono8_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_BGR24_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_RGB24_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_MonoPacked_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_MonoMipi10_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_MonoMipi12_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines);
+}  // namespace ssse3
+
+namespace avx2 {
+int CopyBitmapData(KAIP_LINE_PARAMS, bool bReverseLines);
+int SwapColor8Data(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_Mono8_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_Mono8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_BGR24_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_RGB24_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_RGB32_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bReverseLines);
+int Convert_MonoPacked_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_MonoMipi10_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_MonoMipi12_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines);
+}  // namespace avx2
+
+// ---------------------------------------------------------------- byte maps of the shuffling variants
+
+// A map repeats every unit of kUnitPixels pixels (kUnitIn source bytes, kUnitOut destination bytes); Src
+// gives the source byte of destination byte n of a unit, or -1 for a byte written 0 (kept from the
+// destination when kKeep is set).
+template <int kPixels, int kIn, int kOut, bool kKeepOther = false>
+struct TByteMap {
+    static constexpr int kUnitPixels = kPixels, kUnitIn = kIn, kUnitOut = kOut;
+    static constexpr bool kKeep = kKeepOther;
+};
+struct MMono8ToBGR24 : TByteMap<1, 1, 3> {
+    static constexpr int Src(int) { return 0; }
+};
+struct MMono8ToBGR32 : TByteMap<1, 1, 4> {
+    static constexpr int Src(int n) { return n < 3 ? 0 : -1; }
+};
+struct MBGR24ToBGR32 : TByteMap<1, 3, 4> {
+    static constexpr int Src(int n) { return n < 3 ? n : -1; }
+};
+struct MRGB24ToBGR32 : TByteMap<1, 3, 4, true> {
+    static constexpr int Src(int n) { return n < 3 ? 2 - n : -1; }
+};
+struct MRGB32ToBGR32 : TByteMap<1, 4, 4, true> {
+    static constexpr int Src(int n) { return n < 3 ? 2 - n : -1; }
+};
+struct MSwap24 : TByteMap<1, 3, 3> {
+    static constexpr int Src(int n) { return 2 - n; }
+};
+struct MPackedHigh : TByteMap<2, 3, 2> {
+    static constexpr int Src(int n) { return 2 * n; }
+};
+struct MMipi12High : TByteMap<2, 3, 2> {
+    static constexpr int Src(int n) { return n; }
+};
+struct MMipi10High : TByteMap<4, 5, 4> {
+    static constexpr int Src(int n) { return n; }
+};
+
+// One step of kPixels pixels of a map, cut into 16-byte destination chunks. Each chunk is shuffled from
+// one or two 16-byte source loads that lie inside the step's source bytes (so no load reaches past the
+// end of a line): load a always, load b when the chunk spans more than 16 source bytes. Control bytes
+// with the high bit set give 0.
+template <class M, uint32_t kStepPixels>
+struct TGatherPlan {
+    static constexpr int kPixels = int(kStepPixels), kUnits = kPixels / M::kUnitPixels;
+    static constexpr int kInBytes = kUnits * M::kUnitIn, kOutBytes = kUnits * M::kUnitOut, kChunks = kOutBytes / 16;
+    static_assert(kUnits * M::kUnitPixels == kPixels && kChunks * 16 == kOutBytes && kInBytes >= 16);
+
+    struct TChunk {
+        int a = 0, b = 0;
+        bool bTwo = false;
+        std::array<int8_t, 16> ca{}, cb{};
+    };
+
+    static constexpr int Src(int n) { return M::Src(n % M::kUnitOut) < 0 ? -1 : n / M::kUnitOut * M::kUnitIn + M::Src(n % M::kUnitOut); }
+
+    static constexpr std::array<TChunk, kChunks> Make()
+    {
+        std::array<TChunk, kChunks> plan{};
+        for (int c = 0; c < kChunks; ++c) {
+            int lo = kInBytes, hi = -1;
+            for (int j = 0; j < 16; ++j) {
+                const int s = Src(16 * c + j);
+                if (s >= 0) lo = s < lo ? s : lo, hi = s > hi ? s : hi;
+            }
+            TChunk& ch = plan[c];
+            ch.a = lo < kInBytes - 16 ? lo : kInBytes - 16;
+            ch.b = ch.a + 16 < kInBytes - 16 ? ch.a + 16 : kInBytes - 16;
+            ch.bTwo = hi >= ch.a + 16;
+            for (int j = 0; j < 16; ++j) {
+                const int s = Src(16 * c + j);
+                const bool bInA = s >= 0 && s < ch.a + 16;
+                ch.ca[j] = bInA ? int8_t(s - ch.a) : int8_t(-128);
+                ch.cb[j] = s >= 0 && !bInA ? int8_t(s - ch.b) : int8_t(-128);
+                if (s >= 0 && !bInA && (s < ch.b || s >= ch.b + 16)) throw "a chunk needs more than two loads";
+            }
+        }
+        return plan;
+    }
+    static constexpr std::array<TChunk, kChunks> kPlan = Make();
+};
+
+// ---------------------------------------------------------------- the line driver
+
+// Converts every line with K::Line<kStream>(source line, destination line). Non-temporal stores for a
+// destination line that starts on 16 bytes when the image exceeds 1 MiB, so a large frame does not evict
+// the caller's cache; the fence afterwards orders them before anything the caller writes next.
+template <class K>
+int RunLines(uint32_t dwHeight, const uint8_t* pSrc, uint8_t* pDst, uint32_t dwSrcLineInc, uint32_t dwDstLineInc,
+             bool bReverseLines, const K& kernel)
+{
+    const bool bLarge = uint64_t(dwHeight) * dwDstLineInc > 0x100000;
+    bool bStreamed = false;
+    ForEachLine(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, [&](const uint8_t* pS, uint8_t* pD) {
+        if (bLarge && (reinterpret_cast<uintptr_t>(pD) & 15) == 0) {
+            kernel.template Line<true>(pS, pD);
+            bStreamed = true;
+        } else {
+            kernel.template Line<false>(pS, pD);
+        }
+    });
+    if (bStreamed) _mm_sfence();
+    return 1;
+}
+
+}  // namespace convert

@@ -1,0 +1,113 @@
+// convert_ssse3.cpp: the line converters built on SSSE3 byte shuffles. Only the functions marked
+// KAIP_SSSE3 are compiled for SSSE3; everything else here, the shared line tails included, stays baseline
+// x86-64, so no code of this file that a processor without SSSE3 could reach uses it.
+#include <tmmintrin.h>
+
+#include "convert/convert_simd.h"
+
+#define KAIP_SSSE3 __attribute__((target("ssse3")))
+
+namespace convert::ssse3 {
+namespace {
+
+template <bool kStream>
+KAIP_SSSE3 inline void Store(uint8_t* p, __m128i v)
+{
+    if constexpr (kStream)
+        _mm_stream_si128(reinterpret_cast<__m128i*>(p), v);
+    else
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
+}
+
+KAIP_SSSE3 inline __m128i Load(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+
+// The shuffle controls of plan P, and per chunk the bytes kept from the destination.
+template <class P>
+struct TControls {
+    KAIP_SSSE3 TControls()
+    {
+        for (int c = 0; c < P::kChunks; ++c) {
+            a[c] = Load(reinterpret_cast<const uint8_t*>(P::kPlan[c].ca.data()));
+            b[c] = Load(reinterpret_cast<const uint8_t*>(P::kPlan[c].cb.data()));
+            // Bytes that neither load fills are the ones the map leaves to the destination.
+            keep[c] = _mm_cmpeq_epi8(_mm_and_si128(a[c], b[c]), _mm_set1_epi8(-128));
+        }
+    }
+    __m128i a[P::kChunks], b[P::kChunks], keep[P::kChunks];
+};
+
+// 16 pixels per step through the byte map M, then the rest of the line (fewer than 16 pixels) by the
+// scalar member's reader R and writer W, with the group cut short at the line end when kCut is set.
+template <class M, class R, class W, bool kCut = false>
+struct KGather {
+    using P = TGatherPlan<M, 16>;
+    uint32_t dwWidth;
+
+    template <bool kStream>
+    KAIP_SSSE3 void Line(const uint8_t* pS, uint8_t* pD) const
+    {
+        static const TControls<P> k;  // built once, on first use, by the thread-safe static initialisation
+        const uint32_t steps = dwWidth / 16;
+        const uint8_t* s = pS;
+        uint8_t* d = pD;
+        for (uint32_t i = 0; i < steps; ++i, s += P::kInBytes, d += P::kOutBytes) {
+            for (int c = 0; c < P::kChunks; ++c) {
+                __m128i v = _mm_shuffle_epi8(Load(s + P::kPlan[c].a), k.a[c]);
+                if (P::kPlan[c].bTwo) v = _mm_or_si128(v, _mm_shuffle_epi8(Load(s + P::kPlan[c].b), k.b[c]));
+                if constexpr (M::kKeep) v = _mm_or_si128(v, _mm_and_si128(Load(d + 16 * c), k.keep[c]));
+                Store<kStream>(d + 16 * c, v);
+            }
+        }
+        R rd;
+        const W wr;
+        ConvertGroups(rd, wr, steps * 16 / R::kPixels, dwWidth / R::kPixels, pS, pD);
+        if constexpr (kCut) ConvertCutGroup(rd, wr, dwWidth, pS, pD);
+    }
+};
+
+template <class M, class R, class W, bool kCut = false>
+int Run(KAIP_LINE_PARAMS, bool bReverseLines)
+{
+    return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, KGather<M, R, W, kCut>{dwWidth});
+}
+
+}  // namespace
+
+#define KAIP_LINE_ARGS dwWidth, dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc
+
+int SwapColor8Data(KAIP_LINE_PARAMS, bool bReverseLines)
+{
+    return Run<MSwap24, RRGB24, WBGR24>(KAIP_LINE_ARGS, bReverseLines);
+}
+
+int Convert_Mono8_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)
+{
+    return Run<MMono8ToBGR24, RMono8, WBGR24>(KAIP_LINE_ARGS, bReverseLines);
+}
+
+int Convert_BGR24_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
+{
+    return Run<MBGR24ToBGR32, RBGR24, WBGR32>(KAIP_LINE_ARGS, bReverseLines);
+}
+
+int Convert_RGB24_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
+{
+    return Run<MRGB24ToBGR32, RRGB24, WBGR32Kept>(KAIP_LINE_ARGS, bReverseLines);
+}
+
+int Convert_MonoPacked_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines)
+{
+    return Run<MPackedHigh, RPacked<8>, WMono8, true>(KAIP_LINE_ARGS, bReverseLines);
+}
+
+int Convert_MonoMipi10_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines)
+{
+    return Run<MMipi10High, RMipi10<8>, WMono8>(KAIP_LINE_ARGS, bReverseLines);
+}
+
+int Convert_MonoMipi12_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines)
+{
+    return Run<MMipi12High, RMipi12<8>, WMono8>(KAIP_LINE_ARGS, bReverseLines);
+}
+
+}  // namespace convert::ssse3

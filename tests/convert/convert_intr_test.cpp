@@ -1,0 +1,238 @@
+// convert_intr_test.cpp: every vector variant against its scalar member, with its gate closed and open.
+#include "convert/convert_intr.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include "core/unidef.h"
+#include "support/guarded.h"
+
+namespace {
+
+#define KAIP_LINE_ARGS dwWidth, dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc
+
+// The use switches as one setting, restored when the test ends.
+class CSwitches {
+public:
+    enum TMode { kClosed, kOpen, kOpenAvx };
+    CSwitches() : m_saved(g_SSEChecker) {}
+    ~CSwitches() { Restore(m_saved); }
+    // kOpen: every detected set up to SSSE3; kOpenAvx: AVX too. Returns false when the processor lacks it.
+    bool Set(TMode mode)
+    {
+        g_SSEChecker.m_bUseSSE2 = mode != kClosed && g_SSEChecker.m_bHasSSE2;
+        g_SSEChecker.m_bUseSSSE3 = mode != kClosed && g_SSEChecker.m_bHasSSSE3;
+        g_SSEChecker.m_bUseSSE4 = mode != kClosed && g_SSEChecker.m_bHasSSE4;
+        g_SSEChecker.m_bUseAVX = mode == kOpenAvx && g_SSEChecker.m_bHasAVX;
+        g_SSEChecker.m_bUseNEON = false;
+        return mode != kOpenAvx || g_SSEChecker.UseAVX2();
+    }
+
+private:
+    static void Restore(const SSEChecker& s)
+    {
+        g_SSEChecker.m_bUseSSE2 = s.m_bUseSSE2;
+        g_SSEChecker.m_bUseSSSE3 = s.m_bUseSSSE3;
+        g_SSEChecker.m_bUseSSE4 = s.m_bUseSSE4;
+        g_SSEChecker.m_bUseAVX = s.m_bUseAVX;
+        g_SSEChecker.m_bUseNEON = s.m_bUseNEON;
+    }
+    SSEChecker m_saved;
+};
+
+using TIntr = int (*)(KAIP_LINE_PARAMS, bool);
+using TScalar = void (*)(KAIP_LINE_PARAMS, bool);
+
+enum TGate { kSSE2, kSSSE3 };
+
+// A variant, its scalar member, the bytes of a source and a destination line of w pixels, and its gate.
+struct TCase {
+    const char* name;
+    TIntr intr;
+    TScalar scalar;
+    size_t (*srcBytes)(size_t w);
+    size_t dstBytes;
+    TGate gate;
+};
+
+size_t Bytes1(size_t w) { return w; }
+size_t Bytes2(size_t w) { return 2 * w; }
+size_t Bytes3(size_t w) { return 3 * w; }
+size_t Bytes4(size_t w) { return 4 * w; }
+size_t PackedBytes(size_t w) { return 3 * (w / 2) + w % 2; }
+size_t Mipi10Bytes(size_t w) { return 5 * (w / 4); }
+size_t Mipi12Bytes(size_t w) { return 3 * (w / 2); }
+size_t YCbCr422Bytes(size_t w) { return 4 * (w / 2); }
+
+// Members with bit counts, bound to one depth.
+template <uint32_t kBits>
+int MonoWordIntr(KAIP_LINE_PARAMS, bool b) { return Convert_MonoWord_to_Mono8_intr(KAIP_LINE_ARGS, kBits, b); }
+template <uint32_t kBits>
+void MonoWordScalar(KAIP_LINE_PARAMS, bool b) { Convert_MonoWord_to_Mono8(KAIP_LINE_ARGS, kBits, b); }
+template <uint32_t kBits>
+int PackedIntr(KAIP_LINE_PARAMS, bool b) { return Convert_MonoPacked_to_Mono8_intr(KAIP_LINE_ARGS, kBits, 8, b); }
+template <uint32_t kBits>
+void PackedScalar(KAIP_LINE_PARAMS, bool b) { Convert_MonoPacked_to_Mono8(KAIP_LINE_ARGS, kBits, 8, b); }
+template <uint32_t kBits>
+int MipiIntr(KAIP_LINE_PARAMS, bool b) { return Convert_MonoMipi_to_Mono8_intr(KAIP_LINE_ARGS, kBits, 8, b); }
+template <uint32_t kBits>
+void MipiScalar(KAIP_LINE_PARAMS, bool b) { Convert_MonoMipi_to_Mono8(KAIP_LINE_ARGS, kBits, 8, b); }
+
+// Copies a line of w bytes (and whatever the smaller line increment adds).
+const TCase kCases[] = {
+    {"CopyBitmapData", CopyBitmapData_intr, CopyBitmapData, Bytes1, 1, kSSE2},
+    {"SwapColor8Data", SwapColor8Data_intr, SwapColor8Data, Bytes3, 3, kSSSE3},
+    {"Mono8_to_BGR24", Convert_Mono8_to_BGR24_intr, Convert_Mono8_to_BGR24, Bytes1, 3, kSSSE3},
+    {"Mono8_to_BGR32", Convert_Mono8_to_BGR32_intr, Convert_Mono8_to_BGR32, Bytes1, 4, kSSE2},
+    {"BGR24_to_BGR32", Convert_BGR24_to_BGR32_intr, Convert_BGR24_to_BGR32, Bytes3, 4, kSSSE3},
+    {"RGB24_to_BGR32", Convert_RGB24_to_BGR32_intr, Convert_RGB24_to_BGR32, Bytes3, 4, kSSSE3},
+    {"RGB32_to_BGR32", Convert_RGB32_to_BGR32_intr, Convert_RGB32_to_BGR32, Bytes4, 4, kSSE2},
+    {"MonoWord9_to_Mono8", MonoWordIntr<9>, MonoWordScalar<9>, Bytes2, 1, kSSE2},
+    {"MonoWord12_to_Mono8", MonoWordIntr<12>, MonoWordScalar<12>, Bytes2, 1, kSSE2},
+    {"MonoWord16_to_Mono8", MonoWordIntr<16>, MonoWordScalar<16>, Bytes2, 1, kSSE2},
+    {"MonoPacked10_to_Mono8", PackedIntr<10>, PackedScalar<10>, PackedBytes, 1, kSSSE3},
+    {"MonoPacked12_to_Mono8", PackedIntr<12>, PackedScalar<12>, PackedBytes, 1, kSSSE3},
+    {"MonoMipi10_to_Mono8", MipiIntr<10>, MipiScalar<10>, Mipi10Bytes, 1, kSSSE3},
+    {"MonoMipi12_to_Mono8", MipiIntr<12>, MipiScalar<12>, Mipi12Bytes, 1, kSSSE3},
+    {"YCbCr422_8_to_BGR24", Convert_YCbCr422_8_to_BGR24_intr, Convert_YCbCr422_8_to_BGR24, YCbCr422Bytes, 3, kSSE2},
+    {"YCbCr422_8_to_RGB24", Convert_YCbCr422_8_to_RGB24_intr, Convert_YCbCr422_8_to_RGB24, YCbCr422Bytes, 3, kSSE2},
+    {"YCbCr422_8_to_BGR32", Convert_YCbCr422_8_to_BGR32_intr, Convert_YCbCr422_8_to_BGR32, YCbCr422Bytes, 4, kSSE2},
+    {"YCbCr422_8_to_RGB32", Convert_YCbCr422_8_to_RGB32_intr, Convert_YCbCr422_8_to_RGB32, YCbCr422Bytes, 4, kSSE2},
+};
+
+struct TShape {
+    uint32_t width, height;
+    bool bReverse, bAligned;
+    uint32_t srcPad, dstPad;
+};
+
+// One image through the variant (switches as set) and through the scalar member (every switch closed),
+// on destinations pre-filled alike and compared whole, slack included. Source and destination end at a
+// guard page; the destination starts on 16 bytes (bAligned, with a line increment of a multiple of 16) or
+// one byte after.
+void ExpectSameAsScalar(const TCase& c, CSwitches& sw, CSwitches::TMode mode, const TShape& s, uint32_t seed)
+{
+    const size_t srcLine = c.srcBytes(s.width), dstLine = c.dstBytes * s.width;
+    const uint32_t srcInc = uint32_t(srcLine + s.srcPad);
+    uint32_t dstInc = uint32_t(dstLine + s.dstPad);
+    if (s.bAligned) dstInc = (dstInc + 15) & ~15u;
+    // CopyBitmapData copies the smaller increment whole, the last line included.
+    const size_t copied = std::min(srcInc, dstInc);
+    const bool bCopy = c.scalar == CopyBitmapData;
+    const size_t srcSize = s.height ? size_t(srcInc) * (s.height - 1) + (bCopy ? copied : srcLine) : 0;
+    const size_t dstSize = s.height ? size_t(dstInc) * (s.height - 1) + (bCopy ? copied : dstLine) : 0;
+    GuardedBuffer src(srcSize), ref(dstSize + 17), out(dstSize + 17);
+    FillRandom(src.data(), src.size(), seed);
+    FillRandom(ref.data(), ref.size(), seed + 1);
+    std::memcpy(out.data(), ref.data(), ref.size());
+    const size_t skew = (16 - reinterpret_cast<uintptr_t>(out.data()) % 16) % 16 + (s.bAligned ? 0 : 1);
+    ASSERT_EQ(reinterpret_cast<uintptr_t>(ref.data()) % 16, reinterpret_cast<uintptr_t>(out.data()) % 16);
+
+    ASSERT_TRUE(sw.Set(CSwitches::kClosed));
+    c.scalar(s.width, s.height, src.data(), ref.data() + skew, srcInc, dstInc, s.bReverse);
+    sw.Set(mode);
+    const int done = c.intr(s.width, s.height, src.data(), out.data() + skew, srcInc, dstInc, s.bReverse);
+    EXPECT_NE(done, 0);
+    const bool bSame = std::memcmp(ref.data(), out.data(), out.size()) == 0;
+    EXPECT_TRUE(bSame) << c.name << " width " << s.width << " height " << s.height << " reverse " << s.bReverse
+                       << " aligned " << s.bAligned << " pads " << s.srcPad << "/" << s.dstPad << " mode " << mode
+                       << " seed " << seed;
+}
+
+const CSwitches::TMode kOpenModes[] = {CSwitches::kOpen, CSwitches::kOpenAvx};
+
+TEST(ConvertIntr, EveryVariantWritesTheScalarMembersBytes)
+{
+    const uint32_t widths[] = {1000, 4099};
+    std::vector<uint32_t> allWidths;
+    for (uint32_t w = 0; w <= 64; ++w) allWidths.push_back(w);
+    allWidths.insert(allWidths.end(), std::begin(widths), std::end(widths));
+    CSwitches sw;
+    uint32_t seed = 20261121;
+    for (const TCase& c : kCases)
+        for (CSwitches::TMode mode : kOpenModes) {
+            if (!sw.Set(mode)) continue;
+            for (uint32_t w : allWidths)
+                for (uint32_t h = 0; h <= 3; ++h)
+                    for (int variant = 0; variant < 8; ++variant) {
+                        const TShape s{w, h, bool(variant & 1), bool(variant & 2), variant & 4 ? 5u : 0u,
+                                       variant & 4 ? 7u : 0u};
+                        ExpectSameAsScalar(c, sw, mode, s, ++seed);
+                        if (HasFailure()) return;
+                    }
+        }
+}
+
+// Above 1 MiB the aligned lines are stored non-temporally; unaligned ones are not.
+TEST(ConvertIntr, ImagesAboveOneMebibyteWriteTheSameBytes)
+{
+    CSwitches sw;
+    uint32_t seed = 7;
+    for (const TCase& c : kCases)
+        for (CSwitches::TMode mode : kOpenModes) {
+            if (!sw.Set(mode)) continue;
+            for (int variant = 0; variant < 4; ++variant) {
+                const uint32_t width = 1001, height = uint32_t(0x100000 / (c.dstBytes * width) + 3);
+                ExpectSameAsScalar(c, sw, mode, {width, height, bool(variant & 1), bool(variant & 2), 3, 16}, ++seed);
+                if (HasFailure()) return;
+            }
+        }
+}
+
+TEST(ConvertIntr, AClosedGateReturnsZeroAndWritesNothing)
+{
+    CSwitches sw;
+    for (const TCase& c : kCases) {
+        // Closing only the variant's own gate is enough, whatever else is open.
+        sw.Set(CSwitches::kOpenAvx);
+        (c.gate == kSSE2 ? g_SSEChecker.m_bUseSSE2 : g_SSEChecker.m_bUseSSSE3) = false;
+        const uint32_t width = 40, height = 2;
+        std::vector<uint8_t> src = RandomBytes(4 * width * height, 3), dst(4 * width * height, 0x5A);
+        EXPECT_EQ(c.intr(width, height, src.data(), dst.data(), 4 * width, 4 * width, false), 0) << c.name;
+        EXPECT_EQ(dst, std::vector<uint8_t>(dst.size(), 0x5A)) << c.name;
+    }
+}
+
+TEST(ConvertIntr, AnOpenGateReportsTheWorkDoneForNoLines)
+{
+    CSwitches sw;
+    for (CSwitches::TMode mode : kOpenModes) {
+        if (!sw.Set(mode)) continue;
+        for (const TCase& c : kCases) {
+            uint8_t src[64] = {}, dst[64] = {};
+            EXPECT_NE(c.intr(16, 0, src, dst, 64, 64, false), 0) << c.name;
+        }
+    }
+}
+
+// Every pair of chroma bytes with black, white and random luma: the split sums of the vector code must
+// match the scalar formulas at every extreme.
+TEST(ConvertIntr, YCbCrEveryChromaPair)
+{
+    CSwitches sw;
+    const uint32_t width = 512, height = 256;
+    std::vector<uint8_t> src = RandomBytes(size_t(2) * width * height, 11);
+    for (uint32_t cb = 0; cb < 256; ++cb)
+        for (uint32_t cr = 0; cr < 256; ++cr) {
+            uint8_t* p = &src[size_t(cb) * 2 * width + 4 * cr];
+            p[1] = uint8_t(cb), p[3] = uint8_t(cr);
+            if (cr % 3 == 0) p[0] = 0, p[2] = 255;
+        }
+    for (const TCase& c : kCases) {
+        if (c.srcBytes != YCbCr422Bytes) continue;
+        std::vector<uint8_t> ref(size_t(4) * width * height), out(ref.size());
+        sw.Set(CSwitches::kClosed);
+        c.scalar(width, height, src.data(), ref.data(), 2 * width, 4 * width, false);
+        for (CSwitches::TMode mode : kOpenModes) {
+            if (!sw.Set(mode)) continue;
+            std::fill(out.begin(), out.end(), 0);
+            ASSERT_NE(c.intr(width, height, src.data(), out.data(), 2 * width, 4 * width, false), 0);
+            EXPECT_EQ(ref, out) << c.name << " mode " << mode;
+        }
+    }
+}
+
+}  // namespace
