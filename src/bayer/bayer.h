@@ -15,6 +15,12 @@ KaipStatus BdEncodeToBayer(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgI
                            uint32_t dwOptions);
 KaipStatus BdBilinearInterpolation(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, uint32_t dwDstPixelFormat,
                                    uint32_t dwOptions, KaipHLut hLut);
+KaipStatus BdVariableGradients(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, uint32_t dwDstPixelFormat,
+                               uint32_t dwOptions, KaipHLut hLut);
+KaipStatus BdPixelGrouping(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, uint32_t dwDstPixelFormat,
+                           uint32_t dwOptions, KaipHLut hLut);
+KaipStatus BdBilinearColorCorrection(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                                     uint32_t dwDstPixelFormat, uint32_t dwOptions, KaipHLut hLut);
 
 // Writes into each Bayer sample (8, 10 or 12 bits) the channel of its site taken from a
 // BGR8 or BGRa8 pixel (srcBytes 3 or 4), shifted up to the depth. The exported encoder

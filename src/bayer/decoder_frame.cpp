@@ -1,5 +1,6 @@
 // decoder_frame.cpp: the checks, LUT choice and border (CalculateFrame1) shared by every Bayer decoder.
 #include "bayer/decoder_frame.h"
+#include "bayer/decoder_window.h"
 
 #include "core/check.h"
 #include "core/common.h"
@@ -137,6 +138,25 @@ KaipStatus SelectBayerLut(const char* pszFunc, KaipHLut hLut, uint32_t dwBits, T
     return KASTATUS_OK;
 }
 
+KaipStatus PrepareInterpolatingDecoder(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                                       uint32_t dwDstPixelFormat, uint32_t dwOptions, KaipHLut hLut, TBayerJob& job,
+                                       TBayerLut& lut, uint32_t& dwDstBytes)
+{
+    KaipStatus status = PrepareBayerJob(pszFunc, pSrcImgInfo, pDstImgInfo, dwDstPixelFormat, dwOptions,
+                                        KaipPixelFormatClass_BGR8Packed | KaipPixelFormatClass_BGRA8Packed, 2, job);
+    if (status != KASTATUS_OK) return status;
+    status = SelectBayerLut(pszFunc, hLut, job.dwBits, TLutDemand::FullBayer, lut);
+    if (status != KASTATUS_OK) return status;
+    dwDstBytes = dwDstPixelFormat == KaipPixelFormat_BGR8Packed    ? 3
+                 : dwDstPixelFormat == KaipPixelFormat_BGRA8Packed ? 4
+                                                                   : 0;
+    if (dwDstBytes == 0) {
+        return Refuse(KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT, "%s: KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT.",
+                      pszFunc);
+    }
+    return KASTATUS_OK;
+}
+
 namespace {
 
 // The planes of the border pass and the LUT tables it reads.
@@ -233,3 +253,24 @@ void CalculateFrame1(const uint8_t* pSrc, uint32_t dwWidth, uint32_t dwHeight, u
             break;
     }
 }
+
+void CalculateFrame2(const uint8_t* pSrc, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwSrcLineIncrement,
+                     uint32_t dwSrcBits, bool bShiftLine, bool bShiftColumn, uint8_t* pDst, uint32_t dwDstLineIncrement,
+                     uint32_t dwDstBitsPerPixel, KaipHLut hLut)
+{
+    TBayerLut lut;
+    if (dwWidth < 3 || dwHeight < 3 || !ResolveBayerLut(hLut, dwSrcBits, lut)) return;
+    const TBayerPlanes p{pSrc, dwSrcLineIncrement, pDst, dwDstLineIncrement, bShiftLine, bShiftColumn};
+    const uint32_t xLast = dwWidth - 2, yLast = dwHeight - 2;  // the ring's last column and line
+    WithDepth(dwSrcBits, [&](auto bits) {
+        WithPixelBytes(dwDstBitsPerPixel / 8, [&](auto bytes) {
+            const TBilinear<bits, bytes> k{lut};
+            RunInterior(k, p, dwHeight, 1, xLast + 1, 1, 2);
+            if (yLast > 1) RunInterior(k, p, dwHeight, 1, xLast + 1, yLast, yLast + 1);
+            RunInterior(k, p, dwHeight, 1, 2, 2, yLast);
+            if (xLast > 1) RunInterior(k, p, dwHeight, xLast, xLast + 1, 2, yLast);
+        });
+    });
+}
+
+const TReciprocals g_Reciprocals;

@@ -58,6 +58,20 @@ void CalculateFrame1(const uint8_t* pSrc, uint32_t dwWidth, uint32_t dwHeight, u
                      uint32_t dwSrcBits, bool bShiftLine, bool bShiftColumn, uint8_t* pDst, uint32_t dwDstLineIncrement,
                      uint32_t dwDstBitsPerPixel, KaipHLut hLut);
 
+// The second ring (line 1, line height-2, column 1 and column width-2 between them) by the
+// bilinear interior rule, for decoders whose interior reads two pixels on each side. Same
+// arguments as CalculateFrame1; colour destinations only (24 or 32 bits per pixel, written
+// blue first); images below 3x3 have no second ring and get nothing.
+void CalculateFrame2(const uint8_t* pSrc, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwSrcLineIncrement,
+                     uint32_t dwSrcBits, bool bShiftLine, bool bShiftColumn, uint8_t* pDst, uint32_t dwDstLineIncrement,
+                     uint32_t dwDstBitsPerPixel, KaipHLut hLut);
+
+// Checks 1 to 6 of the interpolating decoders (BGR8Packed or BGRA8Packed out, a LUT with both
+// Bayer flags): on success the job, its tables and the destination pixel size (3 or 4).
+KaipStatus PrepareInterpolatingDecoder(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                                       uint32_t dwDstPixelFormat, uint32_t dwOptions, KaipHLut hLut, TBayerJob& job,
+                                       TBayerLut& lut, uint32_t& dwDstBytes);
+
 // ---- pieces for the interior loops (templates on depth and destination) ----
 
 // The site of a pixel: red, green in a red line, green in a blue line, blue.
@@ -95,6 +109,40 @@ inline void StoreBgr(uint8_t* p, uint8_t b, uint8_t g, uint8_t r)
         p[2] = r;
     }
 }
+
+// The bilinear interior rule. No division: the raw sum of two or four samples indexes a
+// replicated table, which reads the LUT's output for the truncated mean in the same access.
+// Indices are masked to the table sizes, so stray high bits in 16-bit containers cannot reach
+// past a table.
+template <unsigned Bits, uint32_t DstBytes>
+struct TBilinear {
+    TBayerLut lut;
+
+    template <int Site>
+    void Pixel(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut, uint32_t x) const
+    {
+        using D = TDepth<Bits>;
+        const uint32_t own = D::At(pCur, x) & D::kMask1;
+        const uint32_t across = (D::At(pCur, x - 1) + D::At(pCur, x + 1)) & D::kMask2;
+        const uint32_t upDown = (D::At(pUp, x) + D::At(pDown, x)) & D::kMask2;
+        uint8_t* p = pOut + size_t(x) * DstBytes;
+        if constexpr (Site == kSiteGreenR) {
+            StoreBgr<DstBytes>(p, lut.pBlue2[upDown], lut.pGreen[own], lut.pRed2[across]);
+        } else if constexpr (Site == kSiteGreenB) {
+            StoreBgr<DstBytes>(p, lut.pBlue2[across], lut.pGreen[own], lut.pRed2[upDown]);
+        } else {
+            const uint32_t direct =
+                (D::At(pUp, x) + D::At(pDown, x) + D::At(pCur, x - 1) + D::At(pCur, x + 1)) & D::kMask4;
+            const uint32_t diagonal =
+                (D::At(pUp, x - 1) + D::At(pUp, x + 1) + D::At(pDown, x - 1) + D::At(pDown, x + 1)) & D::kMask4;
+            if constexpr (Site == kSiteRed) {
+                StoreBgr<DstBytes>(p, lut.pBlue4[diagonal], lut.pGreen4[direct], lut.pRed[own]);
+            } else {
+                StoreBgr<DstBytes>(p, lut.pBlue[own], lut.pGreen4[direct], lut.pRed4[diagonal]);
+            }
+        }
+    }
+};
 
 // Source and destination planes of an interior pass, with the pattern's two toggles.
 struct TBayerPlanes {

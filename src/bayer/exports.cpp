@@ -31,6 +31,24 @@ KAIP_API KaipStatus KaipBdBilinearInterpolation(const KaipImgInfo* pSrcImgInfo, 
     return BdBilinearInterpolation(pSrcImgInfo, pDstImgInfo, dwDstPixelFormat, dwOptions, hLut);
 }
 
+KAIP_API KaipStatus KaipBdVariableGradients(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                                            uint32_t dwDstPixelFormat, uint32_t dwOptions, KaipHLut hLut)
+{
+    return BdVariableGradients(pSrcImgInfo, pDstImgInfo, dwDstPixelFormat, dwOptions, hLut);
+}
+
+KAIP_API KaipStatus KaipBdPixelGrouping(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                                        uint32_t dwDstPixelFormat, uint32_t dwOptions, KaipHLut hLut)
+{
+    return BdPixelGrouping(pSrcImgInfo, pDstImgInfo, dwDstPixelFormat, dwOptions, hLut);
+}
+
+KAIP_API KaipStatus KaipBdBilinearColorCorrection(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
+                                                  uint32_t dwDstPixelFormat, uint32_t dwOptions, KaipHLut hLut)
+{
+    return BdBilinearColorCorrection(pSrcImgInfo, pDstImgInfo, dwDstPixelFormat, dwOptions, hLut);
+}
+
 KAIP_API KaipStatus KaipCalcWbFactors(const KaipImgInfo* pSrcImgInfo, uint32_t* pdwRed, uint32_t* pdwGreen,
                                       uint32_t* pdwBlue, uint32_t dwOptions)
 {

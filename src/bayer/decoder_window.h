@@ -1,0 +1,98 @@
+// decoder_window.h: the pieces of the decoders that read a 5x5 neighbourhood: line window, site dispatch, rounding.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+
+#include "bayer/decoder_frame.h"
+
+// Five source lines centred on the decoded one; At(dy, x) reads the sample dy lines away,
+// masked to the depth (stray high bits of 16-bit containers are ignored).
+template <unsigned Bits>
+struct TWindow5 {
+    const uint8_t* pLine[5];
+    int32_t At(int dy, uint32_t x) const { return int32_t(TDepth<Bits>::At(pLine[2 + dy], x) & TDepth<Bits>::kMask1); }
+};
+
+template <unsigned Bits>
+TWindow5<Bits> Window5(const TBayerPlanes& p, uint32_t y)
+{
+    TWindow5<Bits> w;
+    for (int i = 0; i < 5; ++i) w.pLine[i] = p.pSrc + (size_t(y) + i - 2) * p.dwSrcLineIncrement;
+    return w;
+}
+
+// One line of columns x0..x1-1 whose sites alternate SiteA, SiteB; the kernel's Pixel reads
+// what it needs from its line context (windows, line buffers, output line).
+template <class Kernel, int SiteA, int SiteB>
+void SiteLine(const Kernel& kernel, const typename Kernel::TLine& line, uint32_t x0, uint32_t x1)
+{
+    const Kernel k = kernel;  // a local copy keeps its tables in registers across byte stores
+    uint32_t x = x0;
+    for (; x + 1 < x1; x += 2) {
+        k.template Pixel<SiteA>(line, x);
+        k.template Pixel<SiteB>(line, x + 1);
+    }
+    if (x < x1) k.template Pixel<SiteA>(line, x);
+}
+
+// The two line workers of a kernel for columns starting at x0, picked once.
+template <class Kernel>
+struct TSiteLines {
+    using TWorker = void (*)(const Kernel&, const typename Kernel::TLine&, uint32_t, uint32_t);
+    TWorker red, blue;
+    TSiteLines(uint32_t x0, bool bShiftColumn)
+    {
+        const bool bRedColumnFirst = ((x0 & 1) != 0) == bShiftColumn;
+        red = bRedColumnFirst ? SiteLine<Kernel, kSiteRed, kSiteGreenR> : SiteLine<Kernel, kSiteGreenR, kSiteRed>;
+        blue = bRedColumnFirst ? SiteLine<Kernel, kSiteGreenB, kSiteBlue> : SiteLine<Kernel, kSiteBlue, kSiteGreenB>;
+    }
+};
+
+inline bool IsRedLine(uint32_t y, bool bShiftLine)
+{
+    return ((y & 1) != 0) == bShiftLine;
+}
+
+// Runs a kernel whose line context is a 5-line window and an output line over lines
+// y0..y1-1 and columns x0..x1-1, two pixels from every edge.
+template <class Kernel>
+void RunWindow(const Kernel& k, const TBayerPlanes& p, uint32_t x0, uint32_t x1, uint32_t y0, uint32_t y1)
+{
+    const TSiteLines<Kernel> lines(x0, p.bShiftColumn);
+    for (uint32_t y = y0; y < y1; ++y) {
+        const typename Kernel::TLine line{Window5<Kernel::kBits>(p, y), p.pDst + size_t(y) * p.dwDstLineIncrement};
+        (IsRedLine(y, p.bShiftLine) ? lines.red : lines.blue)(k, line, x0, x1);
+    }
+}
+
+template <unsigned Bits>
+inline int32_t ClampSample(int32_t v)
+{
+    return std::min(std::max(v, 0), int32_t(TDepth<Bits>::kMask1));
+}
+
+// floor(x / d) for 0 <= x < 2^24 and 1 <= d < 4096 by one multiplication: m = floor(2^36 / d) + 1
+// exceeds 2^36 / d by at most 1, so x * m / 2^36 overshoots x / d by less than 2^-12 < 1 / d,
+// which never carries it past the next integer.
+struct TReciprocals {
+    uint64_t m[4096];
+    TReciprocals()
+    {
+        m[0] = 0;
+        for (uint64_t d = 1; d < 4096; ++d) m[d] = (uint64_t(1) << 36) / d + 1;
+    }
+    uint32_t Divide(uint32_t x, uint32_t d) const { return uint32_t((uint64_t(x) * m[d]) >> 36); }
+};
+extern const TReciprocals g_Reciprocals;
+
+// The two outer rings of a decoder with a 5x5 support, after its interior: the second ring by
+// the bilinear rule, then the outermost one by the 2x2 block rule.
+inline void FinishFrames(const TBayerJob& job, uint32_t dwDstBytes, KaipHLut hLut)
+{
+    const uint32_t w = job.src.Width, h = job.src.Height;
+    CalculateFrame2(job.src.pData, w, h, job.src.LineIncrement, job.dwBits, job.bShiftLine, job.bShiftColumn,
+                    job.pDst->pData, job.pDst->LineIncrement, dwDstBytes * 8, hLut);
+    CalculateFrame1(job.src.pData, w, h, job.src.LineIncrement, job.dwBits, job.bShiftLine, job.bShiftColumn,
+                    job.pDst->pData, job.pDst->LineIncrement, dwDstBytes * 8, hLut);
+}
