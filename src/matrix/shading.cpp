@@ -63,9 +63,10 @@ void SumLine(const uint8_t* pBlack, const uint8_t* pWhite, const TLineJob& job, 
     dwMaxDiff = uint32_t(maxDiff);
 }
 
-// Corrects one line. The gain divides by white - black through pRecip[w] = ceil(2^63 / w), which gives
-// the exact quotient for every numerator below 2^32 and divisor below 2^17 (the error of the reciprocal,
-// below w, times the numerator stays below 2^63). The numerator (in - black) x mean + w / 2 is below 2^32.
+// Corrects one line. The gain divides by white - black through pRecip[w] = ceil(2^63 / w): the high word
+// of pRecip[w] x 2n is the exact quotient n / w for every numerator below 2^32 and divisor below 2^17
+// (the error of the reciprocal, below 2w, times 2n stays below 2^64). The numerator
+// (in - black) x mean + w / 2 is below 2^32. Selections are masks, so the loop has no data branches.
 template <typename TSample, int iChannels, int iStep>
 void CorrectLine(const uint8_t* pSrc, const uint8_t* pBlack, const uint8_t* pWhite, uint8_t* pDst, const TLineJob& job,
                  const uint32_t* pMean, const uint64_t* pRecip, uint32_t dwMaxDiff)
@@ -75,16 +76,19 @@ void CorrectLine(const uint8_t* pSrc, const uint8_t* pBlack, const uint8_t* pWhi
     const TSample* wt = reinterpret_cast<const TSample*>(pWhite);
     TSample* d = reinterpret_cast<TSample*>(pDst);
     const uint32_t mask = job.dwMask;
+    const int32_t maxDiff = int32_t(dwMaxDiff);
     uint32_t mean[iChannels];
     for (int c = 0; c < iChannels; ++c) mean[c] = pMean[c];
     auto correct = [&](size_t j, int c) {
-        const uint32_t in = s[j], v = in & mask, black = bk[j] & mask;
-        const int32_t w = int32_t(wt[j] & mask) - int32_t(black);
-        const uint32_t diff = v > black ? v - black : 0;
-        const uint32_t wi = w > 0 ? std::min(uint32_t(w), dwMaxDiff) : 1u;
+        const uint32_t in = s[j];
+        const int32_t black = int32_t(bk[j] & mask), above = int32_t(in & mask) - black;
+        const int32_t w = int32_t(wt[j] & mask) - black;
+        const uint32_t diff = uint32_t(above & ~(above >> 31));  // 0 below black
+        const uint32_t wi = uint32_t(std::clamp(w, 1, maxDiff));
         const uint64_t n = uint64_t(diff) * mean[c] + (wi >> 1);
-        const uint32_t q = uint32_t((unsigned __int128)pRecip[wi] * n >> 63);
-        d[j] = TSample(w > 0 ? std::min(q, mask) : in);
+        const uint32_t q = uint32_t((unsigned __int128)pRecip[wi] * (n << 1) >> 64);
+        const uint32_t valid = 0u - uint32_t(w > 0);
+        d[j] = TSample((std::min(q, mask) & valid) | (in & ~valid));
     };
     const size_t whole = job.dwSamples - job.dwSamples % iStep;
     for (size_t i = 0; i < whole; i += iStep)
