@@ -57,8 +57,8 @@ void CorrectLine(const uint8_t* pSrcLine, uint8_t* pDstLine, uint32_t dwWidth, c
 
 // What one convolution call hands its line workers: the kernel as unsigned words (so that the sum
 // wraps at 32 bits as the processor's arithmetic does), the format's maximum, the table of each
-// channel (by byte position for colour, green for mono) and, for threshold sharpening, the least
-// contrast times 9 that is sharpened (-1: every pixel).
+// channel (by byte position for colour, green for mono) and, for threshold sharpening, 9 x the
+// threshold that a sample's contrast must exceed to be sharpened (-1: every sample).
 struct TConvolutionJob {
     uint32_t k[9];
     int32_t iMax;
