@@ -31,6 +31,9 @@ const std::vector<Family>& Families()
          KaipPixelFormat_Mono8, 1, true},
         {"KaipBdNearestNeighbour", KaipBdNearestNeighbour, KaipPixelFormat_RGBA8Packed, 4, true},
         {"KaipBdBilinearInterpolation", KaipBdBilinearInterpolation, KaipPixelFormat_BGRA8Packed, 4, true},
+        {"KaipBdVariableGradients", KaipBdVariableGradients, KaipPixelFormat_BGR8Packed, 3, true},
+        {"KaipBdPixelGrouping", KaipBdPixelGrouping, KaipPixelFormat_BGRA8Packed, 4, true},
+        {"KaipBdBilinearColorCorrection", KaipBdBilinearColorCorrection, KaipPixelFormat_BGR8Packed, 3, true},
     };
     return f;
 }

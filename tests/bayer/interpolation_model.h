@@ -1,0 +1,321 @@
+// interpolation_model.h: per-pixel references of the 5x5 decoders (gradient-corrected bilinear, variable
+// gradients, pixel grouping) and the test run they share.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <functional>
+#include <vector>
+
+#include "bayer/bayer_model.h"
+
+namespace bayer_model {
+
+// A sample masked to the depth; offsets relative to (x, y).
+inline int32_t V(const Mosaic& m, uint32_t x, uint32_t y, int dx = 0, int dy = 0)
+{
+    return int32_t(m.at(uint32_t(int(x) + dx), uint32_t(int(y) + dy)) & Mask(m, 1));
+}
+
+inline int32_t ClampTo(const Mosaic& m, int64_t v)
+{
+    return int32_t(std::min<int64_t>(std::max<int64_t>(v, 0), Mask(m, 1)));
+}
+
+// floor(num / den + 1/2) for den > 0, exact in 64 bits.
+inline int64_t RoundDiv(int64_t num, int64_t den)
+{
+    const int64_t n = 2 * num + den, d = 2 * den;
+    return n >= 0 ? n / d : -((-n + d - 1) / d);
+}
+
+inline Px Output(const Outputs& o, int32_t r, int32_t g, int32_t b)
+{
+    return {o.c[R][r], o.c[G][g], o.c[B][b], true};
+}
+
+// The outer ring by the 2x2 rule, the second ring by the bilinear rule, the rest by `inner`.
+inline Px Ringed(const Mosaic& m, const Outputs& o, uint32_t x, uint32_t y,
+                 const std::function<Px(uint32_t, uint32_t)>& inner)
+{
+    if (IsFrame(m, x, y)) return FramePx(m, o, x, y);
+    if (x == 1 || y == 1 || x == m.w - 2 || y == m.h - 2) return Bilinear(m, o, x, y);
+    return inner(x, y);
+}
+
+// ---- gradient-corrected bilinear ----
+
+inline int32_t Limited(int64_t sum16, std::initializer_list<int32_t> range)
+{
+    const int64_t v = RoundDiv(sum16, 16);
+    return int32_t(std::min<int64_t>(std::max<int64_t>(v, std::min(range)), std::max(range)));
+}
+
+inline Px ColorCorrection(const Mosaic& m, const Outputs& o, uint32_t x, uint32_t y)
+{
+    return Ringed(m, o, x, y, [&](uint32_t x, uint32_t y) {
+        auto v = [&](int dx, int dy) { return V(m, x, y, dx, dy); };
+        const int32_t c = v(0, 0);
+        const int32_t diag = v(-1, -1) + v(1, -1) + v(-1, 1) + v(1, 1);
+        const int32_t h2 = v(-2, 0) + v(2, 0), v2 = v(0, -2) + v(0, 2);
+        const Colour own = m.site(x, y);
+        if (own == G) {
+            // Colour of the left and right neighbours, and of the upper and lower ones.
+            const int32_t side = Limited(10 * c + 8 * (v(-1, 0) + v(1, 0)) - 2 * diag - 2 * h2 + v2, {v(-1, 0), v(1, 0)});
+            const int32_t vert = Limited(10 * c + 8 * (v(0, -1) + v(0, 1)) - 2 * diag - 2 * v2 + h2, {v(0, -1), v(0, 1)});
+            return m.redLine(y) ? Output(o, side, c, vert) : Output(o, vert, c, side);
+        }
+        const int32_t g = Limited(8 * c + 4 * (v(-1, 0) + v(1, 0) + v(0, -1) + v(0, 1)) - 2 * (h2 + v2),
+                                  {v(-1, 0), v(1, 0), v(0, -1), v(0, 1)});
+        const int32_t opp = Limited(12 * c + 4 * diag - 3 * (h2 + v2), {v(-1, -1), v(1, -1), v(-1, 1), v(1, 1)});
+        return own == R ? Output(o, c, g, opp) : Output(o, opp, g, c);
+    });
+}
+
+// ---- variable number of gradients ----
+
+struct Off {
+    int dx, dy;
+};
+inline Off Turn(Off p, int quarters)  // a quarter turn maps north to west
+{
+    for (int i = 0; i < quarters; ++i) p = {p.dy, -p.dx};
+    return p;
+}
+
+// One direction: pairs whose absolute differences make the gradient (weight 2 or 1), and the
+// places whose colours are averaged per colour.
+struct DirectionTemplate {
+    struct Pair {
+        Off a, b;
+        int weight;
+    };
+    std::vector<Pair> pairs;
+    std::vector<Off> places;
+};
+
+inline const DirectionTemplate& Template(bool greenCentre, bool diagonal)
+{
+    static const DirectionTemplate rbNorth{{{{0, -1}, {0, 1}, 2},
+                                            {{0, -2}, {0, 0}, 2},
+                                            {{-1, -1}, {-1, 1}, 1},
+                                            {{1, -1}, {1, 1}, 1},
+                                            {{-1, -2}, {-1, 0}, 1},
+                                            {{1, -2}, {1, 0}, 1}},
+                                           {{0, -2}, {0, 0}, {0, -1}, {-1, -1}, {1, -1}}};
+    static const DirectionTemplate rbNorthEast{{{{1, -1}, {-1, 1}, 2},
+                                                {{2, -2}, {0, 0}, 2},
+                                                {{0, -1}, {-1, 0}, 1},
+                                                {{1, 0}, {0, 1}, 1},
+                                                {{1, -2}, {0, -1}, 1},
+                                                {{2, -1}, {1, 0}, 1}},
+                                               {{2, -2}, {0, 0}, {1, -2}, {0, -1}, {2, -1}, {1, 0}, {1, -1}}};
+    static const DirectionTemplate gNorth{{{{0, -2}, {0, 0}, 2},
+                                           {{0, -1}, {0, 1}, 2},
+                                           {{-1, -1}, {-1, 1}, 1},
+                                           {{1, -1}, {1, 1}, 1},
+                                           {{-1, -2}, {-1, 0}, 1},
+                                           {{1, -2}, {1, 0}, 1}},
+                                          {{0, -2}, {0, 0}, {0, -1}, {-1, -2}, {1, -2}, {-1, 0}, {1, 0}}};
+    static const DirectionTemplate gNorthEast{{{{1, -1}, {-1, 1}, 2},
+                                               {{2, -2}, {0, 0}, 2},
+                                               {{1, -2}, {-1, 0}, 2},
+                                               {{2, -1}, {0, 1}, 2}},
+                                              {{1, -1}, {1, -2}, {1, 0}, {0, -1}, {2, -1}}};
+    return greenCentre ? (diagonal ? gNorthEast : gNorth) : (diagonal ? rbNorthEast : rbNorth);
+}
+
+inline Px VariableGradients(const Mosaic& m, const Outputs& o, uint32_t x, uint32_t y)
+{
+    return Ringed(m, o, x, y, [&](uint32_t x, uint32_t y) {
+        const Colour own = m.site(x, y);
+        auto v = [&](Off p) { return V(m, x, y, p.dx, p.dy); };
+        int32_t grad[8];
+        double mean[8][3];  // per direction and colour; sums of 1, 2 or 4 values, so exact
+        for (int d = 0; d < 8; ++d) {
+            const DirectionTemplate& t = Template(own == G, d >= 4);
+            grad[d] = 0;
+            for (const auto& p : t.pairs) grad[d] += p.weight * std::abs(v(Turn(p.a, d % 4)) - v(Turn(p.b, d % 4)));
+            double sum[3] = {0, 0, 0}, count[3] = {0, 0, 0};
+            for (Off p : t.places) {
+                const Off q = Turn(p, d % 4);
+                const Colour c = m.site(uint32_t(int(x) + q.dx), uint32_t(int(y) + q.dy));
+                sum[c] += v(q), count[c] += 1;
+            }
+            for (int c = 0; c < 3; ++c) mean[d][c] = sum[c] / count[c];
+        }
+        const int32_t lo = *std::min_element(grad, grad + 8), hi = *std::max_element(grad, grad + 8);
+        int n = 0;
+        double diff[3] = {0, 0, 0};
+        for (int d = 0; d < 8; ++d) {
+            if (grad[d] > lo + hi / 2.0) continue;  // threshold 1.5 min + 0.5 (max - min)
+            ++n;
+            for (int c = 0; c < 3; ++c) diff[c] += mean[d][c] - mean[d][own];
+        }
+        int32_t out[3];
+        for (int c = 0; c < 3; ++c) {
+            // 4n times the estimate is an integer: the means are quarters.
+            const int64_t num = int64_t(std::llround(4 * n * v({0, 0}) + 4 * diff[c]));
+            out[c] = ClampTo(m, RoundDiv(std::min<int64_t>(std::max<int64_t>(num, 0), 4 * n * Mask(m, 1)), 4 * n));
+        }
+        return Output(o, out[R], out[G], out[B]);
+    });
+}
+
+// ---- pixel grouping ----
+
+// The green plane: green sites as they are, the second ring the truncated mean of the four
+// direct neighbours, inside it the gradient-weighted mean of four directional estimates.
+inline int32_t GroupingGreen(const Mosaic& m, uint32_t x, uint32_t y)
+{
+    auto v = [&](int dx, int dy) { return V(m, x, y, dx, dy); };
+    if (m.site(x, y) == G) return v(0, 0);
+    if (x == 1 || y == 1 || x == m.w - 2 || y == m.h - 2) return (v(-1, 0) + v(1, 0) + v(0, -1) + v(0, 1)) / 4;
+    int64_t sum = 0, weights = 0;
+    for (int q = 0; q < 4; ++q) {
+        const Off a = Turn({0, -1}, q), b = Turn({0, 1}, q), a2 = Turn({0, -2}, q);
+        const int32_t gradient = 2 * std::abs(v(0, 0) - v(a2.dx, a2.dy)) + std::abs(v(a.dx, a.dy) - v(b.dx, b.dy));
+        const int64_t weight = 4096 / (1 + (gradient >> (m.bits - 8)));
+        sum += weight * (3 * v(a.dx, a.dy) + v(b.dx, b.dy) + v(0, 0) - v(a2.dx, a2.dy));
+        weights += weight;
+    }
+    return ClampTo(m, RoundDiv(std::min<int64_t>(std::max<int64_t>(sum, 0), 4 * weights * Mask(m, 1)), 4 * weights));
+}
+
+inline int32_t HueTransit(const Mosaic& m, int32_t l1, int32_t l2, int32_t l3, int32_t v1, int32_t v3)
+{
+    if ((l1 < l2 && l2 < l3) || (l1 > l2 && l2 > l3)) {
+        const int32_t a = std::abs(l2 - l1), b = std::abs(l3 - l1);
+        return (v1 * (b - a) + v3 * a + b / 2) / b;
+    }
+    return ClampTo(m, int32_t(std::floor((2.0 * (v1 + v3) + 2 * l2 - l1 - l3) / 4 + 0.5)));
+}
+
+inline Px PixelGrouping(const Mosaic& m, const Outputs& o, uint32_t x, uint32_t y)
+{
+    return Ringed(m, o, x, y, [&](uint32_t x, uint32_t y) {
+        auto v = [&](int dx, int dy) { return V(m, x, y, dx, dy); };
+        auto g = [&](int dx, int dy) { return GroupingGreen(m, uint32_t(int(x) + dx), uint32_t(int(y) + dy)); };
+        const Colour own = m.site(x, y);
+        const int32_t c = v(0, 0);
+        if (own == G) {
+            const int32_t side = HueTransit(m, g(-1, 0), c, g(1, 0), v(-1, 0), v(1, 0));
+            const int32_t vert = HueTransit(m, g(0, -1), c, g(0, 1), v(0, -1), v(0, 1));
+            return m.redLine(y) ? Output(o, side, c, vert) : Output(o, vert, c, side);
+        }
+        const int32_t gc = g(0, 0);
+        int32_t gradient[2], along[2];
+        for (int i = 0; i < 2; ++i) {
+            const int s = i == 0 ? 1 : -1;  // north-east, then north-west
+            gradient[i] = std::abs(v(s, -1) - v(-s, 1)) + std::abs(v(2 * s, -2) - c) + std::abs(c - v(-2 * s, 2)) +
+                          std::abs(g(s, -1) - gc) + std::abs(gc - g(-s, 1));
+            along[i] = HueTransit(m, g(s, -1), gc, g(-s, 1), v(s, -1), v(-s, 1));
+        }
+        const int32_t opp = gradient[0] < gradient[1]   ? along[0]
+                            : gradient[1] < gradient[0] ? along[1]
+                                                        : (along[0] + along[1] + 1) / 2;
+        return own == R ? Output(o, c, gc, opp) : Output(o, opp, gc, c);
+    });
+}
+
+// ---- the shared test run ----
+
+using Decoder = KaipStatus (*)(const KaipImgInfo*, KaipImgInfo*, uint32_t, uint32_t, KaipHLut);
+using PixelModel = Px (*)(const Mosaic&, const Outputs&, uint32_t, uint32_t);
+
+// Sizes from the smallest (frames only) past the 5x5 support to a few larger odd ones.
+inline const std::vector<Size>& WindowSizes()
+{
+    static const std::vector<Size> sizes{{2, 2}, {3, 3}, {4, 4}, {5, 5}, {2, 5}, {5, 3}, {6, 5},
+                                         {5, 8}, {7, 6}, {9, 9}, {33, 17}, {70, 41}};
+    return sizes;
+}
+
+// Random mosaics of every depth, pattern and size, three LUTs and both destinations, compared
+// byte for byte (padding included) with the model.
+inline void ExpectMatchesModel(Decoder decode, PixelModel model)
+{
+    struct DstFormat {
+        uint32_t code, bytes;
+    };
+    for (LutKind kind : {LutKind::Identity, LutKind::Global, LutKind::Custom}) {
+        const TestLut lut(kind, 4321);
+        for (DstFormat f : {DstFormat{KaipPixelFormat_BGR8Packed, 3}, DstFormat{KaipPixelFormat_BGRA8Packed, 4}}) {
+            SCOPED_TRACE(std::string(Name(kind)) + " dst bytes " + std::to_string(f.bytes));
+            ForEachMosaic(WindowSizes(), 17 * f.bytes, [&](const BayerImage& src) {
+                auto dst = Destination(src.m.w, src.m.h, f.code, f.bytes);
+                ASSERT_EQ(decode(&src.img->info, &dst->info, f.code, 0, lut.handle), 0);
+                const auto want = Expected(*dst, f.bytes, false,
+                                           [&](uint32_t x, uint32_t y) { return model(src.m, lut.of(src.m.bits), x, y); });
+                ASSERT_EQ(FirstDifference(*dst, f.bytes, want), "");
+            });
+            if (::testing::Test::HasFatalFailure()) return;
+        }
+    }
+}
+
+// A uniform mosaic decodes to its grey everywhere; a horizontal grey ramp (one step per
+// column) stays that ramp inside the outer ring, whose 2x2 blocks shift it by a column.
+inline void ExpectFlatAndRampExact(Decoder decode)
+{
+    for (uint32_t bits : {8u, 12u}) {
+        for (uint32_t pattern = 0; pattern < 4; ++pattern) {
+            for (bool ramp : {false, true}) {
+                const uint32_t w = 40, h = 9, shift = bits - 8;
+                BayerImage src(w, h, bits, pattern & 2, pattern & 1, 1);
+                for (uint32_t y = 0; y < h; ++y) {
+                    for (uint32_t x = 0; x < w; ++x) {
+                        const uint32_t v = (ramp ? 30 + 5 * x : 77) << shift;
+                        uint8_t* p = src.img->buffer.data() + size_t(y) * src.img->info.LineIncrement;
+                        if (bits == 8) {
+                            p[x] = uint8_t(v);
+                        } else {
+                            p[2 * x] = uint8_t(v), p[2 * x + 1] = uint8_t(v >> 8);
+                        }
+                    }
+                }
+                auto dst = Destination(w, h, KaipPixelFormat_BGR8Packed, 3);
+                ASSERT_EQ(decode(&src.img->info, &dst->info, KaipPixelFormat_BGR8Packed, 0, nullptr), 0);
+                for (uint32_t y = 0; y < h; ++y) {
+                    for (uint32_t x = 0; x < w; ++x) {
+                        if (ramp && IsFrame(src.m, x, y)) continue;
+                        const uint8_t want = uint8_t(ramp ? 30 + 5 * x : 77);
+                        const uint8_t* p = dst->buffer.data() + size_t(y) * dst->info.LineIncrement + 3 * x;
+                        ASSERT_TRUE(p[0] == want && p[1] == want && p[2] == want)
+                            << "bits " << bits << " pattern " << pattern << (ramp ? " ramp" : " flat") << " at " << x
+                            << "," << y << ": " << int(p[0]) << " " << int(p[1]) << " " << int(p[2]) << " want "
+                            << int(want);
+                    }
+                }
+            }
+        }
+    }
+}
+
+// LUTs without both Bayer flags are refused at every depth, and so are the red-first
+// destinations, before anything is written.
+inline void ExpectLutAndDestinationRefusals(Decoder decode)
+{
+    for (uint32_t bits : {8u, 10u, 12u}) {
+        for (uint32_t type : {KAIP_LUT_BAYER, KAIP_LUT_BAYER_16, 0u, bits | KAIP_LUT_BAYER}) {
+            const KaipHLut h = KaipAllocateLut(type);
+            ASSERT_NE(h, nullptr);
+            BayerImage src(7, 6, bits, false, true, bits);
+            auto dst = Destination(7, 6, KaipPixelFormat_BGR8Packed, 3);
+            EXPECT_EQ(decode(&src.img->info, &dst->info, KaipPixelFormat_BGR8Packed, 0, h),
+                      KASTATUS_KAIP_INVALID_LUT_TYPE)
+                << "bits " << bits << " type " << type;
+            EXPECT_EQ(FirstDifference(*dst, 3, std::vector<uint8_t>(dst->buffer.size(), kSentinel)), "");
+            KaipFreeLut(h);
+        }
+    }
+    BayerImage src(6, 6, 8, true, false, 1);
+    for (uint32_t f : {KaipPixelFormat_RGB8Packed, KaipPixelFormat_RGBA8Packed, KaipPixelFormat_Mono8}) {
+        auto dst = Destination(6, 6, f, 4);
+        EXPECT_EQ(decode(&src.img->info, &dst->info, f, KaipOption_ReallocateDst, nullptr),
+                  KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT);
+    }
+}
+
+}  // namespace bayer_model
