@@ -163,20 +163,21 @@ KaipStatus ApplyShadingCorrection(const KaipImgInfo* pSrcImgInfo, const KaipImgI
         workers.pfnSum(pBlackImgInfo->pData + y * blackInc, pWhiteImgInfo->pData + y * whiteInc, job, sums.aSum + row,
                        sums.aCount + row, sums.dwMaxDiff);
     }
-    uint32_t aMean[6] = {};  // per line parity and class
-    for (int cell = 0; cell < 2 * workers.iChannels; ++cell) {
+    // Mono and colour: a class is a column of both line parities. Bayer: each site of the cell is its own
+    // class, except that both green sites (row + column + the pattern's shifts odd) form one, numbered 4.
+    const int cells = 2 * workers.iChannels;
+    const int shifts = (format.dwPattern & KaipImgFlag_BayerShiftLine ? 1 : 0) +
+                       (format.dwPattern & KaipImgFlag_BayerShiftColumn ? 1 : 0);
+    auto classOf = [&](int cell) {
         const int row = cell / workers.iChannels, column = cell % workers.iChannels;
-        uint64_t sum = 0, count = 0;
-        for (int other = 0; other < 2 * workers.iChannels; ++other) {
-            const int otherRow = other / workers.iChannels, otherColumn = other % workers.iChannels;
-            // Mono and colour: a class is a column of both line parities. Bayer: a site is its own class,
-            // except that the two green sites of a cell form one (a site is green when row + column + the
-            // pattern's shifts is odd).
-            const bool bGreen = ((row + column + otherRow + otherColumn) & 1) == 0 &&
-                                ((row + column + (format.dwPattern >> 8 & 1) + (format.dwPattern >> 9 & 1)) & 1) == 1;
-            const bool bSame = bBayer ? other == cell || bGreen : otherColumn == column;
-            if (bSame) sum += sums.aSum[other], count += sums.aCount[other];
-        }
+        return !bBayer ? column : ((row + column + shifts) & 1) ? 4 : cell;
+    };
+    uint64_t classSum[5] = {}, classCount[5] = {};
+    for (int cell = 0; cell < cells; ++cell)
+        classSum[classOf(cell)] += sums.aSum[cell], classCount[classOf(cell)] += sums.aCount[cell];
+    uint32_t aMean[6] = {};  // per line parity and class
+    for (int cell = 0; cell < cells; ++cell) {
+        const uint64_t sum = classSum[classOf(cell)], count = classCount[classOf(cell)];
         aMean[cell] = count ? uint32_t((sum + count / 2) / count) : 0;
     }
 
