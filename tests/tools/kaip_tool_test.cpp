@@ -2,8 +2,10 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pm.imgproc.h>
+#include <pty.h>
 #include <spawn.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -72,6 +74,27 @@ protected:
         if (posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ) == 0) waitpid(pid, &status, 0);
         posix_spawn_file_actions_destroy(&actions);
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadText(Path("stdout")), ReadText(Path("stderr"))};
+    }
+
+    // Runs the tool on a terminal (standard output and error both on it) and returns what it showed.
+    std::string KaipOnTerminal(std::vector<std::string> args) const
+    {
+        args.insert(args.begin(), KAIP_TOOL_PATH);
+        std::vector<char*> argv;
+        for (std::string& arg : args) argv.push_back(arg.data());
+        argv.push_back(nullptr);
+        int terminal = -1;
+        pid_t pid = forkpty(&terminal, nullptr, nullptr, nullptr);
+        if (pid == 0) {
+            execv(argv[0], argv.data());
+            _exit(127);
+        }
+        std::string shown;
+        char buffer[4096];
+        for (ssize_t got; (got = read(terminal, buffer, sizeof buffer)) > 0;) shown.append(buffer, size_t(got));
+        close(terminal);
+        waitpid(pid, nullptr, 0);
+        return shown;
     }
 
     void WriteBytes(const std::string& name, const std::vector<uint8_t>& bytes) const
@@ -308,6 +331,18 @@ TEST_F(KaipTool, ProcessTakesFoldersAndNamesOutputsAfterInputs)
     ASSERT_EQ(run.exitCode, 0) << run.err;
     EXPECT_TRUE(fs::exists(Path("pictures/a.BayerRG8.16x8.jpg")));
     EXPECT_TRUE(fs::exists(Path("pictures/b.BayerRG8.16x8.jpg")));
+}
+
+TEST_F(KaipTool, ProgressBarOnlyOnATerminalAndForSeveralFiles)
+{
+    for (const char* name : {"a.BayerRG8.16x8.raw", "b.BayerRG8.16x8.raw"})
+        WriteBytes(name, RandomSamples(16 * 8, 8, 9));
+    std::vector<std::string> two = {"process", Path("a.BayerRG8.16x8.raw"), Path("b.BayerRG8.16x8.raw")};
+    EXPECT_NE(KaipOnTerminal(two).find("] 2/2"), std::string::npos);
+    EXPECT_EQ(KaipOnTerminal({"process", Path("a.BayerRG8.16x8.raw")}).find("] 1/1"), std::string::npos);
+    Outcome piped = Kaip(two);
+    EXPECT_EQ(piped.exitCode, 0) << piped.err;
+    EXPECT_EQ(piped.err, "");
 }
 
 TEST_F(KaipTool, ConvertRoundTripsRawThroughImageFiles)
