@@ -120,6 +120,82 @@ struct KMonoWordToMono8 {
     }
 };
 
+// B, G, R words of the 16 pixels of 32 bytes Y0 Cb Y1 Cr, by the split sums of the SSE2 build:
+// Y + Cr' + ((103 Cr' + 128) >> 8), Y - Cr' + ((73 Cr' - 88 Cb' + 128) >> 8), Y + 2 Cb' + ((128 - 58 Cb') >> 8),
+// equal to the scalar formulas because the parts taken out are multiples of 256.
+KAIP_AVX2 inline void YCbCrToWords(__m256i s, __m256i& b, __m256i& g, __m256i& r)
+{
+    const __m256i words = _mm256_set1_epi32(0xFFFF), c128 = _mm256_set1_epi16(128);
+    const __m256i y = _mm256_and_si256(s, _mm256_set1_epi16(0xFF)), c = _mm256_srli_epi16(s, 8);
+    const __m256i cb = _mm256_sub_epi16(_mm256_or_si256(_mm256_and_si256(c, words), _mm256_slli_epi32(c, 16)), c128);
+    const __m256i cr = _mm256_sub_epi16(_mm256_or_si256(_mm256_srli_epi32(c, 16), _mm256_andnot_si256(words, c)), c128);
+    const __m256i rp = _mm256_srai_epi16(_mm256_add_epi16(_mm256_mullo_epi16(cr, _mm256_set1_epi16(103)), c128), 8);
+    const __m256i gp = _mm256_srai_epi16(
+        _mm256_add_epi16(_mm256_add_epi16(_mm256_mullo_epi16(cr, _mm256_set1_epi16(73)),
+                                          _mm256_mullo_epi16(cb, _mm256_set1_epi16(-88))),
+                         c128),
+        8);
+    const __m256i bp = _mm256_srai_epi16(_mm256_add_epi16(_mm256_mullo_epi16(cb, _mm256_set1_epi16(-58)), c128), 8);
+    r = _mm256_add_epi16(_mm256_add_epi16(y, cr), rp);
+    g = _mm256_add_epi16(_mm256_sub_epi16(y, cr), gp);
+    b = _mm256_add_epi16(_mm256_add_epi16(y, _mm256_add_epi16(cb, cb)), bp);
+}
+
+// 32 pixels of YCbCr 4:2:2 per step to 3 or 4 bytes each in the order O, the fourth byte 0; the rest of the
+// line by the scalar member's reader and writer.
+template <TOrder O, uint32_t kPixelBytes>
+struct KYCbCr422 {
+    using W = WBytes<O, kPixelBytes == 4 ? kFourthZero : kNoFourth>;
+    uint32_t dwWidth;
+
+    template <bool kStream>
+    KAIP_AVX2 void Line(const uint8_t* pS, uint8_t* pD) const
+    {
+        const uint32_t steps = dwWidth / 32;
+        const uint8_t* s = pS;
+        uint8_t* d = pD;
+        for (uint32_t i = 0; i < steps; ++i, s += 64, d += 32 * kPixelBytes) {
+            __m256i b0, g0, r0, b1, g1, r1;
+            YCbCrToWords(Load(s), b0, g0, r0);
+            YCbCrToWords(Load(s + 32), b1, g1, r1);
+            // The packs interleave the lanes (pixels 0-7, 16-23 | 8-15, 24-31); the byte unpacks below
+            // undo that, leaving pixels 0-15 in the low halves and 16-31 in the high ones.
+            const __m256i b = _mm256_packus_epi16(b0, b1), g = _mm256_packus_epi16(g0, g1);
+            const __m256i r = _mm256_packus_epi16(r0, r1), zero = _mm256_setzero_si256();
+            const __m256i first = O == kBGR ? b : r, third = O == kBGR ? r : b;
+            const __m256i fg0 = _mm256_unpacklo_epi8(first, g), fg1 = _mm256_unpackhi_epi8(first, g);
+            const __m256i t0 = _mm256_unpacklo_epi8(third, zero), t1 = _mm256_unpackhi_epi8(third, zero);
+            const __m256i p0 = _mm256_unpacklo_epi16(fg0, t0), p1 = _mm256_unpackhi_epi16(fg0, t0);
+            const __m256i p2 = _mm256_unpacklo_epi16(fg1, t1), p3 = _mm256_unpackhi_epi16(fg1, t1);
+            const __m256i q0 = _mm256_permute2x128_si256(p0, p1, 0x20), q1 = _mm256_permute2x128_si256(p0, p1, 0x31);
+            const __m256i q2 = _mm256_permute2x128_si256(p2, p3, 0x20), q3 = _mm256_permute2x128_si256(p2, p3, 0x31);
+            if constexpr (kPixelBytes == 4) {
+                Store<kStream>(d, q0);
+                Store<kStream>(d + 32, q1);
+                Store<kStream>(d + 64, q2);
+                Store<kStream>(d + 96, q3);
+            } else {
+                // Each lane drops its fourth bytes (12 bytes in dwords 0-2 and 4-6), then whole dwords
+                // move across lanes into three stores of 32 bytes.
+                const __m256i drop = _mm256_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1, 0, 1, 2,
+                                                      4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
+                const __m256i c0 = _mm256_shuffle_epi8(q0, drop), c1 = _mm256_shuffle_epi8(q1, drop);
+                const __m256i c2 = _mm256_shuffle_epi8(q2, drop), c3 = _mm256_shuffle_epi8(q3, drop);
+                const __m256i i0 = _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 0, 1), i1 = _mm256_setr_epi32(2, 4, 5, 6, 0, 1, 2, 4);
+                const __m256i i2 = _mm256_setr_epi32(5, 6, 0, 1, 2, 4, 5, 6);
+                Store<kStream>(d, _mm256_blend_epi32(_mm256_permutevar8x32_epi32(c0, i0),
+                                                     _mm256_permutevar8x32_epi32(c1, i0), 0xC0));
+                Store<kStream>(d + 32, _mm256_blend_epi32(_mm256_permutevar8x32_epi32(c1, i1),
+                                                          _mm256_permutevar8x32_epi32(c2, i1), 0xF0));
+                Store<kStream>(d + 64, _mm256_blend_epi32(_mm256_permutevar8x32_epi32(c2, i2),
+                                                          _mm256_permutevar8x32_epi32(c3, i2), 0xFC));
+            }
+        }
+        RYCbCr422_8 rd;
+        ConvertGroups(rd, W{}, steps * 16, dwWidth / 2, pS, pD);
+    }
+};
+
 template <class M, class R, class W, bool kCut = false>
 int Run(KAIP_LINE_PARAMS, bool bReverseLines)
 {
@@ -185,6 +261,26 @@ int Convert_MonoMipi10_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines)
 int Convert_MonoMipi12_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines)
 {
     return Run<MMipi12High, RMipi12<8>, WMono8>(KAIP_LINE_ARGS, bReverseLines);
+}
+
+int Convert_YCbCr422_8_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)
+{
+    return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, KYCbCr422<kBGR, 3>{dwWidth});
+}
+
+int Convert_YCbCr422_8_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines)
+{
+    return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, KYCbCr422<kRGB, 3>{dwWidth});
+}
+
+int Convert_YCbCr422_8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
+{
+    return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, KYCbCr422<kBGR, 4>{dwWidth});
+}
+
+int Convert_YCbCr422_8_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines)
+{
+    return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, KYCbCr422<kRGB, 4>{dwWidth});
 }
 
 }  // namespace convert::avx2

@@ -105,22 +105,30 @@ int Convert_MonoMipi_to_Mono8_intr(KAIP_LINE_PARAMS, uint32_t dwSrcBits, uint32_
 
 int Convert_YCbCr422_8_to_BGR24_intr(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    return UseSSE2() ? sse2::Convert_YCbCr422_8_to_BGR24(KAIP_LINE_ARGS, bReverseLines) : 0;
+    if (!UseSSE2()) return 0;
+    if (UseAVX2()) return avx2::Convert_YCbCr422_8_to_BGR24(KAIP_LINE_ARGS, bReverseLines);
+    return sse2::Convert_YCbCr422_8_to_BGR24(KAIP_LINE_ARGS, bReverseLines);
 }
 
 int Convert_YCbCr422_8_to_RGB24_intr(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    return UseSSE2() ? sse2::Convert_YCbCr422_8_to_RGB24(KAIP_LINE_ARGS, bReverseLines) : 0;
+    if (!UseSSE2()) return 0;
+    if (UseAVX2()) return avx2::Convert_YCbCr422_8_to_RGB24(KAIP_LINE_ARGS, bReverseLines);
+    return sse2::Convert_YCbCr422_8_to_RGB24(KAIP_LINE_ARGS, bReverseLines);
 }
 
 int Convert_YCbCr422_8_to_BGR32_intr(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    return UseSSE2() ? sse2::Convert_YCbCr422_8_to_BGR32(KAIP_LINE_ARGS, bReverseLines) : 0;
+    if (!UseSSE2()) return 0;
+    if (UseAVX2()) return avx2::Convert_YCbCr422_8_to_BGR32(KAIP_LINE_ARGS, bReverseLines);
+    return sse2::Convert_YCbCr422_8_to_BGR32(KAIP_LINE_ARGS, bReverseLines);
 }
 
 int Convert_YCbCr422_8_to_RGB32_intr(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    return UseSSE2() ? sse2::Convert_YCbCr422_8_to_RGB32(KAIP_LINE_ARGS, bReverseLines) : 0;
+    if (!UseSSE2()) return 0;
+    if (UseAVX2()) return avx2::Convert_YCbCr422_8_to_RGB32(KAIP_LINE_ARGS, bReverseLines);
+    return sse2::Convert_YCbCr422_8_to_RGB32(KAIP_LINE_ARGS, bReverseLines);
 }
 
 #else  // not x86: the scalar members do all the work

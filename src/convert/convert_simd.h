@@ -49,6 +49,10 @@ int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRevers
 int Convert_MonoPacked_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines);
 int Convert_MonoMipi10_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines);
 int Convert_MonoMipi12_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_YCbCr422_8_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_YCbCr422_8_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_YCbCr422_8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_YCbCr422_8_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines);
 }  // namespace avx2
 
 // ---------------------------------------------------------------- byte maps of the shuffling variants
