@@ -1,10 +1,13 @@
-// bayer_bench.cpp: the Bayer decoders at an odd small size and a full frame, against memcpy of the output.
+// bayer_bench.cpp: the Bayer decoders at an odd small size and a full frame, against OpenCV's bilinear demosaic
+// (with cv::LUT or convertTo where ours also maps through a table or down to 8 bits) and memcpy of the output.
+#include <cmath>
 #include <random>
 
 #include "bench_util.h"
 #include "pm.imgproc.h"
 
 #if defined(KAIP_BENCH_OPENCV)
+#include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 #endif
 
@@ -29,75 +32,84 @@ struct TBenchImage {
 
 using TDecoder = KaipStatus (*)(const KaipImgInfo*, KaipImgInfo*, uint32_t, uint32_t, KaipHLut);
 
-uint32_t PixelBytes(uint32_t format)
-{
-    return format == KaipPixelFormat_BGR8Packed || format == KaipPixelFormat_RGB8Packed ? 3 : 4;
-}
+// Which table the decoder maps through: none (null handle), or a gamma LUT object.
+enum class TLut { None, Gamma };
 
-// Arguments: width, height. The global LUT (handle 1) so every sample goes through a table.
-void DecodeBench(benchmark::State& state, TDecoder decode, uint32_t srcFormat, uint32_t dstFormat)
+struct TCase {
+    const char* name;
+    TDecoder decode;
+    uint32_t srcFormat, dstFormat, dstBytes;
+    TLut lut;
+};
+
+// Arguments: width, height.
+void Ours(benchmark::State& state, TCase c)
 {
     const uint32_t w = uint32_t(state.range(0)), h = uint32_t(state.range(1));
-    TBenchImage src(w, h, srcFormat), dst(w, h, dstFormat);
-    const KaipHLut global = reinterpret_cast<KaipHLut>(1);
+    TBenchImage src(w, h, c.srcFormat), dst(w, h, c.dstFormat);
+    KaipHLut hLut = nullptr;
+    if (c.lut == TLut::Gamma) {
+        hLut = KaipAllocateLut(KAIP_LUT_ALL_DEPTHS | KAIP_LUT_BAYER | KAIP_LUT_BAYER_16);
+        KaipAddGammaToLut(1800, hLut);
+    }
     for (auto _ : state) {
-        benchmark::DoNotOptimize(decode(&src.info, &dst.info, dstFormat, 0, global));
+        benchmark::DoNotOptimize(c.decode(&src.info, &dst.info, c.dstFormat, 0, hLut));
         benchmark::ClobberMemory();
     }
-    state.SetBytesProcessed(int64_t(w) * h * PixelBytes(dstFormat) * state.iterations());
+    if (hLut) KaipFreeLut(hLut);
     SetPixelRate(state, uint64_t(w) * h);
 }
 
-void MemcpyBench(benchmark::State& state, uint32_t dstBytes)
-{
-    const uint64_t pixels = uint64_t(state.range(0)) * state.range(1);
-    MemcpyYardstick(state, size_t(pixels) * dstBytes, pixels);
-}
-
-void Sizes(benchmark::internal::Benchmark* b)
-{
-    b->ArgNames({"w", "h"})->Args({kSmallWidth, kSmallHeight})->Args({kFrameWidth, kFrameHeight});
-    b->Unit(benchmark::kMicrosecond);
-}
-
-BENCHMARK_CAPTURE(DecodeBench, Bilinear8_BGR8, KaipBdBilinearInterpolation, KaipPixelFormat_BayerRG8,
-                  KaipPixelFormat_BGR8Packed)
-    ->Apply(Sizes);
-BENCHMARK_CAPTURE(DecodeBench, Bilinear8_BGRA8, KaipBdBilinearInterpolation, KaipPixelFormat_BayerRG8,
-                  KaipPixelFormat_BGRA8Packed)
-    ->Apply(Sizes);
-BENCHMARK_CAPTURE(DecodeBench, Bilinear12_BGR8, KaipBdBilinearInterpolation, KaipPixelFormat_BayerRG12,
-                  KaipPixelFormat_BGR8Packed)
-    ->Apply(Sizes);
-BENCHMARK_CAPTURE(DecodeBench, Nearest8_BGR8, KaipBdNearestNeighbour, KaipPixelFormat_BayerRG8,
-                  KaipPixelFormat_BGR8Packed)
-    ->Apply(Sizes);
-BENCHMARK_CAPTURE(DecodeBench, Nearest8_BGRA8, KaipBdNearestNeighbour, KaipPixelFormat_BayerRG8,
-                  KaipPixelFormat_BGRA8Packed)
-    ->Apply(Sizes);
-BENCHMARK_CAPTURE(MemcpyBench, BGR8_bytes, 3)->Apply(Sizes);
-BENCHMARK_CAPTURE(MemcpyBench, BGRA8_bytes, 4)->Apply(Sizes);
-
 #if defined(KAIP_BENCH_OPENCV)
-// OpenCV's bilinear demosaic (vectorised, no LUT) on the same frames; 12-bit mosaics stay 16-bit there, so that
-// peer writes twice the bytes ours does.
-void OpenCvBench(benchmark::State& state, uint32_t srcFormat, int code)
+// OpenCV's bilinear demosaic on one thread, then what ours does on top: cv::LUT for a table,
+// convertTo 8 bits for a 12-bit mosaic (OpenCV demosaics it to 16-bit pixels).
+void OpenCv(benchmark::State& state, TCase c)
 {
     const uint32_t w = uint32_t(state.range(0)), h = uint32_t(state.range(1));
-    TBenchImage src(w, h, srcFormat);
-    const cv::Mat mosaic(int(h), int(w), srcFormat == KaipPixelFormat_BayerRG8 ? CV_8UC1 : CV_16UC1, src.info.pData,
-                         src.info.LineIncrement);
-    cv::Mat out;
+    TBenchImage src(w, h, c.srcFormat);
+    const bool bDeep = c.srcFormat == KaipPixelFormat_BayerRG12;
+    const cv::Mat mosaic(int(h), int(w), bDeep ? CV_16UC1 : CV_8UC1, src.info.pData, src.info.LineIncrement);
+    const int code = c.dstBytes == 3 ? cv::COLOR_BayerRG2BGR : cv::COLOR_BayerRG2BGRA;
+    cv::Mat table(1, 256, CV_8UC1);
+    for (int i = 0; i < 256; ++i) table.at<uint8_t>(i) = uint8_t(255.0 * std::pow(i / 255.0, 1 / 1.8) + 0.5);
+    cv::Mat out, out8;
     cv::setNumThreads(1);  // one thread, as ours
     for (auto _ : state) {
         cv::cvtColor(mosaic, out, code);
+        if (bDeep) out.convertTo(out8, CV_8U, 1.0 / 16);
+        if (c.lut == TLut::Gamma) cv::LUT(out, table, out8);
         benchmark::ClobberMemory();
     }
     SetPixelRate(state, uint64_t(w) * h);
 }
-BENCHMARK_CAPTURE(OpenCvBench, OpenCV_Bilinear8_BGR8, KaipPixelFormat_BayerRG8, cv::COLOR_BayerRG2BGR)->Apply(Sizes);
-BENCHMARK_CAPTURE(OpenCvBench, OpenCV_Bilinear8_BGRA8, KaipPixelFormat_BayerRG8, cv::COLOR_BayerRG2BGRA)->Apply(Sizes);
-BENCHMARK_CAPTURE(OpenCvBench, OpenCV_Bilinear12_BGR16, KaipPixelFormat_BayerRG12, cv::COLOR_BayerRG2BGR)->Apply(Sizes);
 #endif
+
+const int kRegistered = [] {
+    const TCase cases[] = {
+        {"Bilinear8_BGR8", KaipBdBilinearInterpolation, KaipPixelFormat_BayerRG8, KaipPixelFormat_BGR8Packed, 3,
+         TLut::None},
+        {"Bilinear8_BGRA8", KaipBdBilinearInterpolation, KaipPixelFormat_BayerRG8, KaipPixelFormat_BGRA8Packed, 4,
+         TLut::None},
+        {"Bilinear8_BGR8_Lut", KaipBdBilinearInterpolation, KaipPixelFormat_BayerRG8, KaipPixelFormat_BGR8Packed, 3,
+         TLut::Gamma},
+        {"Bilinear12_BGR8", KaipBdBilinearInterpolation, KaipPixelFormat_BayerRG12, KaipPixelFormat_BGR8Packed, 3,
+         TLut::None},
+        {"Nearest8_BGR8", KaipBdNearestNeighbour, KaipPixelFormat_BayerRG8, KaipPixelFormat_BGR8Packed, 3, TLut::None},
+        {"Nearest8_BGRA8", KaipBdNearestNeighbour, KaipPixelFormat_BayerRG8, KaipPixelFormat_BGRA8Packed, 4,
+         TLut::None},
+    };
+    for (const TCase& c : cases) {
+        FrameSizes(RegisterRole("Bayer", c.name, "Ours", [c](benchmark::State& s) { Ours(s, c); }))
+            ->Unit(benchmark::kMicrosecond);
+#if defined(KAIP_BENCH_OPENCV)
+        if (c.decode == KaipBdBilinearInterpolation) {
+            FrameSizes(RegisterRole("Bayer", c.name, "OpenCV", [c](benchmark::State& s) { OpenCv(s, c); }))
+                ->Unit(benchmark::kMicrosecond);
+        }
+#endif
+        FrameSizes(RegisterMemcpy("Bayer", c.name, c.dstBytes))->Unit(benchmark::kMicrosecond);
+    }
+    return 0;
+}();
 
 }  // namespace

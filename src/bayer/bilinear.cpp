@@ -1,5 +1,6 @@
 // bilinear.cpp: bilinear Bayer interpolation: each missing colour is the truncated mean of its nearest sites.
 #include "bayer/bayer.h"
+#include "bayer/bilinear_simd.h"
 #include "bayer/decoder_frame.h"
 
 KaipStatus BdBilinearInterpolation(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, uint32_t dwDstPixelFormat,
@@ -13,9 +14,11 @@ KaipStatus BdBilinearInterpolation(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* 
     if (status != KASTATUS_OK) return status;
     const uint32_t w = job.src.Width, h = job.src.Height;
     const TBayerPlanes planes = JobPlanes(job);
+    // Vector blocks first where the switches allow (8-bit mosaics), the scalar rule for the rest.
+    const uint32_t x0 = job.dwBits == 8 ? BilinearInterior8_intr(planes, w, h, dwDstBytes, lut, hLut == nullptr) : 1;
     WithDepth(job.dwBits, [&](auto bits) {
         WithPixelBytes(dwDstBytes,
-                       [&](auto bytes) { RunInterior(TBilinear<bits, bytes>{lut}, planes, h, 1, w - 1, 1, h - 1); });
+                       [&](auto bytes) { RunInterior(TBilinear<bits, bytes>{lut}, planes, h, x0, w - 1, 1, h - 1); });
     });
     CalculateFrame1(planes.pSrc, w, h, planes.dwSrcLineIncrement, job.dwBits, job.bShiftLine, job.bShiftColumn,
                     planes.pDst, planes.dwDstLineIncrement, dwDstBytes * 8, hLut);

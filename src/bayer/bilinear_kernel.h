@@ -1,0 +1,302 @@
+// bilinear_kernel.h: the vector line loop of the 8-bit bilinear decoder, written once over a
+// small set of register operations. Included only by bilinear_sse2/ssse3/avx2.cpp, each compiled
+// for its own instruction set: everything here has internal linkage, so the copies never mix.
+#pragma once
+
+#include <immintrin.h>
+
+#include <cstring>
+
+#include "bayer/bilinear_simd.h"
+
+namespace {
+
+// 16 pixels in SSE2 registers; bShuffle: SSSE3's pshufb interleaves blue, green, red.
+template <bool bShuffle>
+struct V128 {
+    using T = __m128i;
+    static constexpr uint32_t N = 16;
+    static T Load(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+    static T Zero() { return _mm_setzero_si128(); }
+    static T Set16(int16_t v) { return _mm_set1_epi16(v); }
+    static T Set32(int32_t v) { return _mm_set1_epi32(v); }
+    static T WidenLo(T a) { return _mm_unpacklo_epi8(a, Zero()); }
+    static T WidenHi(T a) { return _mm_unpackhi_epi8(a, Zero()); }
+    static T Add(T a, T b) { return _mm_add_epi16(a, b); }
+    template <int S>
+    static T Shr(T a)
+    {
+        return _mm_srli_epi16(a, S);
+    }
+    static T Pack(T lo, T hi) { return _mm_packus_epi16(lo, hi); }
+    static T Select(T m, T a, T b) { return _mm_or_si128(_mm_and_si128(m, a), _mm_andnot_si128(m, b)); }
+
+    // Lanes of lo and hi (pixels 0..7, 8..15) as 16 words.
+    static void StoreWords(uint16_t* p, T lo, T hi)
+    {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(p), lo);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 8), hi);
+    }
+
+    // The four-byte pixels b, g, r, 0 in four registers of four pixels each.
+    static void Quads(T b, T g, T r, T q[4])
+    {
+        const T bgLo = _mm_unpacklo_epi8(b, g), bgHi = _mm_unpackhi_epi8(b, g);
+        const T r0Lo = _mm_unpacklo_epi8(r, Zero()), r0Hi = _mm_unpackhi_epi8(r, Zero());
+        q[0] = _mm_unpacklo_epi16(bgLo, r0Lo);
+        q[1] = _mm_unpackhi_epi16(bgLo, r0Lo);
+        q[2] = _mm_unpacklo_epi16(bgHi, r0Hi);
+        q[3] = _mm_unpackhi_epi16(bgHi, r0Hi);
+    }
+
+    static void StoreBgra(uint8_t* p, T b, T g, T r)
+    {
+        T q[4];
+        Quads(b, g, r, q);
+        for (int i = 0; i < 4; ++i) _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 16 * i), q[i]);
+    }
+
+    static void StoreBgr(uint8_t* p, T b, T g, T r)
+    {
+        if constexpr (bShuffle) {
+#if defined(__SSSE3__)
+            // Output byte k of register j takes blue, green or red of pixel (16 j + k) / 3.
+            const T bm0 = _mm_setr_epi8(0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1, -1, 5);
+            const T gm0 = _mm_setr_epi8(-1, 0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1, -1);
+            const T rm0 = _mm_setr_epi8(-1, -1, 0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1);
+            const T bm1 = _mm_setr_epi8(-1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1, 10, -1);
+            const T gm1 = _mm_setr_epi8(5, -1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1, 10);
+            const T rm1 = _mm_setr_epi8(-1, 5, -1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1);
+            const T bm2 = _mm_setr_epi8(-1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15, -1, -1);
+            const T gm2 = _mm_setr_epi8(-1, -1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15, -1);
+            const T rm2 = _mm_setr_epi8(10, -1, -1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15);
+            auto mix = [&](T mb, T mg, T mr) {
+                return _mm_or_si128(_mm_or_si128(_mm_shuffle_epi8(b, mb), _mm_shuffle_epi8(g, mg)),
+                                    _mm_shuffle_epi8(r, mr));
+            };
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(p), mix(bm0, gm0, rm0));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 16), mix(bm1, gm1, rm1));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 32), mix(bm2, gm2, rm2));
+#endif
+        } else {
+            // SSE2 alone: four-byte pixels squeezed to three, two per 64-bit half, then the halves joined
+            // to 12 bytes. Each 16-byte store reaches 4 bytes past its 12, which the next one overwrites;
+            // the last writes 8 + 4 bytes so nothing beyond the 16 pixels is touched.
+            T q[4];
+            Quads(b, g, r, q);
+            const T keep0 = _mm_set1_epi64x(0xFFFFFF), keep1 = _mm_set1_epi64x(0xFFFFFF000000);
+            const T low6 = _mm_set_epi64x(0, 0xFFFFFFFFFFFF), mid6 = _mm_set_epi64x(0xFFFFFFFF, int64_t(0xFFFF) << 48);
+            for (int i = 0; i < 4; ++i) {
+                T v = _mm_or_si128(_mm_and_si128(q[i], keep0), _mm_and_si128(_mm_srli_epi64(q[i], 8), keep1));
+                q[i] = _mm_or_si128(_mm_and_si128(v, low6), _mm_and_si128(_mm_srli_si128(v, 2), mid6));
+            }
+            for (int i = 0; i < 3; ++i) _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 12 * i), q[i]);
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 36), q[3]);
+            const uint32_t last = uint32_t(_mm_cvtsi128_si32(_mm_srli_si128(q[3], 8)));
+            std::memcpy(p + 44, &last, 4);
+        }
+    }
+};
+
+#if defined(__AVX2__)
+// 32 pixels in AVX2 registers. Widening, arithmetic and packing stay within each 128-bit half
+// (pixels 0..15 and 16..31), so only the stores put the halves in order.
+struct V256 {
+    using T = __m256i;
+    static constexpr uint32_t N = 32;
+    static T Load(const uint8_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
+    static T Zero() { return _mm256_setzero_si256(); }
+    static T Set16(int16_t v) { return _mm256_set1_epi16(v); }
+    static T Set32(int32_t v) { return _mm256_set1_epi32(v); }
+    static T WidenLo(T a) { return _mm256_unpacklo_epi8(a, Zero()); }
+    static T WidenHi(T a) { return _mm256_unpackhi_epi8(a, Zero()); }
+    static T Add(T a, T b) { return _mm256_add_epi16(a, b); }
+    template <int S>
+    static T Shr(T a)
+    {
+        return _mm256_srli_epi16(a, S);
+    }
+    static T Pack(T lo, T hi) { return _mm256_packus_epi16(lo, hi); }
+    static T Select(T m, T a, T b) { return _mm256_blendv_epi8(b, a, m); }
+
+    static void StoreWords(uint16_t* p, T lo, T hi)
+    {
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm256_permute2x128_si256(lo, hi, 0x20));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(p + 16), _mm256_permute2x128_si256(lo, hi, 0x31));
+    }
+
+    static void StoreBgra(uint8_t* p, T b, T g, T r)
+    {
+        const T bgLo = _mm256_unpacklo_epi8(b, g), bgHi = _mm256_unpackhi_epi8(b, g);
+        const T r0Lo = _mm256_unpacklo_epi8(r, Zero()), r0Hi = _mm256_unpackhi_epi8(r, Zero());
+        const T q0 = _mm256_unpacklo_epi16(bgLo, r0Lo), q1 = _mm256_unpackhi_epi16(bgLo, r0Lo);
+        const T q2 = _mm256_unpacklo_epi16(bgHi, r0Hi), q3 = _mm256_unpackhi_epi16(bgHi, r0Hi);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm256_permute2x128_si256(q0, q1, 0x20));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(p + 32), _mm256_permute2x128_si256(q2, q3, 0x20));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(p + 64), _mm256_permute2x128_si256(q0, q1, 0x31));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(p + 96), _mm256_permute2x128_si256(q2, q3, 0x31));
+    }
+
+    static void StoreBgr(uint8_t* p, T b, T g, T r)
+    {
+        // The shuffles of V128<true>, once per half.
+        const T bm0 = _mm256_broadcastsi128_si256(
+            _mm_setr_epi8(0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1, -1, 5));
+        const T gm0 = _mm256_broadcastsi128_si256(
+            _mm_setr_epi8(-1, 0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1, -1));
+        const T rm0 = _mm256_broadcastsi128_si256(
+            _mm_setr_epi8(-1, -1, 0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1));
+        const T bm1 = _mm256_broadcastsi128_si256(
+            _mm_setr_epi8(-1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1, 10, -1));
+        const T gm1 = _mm256_broadcastsi128_si256(
+            _mm_setr_epi8(5, -1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1, 10));
+        const T rm1 = _mm256_broadcastsi128_si256(
+            _mm_setr_epi8(-1, 5, -1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1));
+        const T bm2 = _mm256_broadcastsi128_si256(
+            _mm_setr_epi8(-1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15, -1, -1));
+        const T gm2 = _mm256_broadcastsi128_si256(
+            _mm_setr_epi8(-1, -1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15, -1));
+        const T rm2 = _mm256_broadcastsi128_si256(
+            _mm_setr_epi8(10, -1, -1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15));
+        auto mix = [&](T mb, T mg, T mr) {
+            return _mm256_or_si256(_mm256_or_si256(_mm256_shuffle_epi8(b, mb), _mm256_shuffle_epi8(g, mg)),
+                                   _mm256_shuffle_epi8(r, mr));
+        };
+        const T o0 = mix(bm0, gm0, rm0), o1 = mix(bm1, gm1, rm1), o2 = mix(bm2, gm2, rm2);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(o0));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 16), _mm256_castsi256_si128(o1));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 32), _mm256_castsi256_si128(o2));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 48), _mm256_extracti128_si256(o0, 1));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 64), _mm256_extracti128_si256(o1, 1));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 80), _mm256_extracti128_si256(o2, 1));
+    }
+};
+#endif
+
+// The five sums of the bilinear rule for the pixels x..x+N-1 of one line, in 16-bit lanes (lo:
+// the first eight of each 16, hi: the next eight): own sample, across (left + right), upDown,
+// direct (all four straight neighbours) and diagonal. Sums of at most four bytes never wrap.
+template <class V>
+struct TSums {
+    using T = typename V::T;
+    T own, across[2], upDown[2], direct[2], diagonal[2];
+    TSums(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint32_t x)
+    {
+        own = V::Load(pCur + x);
+        const T l = V::Load(pCur + x - 1), r = V::Load(pCur + x + 1);
+        const T u = V::Load(pUp + x), d = V::Load(pDown + x);
+        const T ul = V::Load(pUp + x - 1), ur = V::Load(pUp + x + 1);
+        const T dl = V::Load(pDown + x - 1), dr = V::Load(pDown + x + 1);
+        Half(0, V::WidenLo(l), V::WidenLo(r), V::WidenLo(u), V::WidenLo(d), V::WidenLo(ul), V::WidenLo(ur),
+             V::WidenLo(dl), V::WidenLo(dr));
+        Half(1, V::WidenHi(l), V::WidenHi(r), V::WidenHi(u), V::WidenHi(d), V::WidenHi(ul), V::WidenHi(ur),
+             V::WidenHi(dl), V::WidenHi(dr));
+    }
+    void Half(int i, T l, T r, T u, T d, T ul, T ur, T dl, T dr)
+    {
+        across[i] = V::Add(l, r);
+        upDown[i] = V::Add(u, d);
+        direct[i] = V::Add(across[i], upDown[i]);
+        diagonal[i] = V::Add(V::Add(ul, ur), V::Add(dl, dr));
+    }
+};
+
+// One line's setting: which lanes hold the line's own colour site (the others are green) and
+// whether that colour is red.
+struct TLineSites {
+    bool bRedLine;
+    bool bColourFirst;  // column x0 (and every second one after it) holds red or blue
+};
+
+// Null LUT: out = the truncated mean itself. In a red line the colour sites take red = own,
+// green = direct / 4, blue = diagonal / 4 and the green sites red = across / 2, green = own,
+// blue = upDown / 2; a blue line swaps red and blue.
+template <class V, uint32_t DstBytes>
+void IdentityLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut, uint32_t x0,
+                  uint32_t x1, TLineSites s, const TBayerLut&)
+{
+    using T = typename V::T;
+    const T colour = V::Set16(s.bColourFirst ? 0x00FF : int16_t(0xFF00));  // byte lanes of the colour sites
+    for (uint32_t x = x0; x < x1; x += V::N) {
+        const TSums<V> m(pUp, pCur, pDown, x);
+        const T across = V::Pack(V::template Shr<1>(m.across[0]), V::template Shr<1>(m.across[1]));
+        const T upDown = V::Pack(V::template Shr<1>(m.upDown[0]), V::template Shr<1>(m.upDown[1]));
+        const T direct = V::Pack(V::template Shr<2>(m.direct[0]), V::template Shr<2>(m.direct[1]));
+        const T diagonal = V::Pack(V::template Shr<2>(m.diagonal[0]), V::template Shr<2>(m.diagonal[1]));
+        const T own = V::Select(colour, m.own, across);
+        const T g = V::Select(colour, direct, m.own);
+        const T other = V::Select(colour, diagonal, upDown);
+        uint8_t* p = pOut + size_t(x) * DstBytes;
+        if constexpr (DstBytes == 3) {
+            s.bRedLine ? V::StoreBgr(p, other, g, own) : V::StoreBgr(p, own, g, other);
+        } else {
+            s.bRedLine ? V::StoreBgra(p, other, g, own) : V::StoreBgra(p, own, g, other);
+        }
+    }
+}
+
+// With tables: the sums are the indices of the scalar rule (own into the single tables, two-sums
+// into the doubled, four-sums into the quadrupled), gathered per channel into a small buffer and
+// looked up pixel by pixel, the first pixel of each pair from the colour-site tables.
+template <class V, uint32_t DstBytes>
+void TableLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut, uint32_t x0, uint32_t x1,
+               TLineSites s, const TBayerLut& lut)
+{
+    using T = typename V::T;
+    const T colour = V::Set32(s.bColourFirst ? 0x0000FFFF : int32_t(0xFFFF0000u));  // word lanes of the colour sites
+    // Tables of the colour sites [0] and of the green sites [1], per output channel.
+    const uint8_t* const pOwnRed = s.bRedLine ? lut.pRed : lut.pRed4;
+    const uint8_t* const pOwnBlue = s.bRedLine ? lut.pBlue4 : lut.pBlue;
+    const uint8_t* const tabB[2] = {pOwnBlue, lut.pBlue2};
+    const uint8_t* const tabG[2] = {lut.pGreen4, lut.pGreen};
+    const uint8_t* const tabR[2] = {pOwnRed, lut.pRed2};
+    const uint8_t* const b0 = tabB[s.bColourFirst ? 0 : 1];
+    const uint8_t* const b1 = tabB[s.bColourFirst ? 1 : 0];
+    const uint8_t* const g0 = tabG[s.bColourFirst ? 0 : 1];
+    const uint8_t* const g1 = tabG[s.bColourFirst ? 1 : 0];
+    const uint8_t* const r0 = tabR[s.bColourFirst ? 0 : 1];
+    const uint8_t* const r1 = tabR[s.bColourFirst ? 1 : 0];
+    alignas(32) uint16_t iOwn[V::N], iG[V::N], iOther[V::N];
+    for (uint32_t x = x0; x < x1; x += V::N) {
+        const TSums<V> m(pUp, pCur, pDown, x);
+        const T ownLo = V::WidenLo(m.own), ownHi = V::WidenHi(m.own);
+        V::StoreWords(iOwn, V::Select(colour, ownLo, m.across[0]), V::Select(colour, ownHi, m.across[1]));
+        V::StoreWords(iG, V::Select(colour, m.direct[0], ownLo), V::Select(colour, m.direct[1], ownHi));
+        V::StoreWords(iOther, V::Select(colour, m.diagonal[0], m.upDown[0]),
+                      V::Select(colour, m.diagonal[1], m.upDown[1]));
+        const uint16_t* const iB = s.bRedLine ? iOther : iOwn;
+        const uint16_t* const iR = s.bRedLine ? iOwn : iOther;
+        uint8_t* p = pOut + size_t(x) * DstBytes;
+        for (uint32_t i = 0; i < V::N; i += 2, p += 2 * DstBytes) {
+            StoreBgr<DstBytes>(p, b0[iB[i]], g0[iG[i]], r0[iR[i]]);
+            StoreBgr<DstBytes>(p + DstBytes, b1[iB[i + 1]], g1[iG[i + 1]], r1[iR[i + 1]]);
+        }
+    }
+}
+
+// The interior lines: whole blocks of V::N pixels from column 1, the last block's right
+// neighbours still inside the line (column w-1 at the most).
+template <class V>
+uint32_t BilinearInterior8(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwDstBytes,
+                           const TBayerLut& lut, bool bIdentity)
+{
+    if (dwWidth < 2 || dwHeight < 3) return 1;
+    const uint32_t x0 = 1, x1 = x0 + (dwWidth - 2) / V::N * V::N;
+    if (x1 == x0) return x0;
+    using TLineFn = void (*)(const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*, uint32_t, uint32_t, TLineSites,
+                             const TBayerLut&);
+    const TLineFn line = bIdentity ? (dwDstBytes == 3 ? TLineFn(IdentityLine<V, 3>) : TLineFn(IdentityLine<V, 4>))
+                                   : (dwDstBytes == 3 ? TLineFn(TableLine<V, 3>) : TLineFn(TableLine<V, 4>));
+    // Column x0 is odd: a red column when the column toggle is set.
+    const bool bRedColumnFirst = p.bShiftColumn;
+    for (uint32_t y = 1; y + 1 < dwHeight; ++y) {
+        const uint8_t* pCur = p.pSrc + size_t(y) * p.dwSrcLineIncrement;
+        const bool bRedLine = ((y & 1) != 0) == p.bShiftLine;
+        const TLineSites s{bRedLine, bRedLine == bRedColumnFirst};
+        line(pCur - p.dwSrcLineIncrement, pCur, pCur + p.dwSrcLineIncrement, p.pDst + size_t(y) * p.dwDstLineIncrement,
+             x0, x1, s, lut);
+    }
+    return x1;
+}
+
+}  // namespace

@@ -1,0 +1,87 @@
+// bilinear_simd_test.cpp: the vector copies of the 8-bit bilinear interior against the scalar rule, and their gates.
+#include <gtest/gtest.h>
+
+#include "bayer/bayer_model.h"
+#include "bayer/bilinear_simd.h"
+#include "core/unidef.h"
+
+using namespace bayer_model;
+
+namespace {
+
+// Sets SIMD.Level (0 scalar, 1 SSE2, 2 SSSE3, 4 AVX2) and its switches for one scope.
+class CSimdLevel {
+public:
+    explicit CSimdLevel(int level) : m_saved(g_SSEChecker.m_iSIMDLevel) { Set(level); }
+    ~CSimdLevel() { Set(m_saved); }
+
+private:
+    static void Set(int level)
+    {
+        g_SSEChecker.m_iSIMDLevel = level;
+        g_SSEChecker.DeriveSwitches();
+    }
+    int m_saved;
+};
+
+std::vector<uint8_t> Whole(const GuardedImage& img)
+{
+    return {img.buffer.data(), img.buffer.data() + img.buffer.size()};
+}
+
+// Widths 2..64 (every position of the last vector block) and a few large ones, every pattern,
+// both destinations, the identity, global and a random LUT: each vector level writes exactly
+// the bytes of level 0, sentinel-filled padding included.
+TEST(BilinearInterior8Simd, EveryLevelWritesTheScalarBytes)
+{
+    std::vector<Size> sizes;
+    for (uint32_t w = 2; w <= 64; ++w) sizes.push_back({w, 3 + w % 4});
+    for (uint32_t w : {641u, 1000u, 2448u}) sizes.push_back({w, 5});
+    for (LutKind kind : {LutKind::Identity, LutKind::Global, LutKind::Custom}) {
+        const TestLut lut(kind, 99);
+        for (uint32_t bytes : {3u, 4u}) {
+            const uint32_t format = bytes == 3 ? KaipPixelFormat_BGR8Packed : KaipPixelFormat_BGRA8Packed;
+            for (uint32_t pattern = 0; pattern < 4; ++pattern) {
+                for (const Size& s : sizes) {
+                    const uint32_t seed = 17 + pattern * 7919u + s.w * 131u + bytes;
+                    SCOPED_TRACE(std::string(Name(kind)) + " bytes " + std::to_string(bytes) + " pattern " +
+                                 std::to_string(pattern) + " width " + std::to_string(s.w) + " seed " +
+                                 std::to_string(seed));
+                    const BayerImage src(s.w, s.h, 8, pattern & 2, pattern & 1, seed);
+                    auto scalar = Destination(s.w, s.h, format, bytes);
+                    {
+                        CSimdLevel level(0);
+                        ASSERT_EQ(KaipBdBilinearInterpolation(&src.img->info, &scalar->info, format, 0, lut.handle), 0);
+                    }
+                    for (int level : {1, 2, 4}) {
+                        auto vector = Destination(s.w, s.h, format, bytes);
+                        CSimdLevel set(level);
+                        ASSERT_EQ(KaipBdBilinearInterpolation(&src.img->info, &vector->info, format, 0, lut.handle), 0);
+                        ASSERT_EQ(Whole(*vector), Whole(*scalar)) << "level " << level;
+                    }
+                }
+            }
+        }
+    }
+}
+
+// Closed gates: nothing written, every column left to the scalar rule; open, whole blocks only.
+TEST(BilinearInterior8Simd, ClosedGatesWriteNothing)
+{
+    const BayerImage src(100, 6, 8, false, true, 5);
+    auto dst = Destination(100, 6, KaipPixelFormat_BGR8Packed, 3);
+    const TBayerPlanes planes{src.img->info.pData, src.img->info.LineIncrement, dst->info.pData,
+                              dst->info.LineIncrement, false, true};
+    TBayerLut lut{};
+    const auto before = Whole(*dst);
+    {
+        CSimdLevel off(0);
+        EXPECT_EQ(BilinearInterior8_intr(planes, 100, 6, 3, lut, true), 1u);
+        EXPECT_EQ(Whole(*dst), before);
+    }
+    CSimdLevel sse2(1);
+    EXPECT_EQ(BilinearInterior8_intr(planes, 100, 6, 3, lut, true), g_SSEChecker.m_bUseSSE2 ? 97u : 1u);
+    EXPECT_EQ(BilinearInterior8_intr(planes, 17, 6, 3, lut, true), 1u);  // 15 interior columns: no whole block
+}
+
+}  // namespace
