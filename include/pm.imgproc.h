@@ -39,7 +39,9 @@ extern "C" {
  * Caller guarantees: the library cannot see how large a caller's buffer really is. A
  * descriptor filled by hand must describe memory that holds Height lines of LineIncrement
  * bytes (per plane in colour-planes mode), and LineIncrement must cover a whole line of
- * Width pixels.
+ * Width pixels. Formats of 16-bit samples (Mono9..Mono16, their Bayer codes, BGR555,
+ * BGR565Packed, the 30/36/48-bit RGB codes) are read and written as 16-bit words: their
+ * buffers and line increments must be even (the library's own allocations always are).
  *
  * Log and configuration: set once when the library is loaded, from the environment:
  *   KAIP_LOG_LEVEL  "off" (or 0), "fatal" (or 1, the default) or "debug" (or 16);
