@@ -9,13 +9,14 @@ namespace kaip {
 
 namespace {
 
-// The decoders of this build; the later ones get their function here when the library has them.
+// The decoders by their command-line names; an entry without a function is told as not available
+// in this build.
 const std::vector<Decoder> g_decoders = {
     {"nn", "KaipBdNearestNeighbour", KaipBdNearestNeighbour},
     {"bilinear", "KaipBdBilinearInterpolation", KaipBdBilinearInterpolation},
-    {"vng", "KaipBdVariableGradients", nullptr},
-    {"ppg", "KaipBdPixelGrouping", nullptr},
-    {"hq", "KaipBdBilinearColorCorrection", nullptr},
+    {"vng", "KaipBdVariableGradients", KaipBdVariableGradients},
+    {"ppg", "KaipBdPixelGrouping", KaipBdPixelGrouping},
+    {"hq", "KaipBdBilinearColorCorrection", KaipBdBilinearColorCorrection},
 };
 
 // A LUT object released with its owner.
