@@ -30,6 +30,12 @@ struct V128 {
     }
     static T Pack(T lo, T hi) { return _mm_packus_epi16(lo, hi); }
     static T Select(T m, T a, T b) { return _mm_or_si128(_mm_and_si128(m, a), _mm_andnot_si128(m, b)); }
+    static T Set8(int8_t v) { return _mm_set1_epi8(v); }
+    static T Avg(T a, T b) { return _mm_avg_epu8(a, b); }  // (a + b + 1) >> 1 per byte
+    static T Xor(T a, T b) { return _mm_xor_si128(a, b); }
+    static T And(T a, T b) { return _mm_and_si128(a, b); }
+    static T AndNot(T a, T b) { return _mm_andnot_si128(a, b); }  // ~a & b
+    static T Sub(T a, T b) { return _mm_sub_epi8(a, b); }
 
     // Lanes of lo and hi (pixels 0..7, 8..15) as 16 words.
     static void StoreWords(uint16_t* p, T lo, T hi)
@@ -79,21 +85,24 @@ struct V128 {
             _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 32), mix(bm2, gm2, rm2));
 #endif
         } else {
-            // SSE2 alone: four-byte pixels squeezed to three, two per 64-bit half, then the halves joined
-            // to 12 bytes. Each 16-byte store reaches 4 bytes past its 12, which the next one overwrites;
-            // the last writes 8 + 4 bytes so nothing beyond the 16 pixels is touched.
+            // SSE2 alone: four-byte pixels squeezed to three, two per 64-bit half, each half stored as 8 bytes
+            // of which the next store overwrites the 2 beyond its 6; the last half writes 4 + 2 bytes so
+            // nothing beyond the 16 pixels is touched.
             T q[4];
             Quads(b, g, r, q);
             const T keep0 = _mm_set1_epi64x(0xFFFFFF), keep1 = _mm_set1_epi64x(0xFFFFFF000000);
-            const T low6 = _mm_set_epi64x(0, 0xFFFFFFFFFFFF), mid6 = _mm_set_epi64x(0xFFFFFFFF, int64_t(0xFFFF) << 48);
             for (int i = 0; i < 4; ++i) {
-                T v = _mm_or_si128(_mm_and_si128(q[i], keep0), _mm_and_si128(_mm_srli_epi64(q[i], 8), keep1));
-                q[i] = _mm_or_si128(_mm_and_si128(v, low6), _mm_and_si128(_mm_srli_si128(v, 2), mid6));
+                const T v = _mm_or_si128(_mm_and_si128(q[i], keep0), _mm_and_si128(_mm_srli_epi64(q[i], 8), keep1));
+                _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 12 * i), v);
+                if (i < 3) {
+                    _mm_storeh_pd(reinterpret_cast<double*>(p + 12 * i + 6), _mm_castsi128_pd(v));
+                } else {
+                    const uint32_t four = uint32_t(_mm_cvtsi128_si32(_mm_srli_si128(v, 8)));
+                    const uint16_t two = uint16_t(_mm_extract_epi16(v, 6));
+                    std::memcpy(p + 42, &four, 4);
+                    std::memcpy(p + 46, &two, 2);
+                }
             }
-            for (int i = 0; i < 3; ++i) _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 12 * i), q[i]);
-            _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 36), q[3]);
-            const uint32_t last = uint32_t(_mm_cvtsi128_si32(_mm_srli_si128(q[3], 8)));
-            std::memcpy(p + 44, &last, 4);
         }
     }
 };
@@ -118,6 +127,12 @@ struct V256 {
     }
     static T Pack(T lo, T hi) { return _mm256_packus_epi16(lo, hi); }
     static T Select(T m, T a, T b) { return _mm256_blendv_epi8(b, a, m); }
+    static T Set8(int8_t v) { return _mm256_set1_epi8(v); }
+    static T Avg(T a, T b) { return _mm256_avg_epu8(a, b); }
+    static T Xor(T a, T b) { return _mm256_xor_si256(a, b); }
+    static T And(T a, T b) { return _mm256_and_si256(a, b); }
+    static T AndNot(T a, T b) { return _mm256_andnot_si256(a, b); }
+    static T Sub(T a, T b) { return _mm256_sub_epi8(a, b); }
 
     static void StoreWords(uint16_t* p, T lo, T hi)
     {
@@ -210,21 +225,35 @@ struct TLineSites {
 
 // Null LUT: out = the truncated mean itself. In a red line the colour sites take red = own,
 // green = direct / 4, blue = diagonal / 4 and the green sites red = across / 2, green = own,
-// blue = upDown / 2; a blue line swaps red and blue.
+// blue = upDown / 2; a blue line swaps red and blue. The means are exact in byte lanes.
 template <class V, uint32_t DstBytes>
 void IdentityLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut, uint32_t x0,
                   uint32_t x1, TLineSites s, const TBayerLut&)
 {
     using T = typename V::T;
     const T colour = V::Set16(s.bColourFirst ? 0x00FF : int16_t(0xFF00));  // byte lanes of the colour sites
+    const T one = V::Set8(1);
+    // floor((a + b) / 2) = avg(a, b) - ((a ^ b) & 1), with the dropped bit kept for the four-mean.
+    auto mean2 = [&](T a, T b, T& odd) {
+        odd = V::And(V::Xor(a, b), one);
+        return V::Sub(V::Avg(a, b), odd);
+    };
+    // floor((a + b + c + d) / 4) from the two halves h1, h2 and their dropped bits: h1 + h2 + 1
+    // halved when both bits were set, h1 + h2 halved otherwise.
+    auto mean4 = [&](T h1, T odd1, T h2, T odd2) {
+        return V::Sub(V::Avg(h1, h2), V::AndNot(V::And(odd1, odd2), V::And(V::Xor(h1, h2), one)));
+    };
     for (uint32_t x = x0; x < x1; x += V::N) {
-        const TSums<V> m(pUp, pCur, pDown, x);
-        const T across = V::Pack(V::template Shr<1>(m.across[0]), V::template Shr<1>(m.across[1]));
-        const T upDown = V::Pack(V::template Shr<1>(m.upDown[0]), V::template Shr<1>(m.upDown[1]));
-        const T direct = V::Pack(V::template Shr<2>(m.direct[0]), V::template Shr<2>(m.direct[1]));
-        const T diagonal = V::Pack(V::template Shr<2>(m.diagonal[0]), V::template Shr<2>(m.diagonal[1]));
-        const T own = V::Select(colour, m.own, across);
-        const T g = V::Select(colour, direct, m.own);
+        const T sample = V::Load(pCur + x);
+        T oddA, oddV, oddU, oddD;
+        const T across = mean2(V::Load(pCur + x - 1), V::Load(pCur + x + 1), oddA);
+        const T upDown = mean2(V::Load(pUp + x), V::Load(pDown + x), oddV);
+        const T direct = mean4(across, oddA, upDown, oddV);
+        const T up = mean2(V::Load(pUp + x - 1), V::Load(pUp + x + 1), oddU);
+        const T down = mean2(V::Load(pDown + x - 1), V::Load(pDown + x + 1), oddD);
+        const T diagonal = mean4(up, oddU, down, oddD);
+        const T own = V::Select(colour, sample, across);
+        const T g = V::Select(colour, direct, sample);
         const T other = V::Select(colour, diagonal, upDown);
         uint8_t* p = pOut + size_t(x) * DstBytes;
         if constexpr (DstBytes == 3) {
