@@ -1,49 +1,72 @@
-// lut_bench.cpp: KaipApplyLut on full frames of Mono8, BGR8Packed and Mono12, against memcpy of the same bytes.
-#include <vector>
+// lut_bench.cpp: KaipApplyLut on Mono8, BGR8Packed and Mono12 frames against cv::LUT and memcpy of the same bytes.
+#include <cmath>
 
-#include "bench_util.h"
-#include "pm.imgproc.h"
+#include "geometry_bench_util.h"
+
+#if defined(KAIP_BENCH_OPENCV)
+#include <opencv2/core.hpp>
+#endif
 
 namespace {
 
-// Arguments: pixel format, bytes per pixel, in place.
-void BM_ApplyLut(benchmark::State& state)
+struct TCase {
+    const char* name;
+    uint32_t format, bytes;
+    bool bInPlace;
+    int channels;  // of the peer's image, 0 when it has none (cv::LUT reads 8-bit images only)
+};
+
+// Arguments: width, height.
+void Ours(benchmark::State& state, TCase c)
 {
-    const uint32_t format = uint32_t(state.range(0));
-    KaipImgInfo src{}, dst{};
-    KaipInitImgInfo(&src, kFrameWidth, kFrameHeight, format, 0);
-    KaipInitImgInfo(&dst, kFrameWidth, kFrameHeight, format, 0);
-    const size_t bytes = size_t(src.LineIncrement) * kFrameHeight;
-    std::vector<uint8_t> srcBytes(bytes), dstBytes(bytes);
-    for (size_t i = 0; i < bytes; ++i) srcBytes[i] = uint8_t(i * 7 + (i >> 11));
-    src.pData = srcBytes.data();
-    dst.pData = dstBytes.data();
+    TBenchImage src(uint32_t(state.range(0)), uint32_t(state.range(1)), c.format),
+        dst(uint32_t(state.range(0)), uint32_t(state.range(1)), c.format);
     const KaipHLut hLut = KaipAllocateLut(KAIP_LUT_ALL_DEPTHS);
     KaipAddGammaToLut(1800, hLut);
-    KaipImgInfo* pDst = state.range(2) ? nullptr : &dst;
     for (auto _ : state) {
-        benchmark::DoNotOptimize(KaipApplyLut(&src, pDst, hLut, 0));
+        benchmark::DoNotOptimize(KaipApplyLut(&src.info, c.bInPlace ? nullptr : &dst.info, hLut, 0));
         benchmark::ClobberMemory();
     }
     KaipFreeLut(hLut);
-    state.SetBytesProcessed(int64_t(bytes) * state.iterations());
-    SetPixelRate(state, uint64_t(kFrameWidth) * kFrameHeight);
+    SetPixelRate(state, uint64_t(state.range(0)) * state.range(1));
 }
-BENCHMARK(BM_ApplyLut)
-    ->ArgNames({"fmt", "bytes", "inplace"})
-    ->Args({KaipPixelFormat_Mono8, 1, 0})
-    ->Args({KaipPixelFormat_Mono8, 1, 1})
-    ->Args({KaipPixelFormat_BGR8Packed, 3, 0})
-    ->Args({KaipPixelFormat_BGR8Packed, 3, 1})
-    ->Args({KaipPixelFormat_Mono12, 2, 0})
-    ->Args({KaipPixelFormat_Mono12, 2, 1})
-    ->Unit(benchmark::kMicrosecond);
 
-// The yardstick: one copy of a frame of 1, 2 and 3 bytes per pixel.
-void BM_ApplyLutMemcpy(benchmark::State& state)
+#if defined(KAIP_BENCH_OPENCV)
+void OpenCv(benchmark::State& state, TCase c)
 {
-    MemcpyYardstick(state, size_t(kFrameWidth) * kFrameHeight * state.range(0), uint64_t(kFrameWidth) * kFrameHeight);
+    TBenchImage src(uint32_t(state.range(0)), uint32_t(state.range(1)), c.format);
+    cv::Mat in(int(state.range(1)), int(state.range(0)), CV_8UC(c.channels), src.info.pData, src.info.LineIncrement), out;
+    cv::Mat table(1, 256, CV_8UC1);
+    for (int i = 0; i < 256; ++i) table.at<uint8_t>(i) = uint8_t(255.0 * std::pow(i / 255.0, 1 / 1.8) + 0.5);
+    cv::setNumThreads(1);
+    for (auto _ : state) {
+        cv::LUT(in, table, c.bInPlace ? in : out);
+        benchmark::ClobberMemory();
+    }
+    SetPixelRate(state, uint64_t(state.range(0)) * state.range(1));
 }
-BENCHMARK(BM_ApplyLutMemcpy)->ArgName("bytes")->Arg(1)->Arg(2)->Arg(3)->Unit(benchmark::kMicrosecond);
+#endif
+
+const int kRegistered = [] {
+    const TCase cases[] = {
+        {"Apply_Mono8", KaipPixelFormat_Mono8, 1, false, 1},
+        {"Apply_Mono8_InPlace", KaipPixelFormat_Mono8, 1, true, 1},
+        {"Apply_BGR8", KaipPixelFormat_BGR8Packed, 3, false, 3},
+        {"Apply_BGR8_InPlace", KaipPixelFormat_BGR8Packed, 3, true, 3},
+        {"Apply_Mono12", KaipPixelFormat_Mono12, 2, false, 0},
+    };
+    for (const TCase& c : cases) {
+        FrameSizes(RegisterRole("Lut", c.name, "Ours", [c](benchmark::State& s) { Ours(s, c); }))
+            ->Unit(benchmark::kMicrosecond);
+#if defined(KAIP_BENCH_OPENCV)
+        if (c.channels > 0) {
+            FrameSizes(RegisterRole("Lut", c.name, "OpenCV", [c](benchmark::State& s) { OpenCv(s, c); }))
+                ->Unit(benchmark::kMicrosecond);
+        }
+#endif
+        FrameSizes(RegisterMemcpy("Lut", c.name, c.bytes))->Unit(benchmark::kMicrosecond);
+    }
+    return 0;
+}();
 
 }  // namespace

@@ -1,4 +1,5 @@
-// mirror_bench.cpp: KaipMirror in each direction, with and without a LUT, and KaipReverseLinesFast, against memcpy.
+// mirror_bench.cpp: KaipMirror in each direction, with and without a LUT, and KaipReverseLinesFast, against
+// cv::flip and memcpy of the same bytes.
 #include "geometry_bench_util.h"
 
 #if defined(KAIP_BENCH_OPENCV)
@@ -7,64 +8,77 @@
 
 namespace {
 
-// Arguments: pixel format, top-bottom, left-right, LUT (0 none, 1 the global LUT), in place.
-void BM_Mirror(benchmark::State& state)
+struct TCase {
+    const char* name;
+    uint32_t format, bytes;
+    int tb, lr;      // the mirrors
+    bool bLut;       // through the global LUT
+    bool bInPlace;   // no destination
+    bool bReverse;   // KaipReverseLinesFast instead
+    int cvFlip;      // cv::flip's code: 0 top-bottom, 1 left-right, -1 both
+    int cvType;      // the peer's image type
+};
+
+// Arguments: width, height.
+void Ours(benchmark::State& state, TCase c)
 {
-    const uint32_t format = uint32_t(state.range(0));
-    TBenchImage src(kFrameWidth, kFrameHeight, format), dst(kFrameWidth, kFrameHeight, format);
-    const KaipHLut hLut = state.range(3) ? reinterpret_cast<KaipHLut>(1) : nullptr;
-    KaipImgInfo* pDst = state.range(4) ? nullptr : &dst.info;
+    const uint32_t w = uint32_t(state.range(0)), h = uint32_t(state.range(1));
+    TBenchImage src(w, h, c.format), dst(w, h, c.format);
+    const KaipHLut hLut = c.bLut ? reinterpret_cast<KaipHLut>(1) : nullptr;
+    KaipImgInfo* pDst = c.bInPlace ? nullptr : &dst.info;
     for (auto _ : state) {
-        benchmark::DoNotOptimize(
-            KaipMirror(&src.info, pDst, int32_t(state.range(1)), int32_t(state.range(2)), 0, hLut));
+        benchmark::DoNotOptimize(c.bReverse ? KaipReverseLinesFast(&src.info, &dst.info, nullptr, 0)
+                                            : KaipMirror(&src.info, pDst, c.tb, c.lr, 0, hLut));
         benchmark::ClobberMemory();
     }
-    state.SetBytesProcessed(int64_t(src.Size()) * state.iterations());
-    SetPixelRate(state, uint64_t(kFrameWidth) * kFrameHeight);
+    SetPixelRate(state, uint64_t(w) * h);
 }
-
-void MirrorArgs(benchmark::internal::Benchmark* b)
-{
-    b->ArgNames({"fmt", "tb", "lr", "lut", "inplace"});
-    for (int64_t format : {KaipPixelFormat_Mono8, KaipPixelFormat_BGR8Packed, KaipPixelFormat_Mono12})
-        for (int64_t lut : {0, 1}) {
-            b->Args({format, 1, 0, lut, 0});
-            b->Args({format, 0, 1, lut, 0});
-            b->Args({format, 1, 1, lut, 0});
-            b->Args({format, 0, 1, lut, 1});
-        }
-}
-BENCHMARK(BM_Mirror)->Apply(MirrorArgs)->Unit(benchmark::kMicrosecond);
-
-void BM_ReverseLinesFast(benchmark::State& state)
-{
-    TBenchImage src(kFrameWidth, kFrameHeight, KaipPixelFormat_Mono8),
-        dst(kFrameWidth, kFrameHeight, KaipPixelFormat_Mono8);
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(KaipReverseLinesFast(&src.info, &dst.info, nullptr, 0));
-        benchmark::ClobberMemory();
-    }
-    state.SetBytesProcessed(int64_t(src.Size()) * state.iterations());
-    SetPixelRate(state, uint64_t(kFrameWidth) * kFrameHeight);
-}
-BENCHMARK(BM_ReverseLinesFast)->Unit(benchmark::kMicrosecond);
-
-// The yardstick: one copy of a frame of 1, 2 and 3 bytes per pixel.
-void BM_MirrorMemcpy(benchmark::State& state)
-{
-    MemcpyYardstick(state, size_t(kFrameWidth) * kFrameHeight * state.range(0), uint64_t(kFrameWidth) * kFrameHeight);
-}
-BENCHMARK(BM_MirrorMemcpy)->ArgName("bytes")->Arg(1)->Arg(2)->Arg(3)->Unit(benchmark::kMicrosecond);
 
 #if defined(KAIP_BENCH_OPENCV)
-// A peer: OpenCV's flip on the same frame (0 top-bottom, 1 left-right, -1 both).
-void BM_MirrorOpenCV(benchmark::State& state)
+void OpenCv(benchmark::State& state, TCase c)
 {
-    cv::Mat src(int(kFrameHeight), int(kFrameWidth), CV_8UC1, cv::Scalar(1)), dst;
-    for (auto _ : state) cv::flip(src, dst, int(state.range(0)));
-    SetPixelRate(state, uint64_t(kFrameWidth) * kFrameHeight);
+    const uint32_t w = uint32_t(state.range(0)), h = uint32_t(state.range(1));
+    TBenchImage src(w, h, c.format);
+    const cv::Mat in(int(h), int(w), c.cvType, src.info.pData, src.info.LineIncrement);
+    cv::Mat out;
+    cv::setNumThreads(1);
+    for (auto _ : state) {
+        cv::flip(in, out, c.cvFlip);
+        benchmark::ClobberMemory();
+    }
+    SetPixelRate(state, uint64_t(w) * h);
 }
-BENCHMARK(BM_MirrorOpenCV)->Arg(0)->Arg(1)->Arg(-1)->Unit(benchmark::kMicrosecond);
 #endif
+
+const int kRegistered = [] {
+#if defined(KAIP_BENCH_OPENCV)
+    const int mono8 = CV_8UC1, bgr8 = CV_8UC3, mono16 = CV_16UC1;
+#else
+    const int mono8 = 0, bgr8 = 0, mono16 = 0;
+#endif
+    const uint32_t m8 = KaipPixelFormat_Mono8, bgr = KaipPixelFormat_BGR8Packed, m12 = KaipPixelFormat_Mono12;
+    const TCase cases[] = {
+        {"TopBottom_Mono8", m8, 1, 1, 0, false, false, false, 0, mono8},
+        {"LeftRight_Mono8", m8, 1, 0, 1, false, false, false, 1, mono8},
+        {"Both_Mono8", m8, 1, 1, 1, false, false, false, -1, mono8},
+        {"LeftRight_Mono8_Lut", m8, 1, 0, 1, true, false, false, 1, mono8},
+        {"LeftRight_Mono8_InPlace", m8, 1, 0, 1, false, true, false, 1, mono8},
+        {"TopBottom_BGR8", bgr, 3, 1, 0, false, false, false, 0, bgr8},
+        {"LeftRight_BGR8", bgr, 3, 0, 1, false, false, false, 1, bgr8},
+        {"Both_BGR8", bgr, 3, 1, 1, false, false, false, -1, bgr8},
+        {"LeftRight_Mono12", m12, 2, 0, 1, false, false, false, 1, mono16},
+        {"ReverseLinesFast_Mono8", m8, 1, 0, 0, false, false, true, 0, mono8},
+    };
+    for (const TCase& c : cases) {
+        FrameSizes(RegisterRole("Mirror", c.name, "Ours", [c](benchmark::State& s) { Ours(s, c); }))
+            ->Unit(benchmark::kMicrosecond);
+#if defined(KAIP_BENCH_OPENCV)
+        FrameSizes(RegisterRole("Mirror", c.name, "OpenCV", [c](benchmark::State& s) { OpenCv(s, c); }))
+            ->Unit(benchmark::kMicrosecond);
+#endif
+        FrameSizes(RegisterMemcpy("Mirror", c.name, c.bytes))->Unit(benchmark::kMicrosecond);
+    }
+    return 0;
+}();
 
 }  // namespace

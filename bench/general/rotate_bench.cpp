@@ -1,4 +1,4 @@
-// rotate_bench.cpp: the quarter turn of a full frame against memcpy of the same bytes.
+// rotate_bench.cpp: the quarter turn of a frame against cv::rotate and memcpy of the same bytes.
 #include "geometry_bench_util.h"
 
 #if defined(KAIP_BENCH_OPENCV)
@@ -7,43 +7,64 @@
 
 namespace {
 
-// Arguments: pixel format, clockwise.
-void BM_Rotate90(benchmark::State& state)
+struct TCase {
+    const char* name;
+    uint32_t format, bytes;
+    bool bClockwise;
+    int cvType;  // the peer's image type
+};
+
+// Arguments: width, height.
+void Ours(benchmark::State& state, TCase c)
 {
-    const uint32_t format = uint32_t(state.range(0));
-    TBenchImage src(kFrameWidth, kFrameHeight, format), dst(kFrameHeight, kFrameWidth, format);
+    const uint32_t w = uint32_t(state.range(0)), h = uint32_t(state.range(1));
+    TBenchImage src(w, h, c.format), dst(h, w, c.format);
     for (auto _ : state) {
-        benchmark::DoNotOptimize(
-            KaipRotate90AndMirror(&src.info, &dst.info, uint32_t(state.range(1)), 0, 0, 0, nullptr));
+        benchmark::DoNotOptimize(KaipRotate90AndMirror(&src.info, &dst.info, c.bClockwise, 0, 0, 0, nullptr));
         benchmark::ClobberMemory();
     }
-    state.SetBytesProcessed(int64_t(src.Size()) * state.iterations());
-    SetPixelRate(state, uint64_t(kFrameWidth) * kFrameHeight);
+    SetPixelRate(state, uint64_t(w) * h);
 }
-BENCHMARK(BM_Rotate90)
-    ->ArgNames({"fmt", "cw"})
-    ->Args({KaipPixelFormat_Mono8, 1})
-    ->Args({KaipPixelFormat_Mono8, 0})
-    ->Args({KaipPixelFormat_Mono12, 1})
-    ->Args({KaipPixelFormat_BGR8Packed, 1})
-    ->Args({KaipPixelFormat_BGRA8Packed, 1})
-    ->Unit(benchmark::kMicrosecond);
-
-void BM_Rotate90Memcpy(benchmark::State& state)
-{
-    MemcpyYardstick(state, size_t(kFrameWidth) * kFrameHeight * state.range(0), uint64_t(kFrameWidth) * kFrameHeight);
-}
-BENCHMARK(BM_Rotate90Memcpy)->ArgName("bytes")->Arg(1)->Arg(2)->Arg(3)->Arg(4)->Unit(benchmark::kMicrosecond);
 
 #if defined(KAIP_BENCH_OPENCV)
-// A peer: OpenCV's quarter turn of the same frame.
-void BM_Rotate90OpenCV(benchmark::State& state)
+void OpenCv(benchmark::State& state, TCase c)
 {
-    cv::Mat src(int(kFrameHeight), int(kFrameWidth), CV_8UC1, cv::Scalar(1)), dst;
-    for (auto _ : state) cv::rotate(src, dst, cv::ROTATE_90_CLOCKWISE);
-    SetPixelRate(state, uint64_t(kFrameWidth) * kFrameHeight);
+    const uint32_t w = uint32_t(state.range(0)), h = uint32_t(state.range(1));
+    TBenchImage src(w, h, c.format);
+    const cv::Mat in(int(h), int(w), c.cvType, src.info.pData, src.info.LineIncrement);
+    cv::Mat out;
+    cv::setNumThreads(1);
+    for (auto _ : state) {
+        cv::rotate(in, out, c.bClockwise ? cv::ROTATE_90_CLOCKWISE : cv::ROTATE_90_COUNTERCLOCKWISE);
+        benchmark::ClobberMemory();
+    }
+    SetPixelRate(state, uint64_t(w) * h);
 }
-BENCHMARK(BM_Rotate90OpenCV)->Unit(benchmark::kMicrosecond);
 #endif
+
+const int kRegistered = [] {
+#if defined(KAIP_BENCH_OPENCV)
+    const int mono8 = CV_8UC1, bgr8 = CV_8UC3, bgra8 = CV_8UC4, mono16 = CV_16UC1;
+#else
+    const int mono8 = 0, bgr8 = 0, bgra8 = 0, mono16 = 0;
+#endif
+    const TCase cases[] = {
+        {"Clockwise_Mono8", KaipPixelFormat_Mono8, 1, true, mono8},
+        {"Anticlockwise_Mono8", KaipPixelFormat_Mono8, 1, false, mono8},
+        {"Clockwise_Mono12", KaipPixelFormat_Mono12, 2, true, mono16},
+        {"Clockwise_BGR8", KaipPixelFormat_BGR8Packed, 3, true, bgr8},
+        {"Clockwise_BGRA8", KaipPixelFormat_BGRA8Packed, 4, true, bgra8},
+    };
+    for (const TCase& c : cases) {
+        FrameSizes(RegisterRole("Rotate90", c.name, "Ours", [c](benchmark::State& s) { Ours(s, c); }))
+            ->Unit(benchmark::kMicrosecond);
+#if defined(KAIP_BENCH_OPENCV)
+        FrameSizes(RegisterRole("Rotate90", c.name, "OpenCV", [c](benchmark::State& s) { OpenCv(s, c); }))
+            ->Unit(benchmark::kMicrosecond);
+#endif
+        FrameSizes(RegisterMemcpy("Rotate90", c.name, c.bytes))->Unit(benchmark::kMicrosecond);
+    }
+    return 0;
+}();
 
 }  // namespace

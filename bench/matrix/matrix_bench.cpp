@@ -64,18 +64,6 @@ void Memcpy(benchmark::State& state, uint32_t pixelBytes)
     MemcpyYardstick(state, kPixels * pixelBytes, kPixels);
 }
 
-BENCHMARK_CAPTURE(ColorCorrection, BGR8, KaipPixelFormat_BGR8Packed, 3)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Memcpy, BGR8_bytes, 3)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(ColorCorrection, BGRA8, KaipPixelFormat_BGRA8Packed, 4)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Memcpy, BGRA8_bytes, 4)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Convolution, Mono8_cross, KaipPixelFormat_Mono8, 1, 0)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Convolution, Mono8_full, KaipPixelFormat_Mono8, 1, KaipSharpening_AllNeighbours)
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Memcpy, Mono8_bytes, 1)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Convolution, BGR8_cross, KaipPixelFormat_BGR8Packed, 3, 0)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Convolution, BGR8_full, KaipPixelFormat_BGR8Packed, 3, KaipSharpening_AllNeighbours)
-    ->Unit(benchmark::kMillisecond);
-
 #if KAIP_BENCH_OPENCV
 // The same work in OpenCV: cv::transform with the 3x3 matrix (channels in B, G, R order) and
 // cv::filter2D with the kernel over the whole frame.
@@ -97,11 +85,11 @@ void OpenCvTransform(benchmark::State& state, int type)
     SetPixelRate(state, kPixels);
 }
 
-void OpenCvFilter2D(benchmark::State& state, int type)
+void OpenCvFilter2D(benchmark::State& state, int type, uint32_t sharpenOptions)
 {
     cv::Mat src(int(kFrameHeight), int(kFrameWidth), type, cv::Scalar::all(100)), dst;
     int32_t k[9];
-    KaipSet3x3MatrixSharpening(40, k, 0);
+    KaipSet3x3MatrixSharpening(40, k, sharpenOptions);
     cv::Mat kernel(3, 3, CV_32F);
     for (int i = 0; i < 9; ++i) kernel.at<float>(i / 3, i % 3) = float(k[i]) / 1000.f;
     for (auto _ : state) {
@@ -111,10 +99,51 @@ void OpenCvFilter2D(benchmark::State& state, int type)
     SetPixelRate(state, kPixels);
 }
 
-BENCHMARK_CAPTURE(OpenCvTransform, BGR8, CV_8UC3)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(OpenCvTransform, BGRA8, CV_8UC4)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(OpenCvFilter2D, Mono8, CV_8UC1)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(OpenCvFilter2D, BGR8, CV_8UC3)->Unit(benchmark::kMillisecond);
 #endif
+
+// Named Family/Case/Role (see bench_util.h) so the report pairs ours with the peer and memcpy.
+template <class F>
+void Register(const char* family, const char* kase, const char* role, F f)
+{
+    RegisterRole(family, kase, role, f)->Unit(benchmark::kMillisecond);
+}
+
+const int kRegistered = [] {
+    struct TCorrection {
+        const char* name;
+        uint32_t format, bytes;
+        int cvType;
+    };
+    struct TConvolution {
+        const char* name;
+        uint32_t format, bytes, options;
+        int cvType;
+    };
+#if KAIP_BENCH_OPENCV
+    const int bgr8 = CV_8UC3, bgra8 = CV_8UC4, mono8 = CV_8UC1;
+#else
+    const int bgr8 = 0, bgra8 = 0, mono8 = 0;
+#endif
+    const uint32_t all = KaipSharpening_AllNeighbours;
+    for (TCorrection c : {TCorrection{"BGR8", KaipPixelFormat_BGR8Packed, 3, bgr8},
+                          TCorrection{"BGRA8", KaipPixelFormat_BGRA8Packed, 4, bgra8}}) {
+        Register("ColorCorrection", c.name, "Ours", [c](benchmark::State& s) { ColorCorrection(s, c.format, c.bytes); });
+#if KAIP_BENCH_OPENCV
+        Register("ColorCorrection", c.name, "OpenCV", [c](benchmark::State& s) { OpenCvTransform(s, c.cvType); });
+#endif
+        Register("ColorCorrection", c.name, "Memcpy", [c](benchmark::State& s) { Memcpy(s, c.bytes); });
+    }
+    for (TConvolution c : {TConvolution{"Mono8_cross", KaipPixelFormat_Mono8, 1, 0, mono8},
+                           TConvolution{"Mono8_full", KaipPixelFormat_Mono8, 1, all, mono8},
+                           TConvolution{"BGR8_cross", KaipPixelFormat_BGR8Packed, 3, 0, bgr8},
+                           TConvolution{"BGR8_full", KaipPixelFormat_BGR8Packed, 3, all, bgr8}}) {
+        Register("Convolution", c.name, "Ours", [c](benchmark::State& s) { Convolution(s, c.format, c.bytes, c.options); });
+#if KAIP_BENCH_OPENCV
+        Register("Convolution", c.name, "OpenCV", [c](benchmark::State& s) { OpenCvFilter2D(s, c.cvType, c.options); });
+#endif
+        Register("Convolution", c.name, "Memcpy", [c](benchmark::State& s) { Memcpy(s, c.bytes); });
+    }
+    return 0;
+}();
 
 }  // namespace

@@ -1,0 +1,100 @@
+#!/usr/bin/python3
+"""Turns kaip_bench runs into a Markdown table: ours, the peer and memcpy of each case side by side.
+
+Usage: report.py LABEL=run.json [LABEL=run.json ...] > table.md
+  e.g. report.py default=default.json "SIMD.Level 4=level4.json"
+
+Each run is Google Benchmark JSON output (--benchmark_format=json or --benchmark_out=FILE). Benchmarks
+are named Family/Case/Role[/arguments]; Role is Ours, Memcpy or a peer (OpenCV, libyuv). The roles of one
+Family/Case/arguments in one run form a row. Times are CPU times per iteration (the median when the run
+has repetitions); the ratios compare runs of the same binary on the same buffers:
+  peer/ours     = peer time / our time   (above 1: ours is faster)
+  ours/memcpy   = memcpy time / our time (the fraction of the speed of copying the destination once)
+Standard library only.
+"""
+
+import json
+import sys
+
+ROLE_ORDER = ("Ours", "Memcpy")
+
+
+def load(path):
+    """Family/Case, arguments, role -> CPU time in ms, from one JSON run."""
+    with open(path, encoding="utf-8") as f:
+        data = json.load(f)
+    times, medians = {}, {}
+    for b in data.get("benchmarks", []):
+        name = b.get("run_name", b["name"])
+        parts = name.split("/")
+        if len(parts) < 3:
+            continue
+        family, case, role, args = parts[0], parts[1], parts[2], "/".join(parts[3:])
+        if b.get("error_occurred"):
+            continue
+        unit = {"ns": 1e-6, "us": 1e-3, "ms": 1.0, "s": 1e3}[b.get("time_unit", "ns")]
+        ms = b["cpu_time"] * unit
+        key = (family + "/" + case, args, role)
+        if b.get("run_type") == "aggregate":
+            if b.get("aggregate_name") == "median":
+                medians[key] = ms
+        else:
+            times.setdefault(key, []).append(ms)
+    result = {k: sorted(v)[len(v) // 2] for k, v in times.items()}
+    result.update(medians)
+    return result
+
+
+def size_of(args):
+    """'w:2448/h:2048' -> '2448x2048'; other arguments as they stand."""
+    fields = dict(a.split(":", 1) for a in args.split("/") if ":" in a)
+    if "w" in fields and "h" in fields:
+        rest = [a for a in args.split("/") if not a.startswith(("w:", "h:"))]
+        return "x".join((fields["w"], fields["h"])) + ("" if not rest else " " + "/".join(rest))
+    return args or "2448x2048"
+
+
+def fmt(ms):
+    return "" if ms is None else "%.2f" % ms
+
+
+def ratio(a, b):
+    return "" if a is None or b is None or b == 0 else "%.2f" % (a / b)
+
+
+def table(runs):
+    lines = [
+        "| Case | Size | Configuration | Ours ms | Peer | Peer ms | Memcpy ms | Peer/ours | Ours/memcpy |",
+        "|---|---|---|---:|---|---:|---:|---:|---:|",
+    ]
+    cases = []
+    for _, run in runs:
+        for (case, args, _) in run:
+            if (case, args) not in cases:
+                cases.append((case, args))
+    for case, args in cases:
+        for label, run in runs:
+            ours = run.get((case, args, "Ours"))
+            if ours is None:
+                continue
+            memcpy = run.get((case, args, "Memcpy"))
+            peers = sorted(r for (c, a, r) in run if (c, a) == (case, args) and r not in ROLE_ORDER) or [None]
+            for peer in peers:
+                peer_ms = run.get((case, args, peer)) if peer else None
+                lines.append("| %s | %s | %s | %s | %s | %s | %s | %s | %s |" % (
+                    case, size_of(args), label, fmt(ours), peer or "", fmt(peer_ms), fmt(memcpy),
+                    ratio(peer_ms, ours), ratio(memcpy, ours)))
+    return "\n".join(lines)
+
+
+def main(argv):
+    if len(argv) < 2 or any("=" not in a for a in argv[1:]):
+        sys.stderr.write(__doc__)
+        return 2
+    runs = [(label, load(path)) for label, path in (a.split("=", 1) for a in argv[1:])]
+    print(table(runs))
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv))
