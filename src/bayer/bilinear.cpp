@@ -14,8 +14,8 @@ KaipStatus BdBilinearInterpolation(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* 
     if (status != KASTATUS_OK) return status;
     const uint32_t w = job.src.Width, h = job.src.Height;
     const TBayerPlanes planes = JobPlanes(job);
-    // Vector blocks first where the switches allow (8-bit mosaics), the scalar rule for the rest.
-    const uint32_t x0 = job.dwBits == 8 ? BilinearInterior8_intr(planes, w, h, dwDstBytes, lut, hLut == nullptr) : 1;
+    // Vector blocks first where the switches allow, the scalar rule for the rest.
+    const uint32_t x0 = BilinearInterior_intr(planes, w, h, job.dwBits, dwDstBytes, lut, hLut == nullptr);
     WithDepth(job.dwBits, [&](auto bits) {
         WithPixelBytes(dwDstBytes,
                        [&](auto bytes) { RunInterior(TBilinear<bits, bytes>{lut}, planes, h, x0, w - 1, 1, h - 1); });

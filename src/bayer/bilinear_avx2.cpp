@@ -5,12 +5,12 @@
 #include "bayer/bilinear_simd.h"
 #endif
 
-// Runs only behind g_SSEChecker.UseAVX2() (see BilinearInterior8_intr).
-uint32_t BilinearInterior8_avx2(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwDstBytes,
-                                const TBayerLut& lut, bool bIdentity)
+// Runs only behind g_SSEChecker.UseAVX2() (see BilinearInterior_intr).
+uint32_t BilinearInterior_avx2(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwBits,
+                               uint32_t dwDstBytes, const TBayerLut& lut, bool bIdentity)
 {
 #if defined(__AVX2__)
-    return BilinearInterior8<V256>(p, dwWidth, dwHeight, dwDstBytes, lut, bIdentity);
+    return BilinearInterior<V256>(p, dwWidth, dwHeight, dwBits, dwDstBytes, lut, bIdentity);
 #else
     return 1;
 #endif

@@ -1,4 +1,4 @@
-// bilinear_kernel.h: the vector line loop of the 8-bit bilinear decoder, written once over a
+// bilinear_kernel.h: the vector line loops of the bilinear decoder, written once over a
 // small set of register operations. Included only by bilinear_sse2/ssse3/avx2.cpp, each compiled
 // for its own instruction set: everything here has internal linkage, so the copies never mix.
 #pragma once
@@ -29,6 +29,8 @@ struct V128 {
         return _mm_srli_epi16(a, S);
     }
     static T Pack(T lo, T hi) { return _mm_packus_epi16(lo, hi); }
+    static T PackOrdered(T lo, T hi) { return _mm_packus_epi16(lo, hi); }  // words loaded in memory order
+    static T And16(T a, T b) { return _mm_and_si128(a, b); }
     static T Select(T m, T a, T b) { return _mm_or_si128(_mm_and_si128(m, a), _mm_andnot_si128(m, b)); }
     static T Set8(int8_t v) { return _mm_set1_epi8(v); }
     static T Avg(T a, T b) { return _mm_avg_epu8(a, b); }  // (a + b + 1) >> 1 per byte
@@ -126,6 +128,8 @@ struct V256 {
         return _mm256_srli_epi16(a, S);
     }
     static T Pack(T lo, T hi) { return _mm256_packus_epi16(lo, hi); }
+    static T PackOrdered(T lo, T hi) { return _mm256_permute4x64_epi64(_mm256_packus_epi16(lo, hi), 0xD8); }
+    static T And16(T a, T b) { return _mm256_and_si256(a, b); }
     static T Select(T m, T a, T b) { return _mm256_blendv_epi8(b, a, m); }
     static T Set8(int8_t v) { return _mm256_set1_epi8(v); }
     static T Avg(T a, T b) { return _mm256_avg_epu8(a, b); }
@@ -155,24 +159,24 @@ struct V256 {
     static void StoreBgr(uint8_t* p, T b, T g, T r)
     {
         // The shuffles of V128<true>, once per half.
-        const T bm0 = _mm256_broadcastsi128_si256(
-            _mm_setr_epi8(0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1, -1, 5));
-        const T gm0 = _mm256_broadcastsi128_si256(
-            _mm_setr_epi8(-1, 0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1, -1));
-        const T rm0 = _mm256_broadcastsi128_si256(
-            _mm_setr_epi8(-1, -1, 0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1));
-        const T bm1 = _mm256_broadcastsi128_si256(
-            _mm_setr_epi8(-1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1, 10, -1));
-        const T gm1 = _mm256_broadcastsi128_si256(
-            _mm_setr_epi8(5, -1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1, 10));
-        const T rm1 = _mm256_broadcastsi128_si256(
-            _mm_setr_epi8(-1, 5, -1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1));
-        const T bm2 = _mm256_broadcastsi128_si256(
-            _mm_setr_epi8(-1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15, -1, -1));
-        const T gm2 = _mm256_broadcastsi128_si256(
-            _mm_setr_epi8(-1, -1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15, -1));
-        const T rm2 = _mm256_broadcastsi128_si256(
-            _mm_setr_epi8(10, -1, -1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15));
+        const T bm0 =
+            _mm256_broadcastsi128_si256(_mm_setr_epi8(0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1, -1, 5));
+        const T gm0 =
+            _mm256_broadcastsi128_si256(_mm_setr_epi8(-1, 0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1, -1));
+        const T rm0 =
+            _mm256_broadcastsi128_si256(_mm_setr_epi8(-1, -1, 0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1));
+        const T bm1 =
+            _mm256_broadcastsi128_si256(_mm_setr_epi8(-1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1, 10, -1));
+        const T gm1 =
+            _mm256_broadcastsi128_si256(_mm_setr_epi8(5, -1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1, 10));
+        const T rm1 =
+            _mm256_broadcastsi128_si256(_mm_setr_epi8(-1, 5, -1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1));
+        const T bm2 =
+            _mm256_broadcastsi128_si256(_mm_setr_epi8(-1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15, -1, -1));
+        const T gm2 =
+            _mm256_broadcastsi128_si256(_mm_setr_epi8(-1, -1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15, -1));
+        const T rm2 =
+            _mm256_broadcastsi128_si256(_mm_setr_epi8(10, -1, -1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15));
         auto mix = [&](T mb, T mg, T mr) {
             return _mm256_or_si256(_mm256_or_si256(_mm256_shuffle_epi8(b, mb), _mm256_shuffle_epi8(g, mg)),
                                    _mm256_shuffle_epi8(r, mr));
@@ -264,6 +268,49 @@ void IdentityLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown,
     }
 }
 
+// Null LUT on 10- or 12-bit samples (16-bit words): the identity tables give out = the truncated
+// mean shifted down to 8 bits, i.e. own >> (Bits - 8), a two-sum >> (Bits - 7), a four-sum >>
+// (Bits - 6), each sum first masked as the scalar rule masks its index (16-bit lanes wrap
+// modulo 2^16, which leaves the masked bits exact).
+template <class V, unsigned Bits, uint32_t DstBytes>
+void IdentityLineDeep(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut, uint32_t x0,
+                      uint32_t x1, TLineSites s, const TBayerLut&)
+{
+    using T = typename V::T;
+    using D = TDepth<Bits>;
+    const T colour = V::Set16(s.bColourFirst ? 0x00FF : int16_t(0xFF00));
+    const T mask1 = V::Set16(int16_t(D::kMask1)), mask2 = V::Set16(int16_t(D::kMask2)),
+            mask4 = V::Set16(int16_t(D::kMask4));
+    constexpr uint32_t kHalf = V::N / 2;  // pixels per register of words
+    for (uint32_t x = x0; x < x1; x += V::N) {
+        T own[2], across[2], upDown[2], direct[2], diagonal[2];
+        for (uint32_t i = 0; i < 2; ++i) {
+            const size_t o = 2 * size_t(x + i * kHalf);
+            const T l = V::Load(pCur + o - 2), r = V::Load(pCur + o + 2);
+            const T u = V::Load(pUp + o), d = V::Load(pDown + o);
+            const T sumA = V::Add(l, r), sumV = V::Add(u, d);
+            const T sumD = V::Add(V::Add(V::Load(pUp + o - 2), V::Load(pUp + o + 2)),
+                                  V::Add(V::Load(pDown + o - 2), V::Load(pDown + o + 2)));
+            own[i] = V::template Shr<Bits - 8>(V::And16(V::Load(pCur + o), mask1));
+            across[i] = V::template Shr<Bits - 7>(V::And16(sumA, mask2));
+            upDown[i] = V::template Shr<Bits - 7>(V::And16(sumV, mask2));
+            direct[i] = V::template Shr<Bits - 6>(V::And16(V::Add(sumA, sumV), mask4));
+            diagonal[i] = V::template Shr<Bits - 6>(V::And16(sumD, mask4));
+        }
+        const T sample = V::PackOrdered(own[0], own[1]);
+        const T ownColour = V::Select(colour, sample, V::PackOrdered(across[0], across[1]));
+        const T g = V::Select(colour, V::PackOrdered(direct[0], direct[1]), sample);
+        const T other =
+            V::Select(colour, V::PackOrdered(diagonal[0], diagonal[1]), V::PackOrdered(upDown[0], upDown[1]));
+        uint8_t* p = pOut + size_t(x) * DstBytes;
+        if constexpr (DstBytes == 3) {
+            s.bRedLine ? V::StoreBgr(p, other, g, ownColour) : V::StoreBgr(p, ownColour, g, other);
+        } else {
+            s.bRedLine ? V::StoreBgra(p, other, g, ownColour) : V::StoreBgra(p, ownColour, g, other);
+        }
+    }
+}
+
 // With tables: the sums are the indices of the scalar rule (own into the single tables, two-sums
 // into the doubled, four-sums into the quadrupled), gathered per channel into a small buffer and
 // looked up pixel by pixel, the first pixel of each pair from the colour-site tables.
@@ -303,19 +350,28 @@ void TableLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, ui
     }
 }
 
+// The line worker for a depth, a destination and the LUT kind; null where the vector code has none
+// (tables at 10 or 12 bits).
+template <class V, uint32_t DstBytes>
+auto LineWorker(uint32_t dwBits, bool bIdentity)
+{
+    using TLineFn = void (*)(const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*, uint32_t, uint32_t, TLineSites,
+                             const TBayerLut&);
+    if (dwBits == 8) return bIdentity ? TLineFn(IdentityLine<V, DstBytes>) : TLineFn(TableLine<V, DstBytes>);
+    if (!bIdentity) return TLineFn(nullptr);
+    return dwBits == 10 ? TLineFn(IdentityLineDeep<V, 10, DstBytes>) : TLineFn(IdentityLineDeep<V, 12, DstBytes>);
+}
+
 // The interior lines: whole blocks of V::N pixels from column 1, the last block's right
 // neighbours still inside the line (column w-1 at the most).
 template <class V>
-uint32_t BilinearInterior8(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwDstBytes,
-                           const TBayerLut& lut, bool bIdentity)
+uint32_t BilinearInterior(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwBits,
+                          uint32_t dwDstBytes, const TBayerLut& lut, bool bIdentity)
 {
     if (dwWidth < 2 || dwHeight < 3) return 1;
     const uint32_t x0 = 1, x1 = x0 + (dwWidth - 2) / V::N * V::N;
-    if (x1 == x0) return x0;
-    using TLineFn = void (*)(const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*, uint32_t, uint32_t, TLineSites,
-                             const TBayerLut&);
-    const TLineFn line = bIdentity ? (dwDstBytes == 3 ? TLineFn(IdentityLine<V, 3>) : TLineFn(IdentityLine<V, 4>))
-                                   : (dwDstBytes == 3 ? TLineFn(TableLine<V, 3>) : TLineFn(TableLine<V, 4>));
+    const auto line = dwDstBytes == 3 ? LineWorker<V, 3>(dwBits, bIdentity) : LineWorker<V, 4>(dwBits, bIdentity);
+    if (x1 == x0 || !line) return x0;
     // Column x0 is odd: a red column when the column toggle is set.
     const bool bRedColumnFirst = p.bShiftColumn;
     for (uint32_t y = 1; y + 1 < dwHeight; ++y) {

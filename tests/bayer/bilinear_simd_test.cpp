@@ -1,8 +1,9 @@
-// bilinear_simd_test.cpp: the vector copies of the 8-bit bilinear interior against the scalar rule, and their gates.
+// bilinear_simd_test.cpp: the vector copies of the bilinear interior against the scalar rule, and their gates.
+#include "bayer/bilinear_simd.h"
+
 #include <gtest/gtest.h>
 
 #include "bayer/bayer_model.h"
-#include "bayer/bilinear_simd.h"
 #include "core/unidef.h"
 
 using namespace bayer_model;
@@ -29,9 +30,10 @@ std::vector<uint8_t> Whole(const GuardedImage& img)
     return {img.buffer.data(), img.buffer.data() + img.buffer.size()};
 }
 
-// Widths 2..64 (every position of the last vector block) and a few large ones, every pattern,
-// both destinations, the identity, global and a random LUT: each vector level writes exactly
-// the bytes of level 0, sentinel-filled padding included.
+// Widths 2..64 (every position of the last vector block) and a few large ones, every depth (16-bit
+// samples with stray high bits now and then) and pattern, both destinations, the identity, global
+// and a random LUT: each vector level writes exactly the bytes of level 0, sentinel-filled padding
+// included.
 TEST(BilinearInterior8Simd, EveryLevelWritesTheScalarBytes)
 {
     std::vector<Size> sizes;
@@ -41,13 +43,14 @@ TEST(BilinearInterior8Simd, EveryLevelWritesTheScalarBytes)
         const TestLut lut(kind, 99);
         for (uint32_t bytes : {3u, 4u}) {
             const uint32_t format = bytes == 3 ? KaipPixelFormat_BGR8Packed : KaipPixelFormat_BGRA8Packed;
-            for (uint32_t pattern = 0; pattern < 4; ++pattern) {
+            for (uint32_t step = 0; step < 12; ++step) {
+                const uint32_t bits = 8 + 2 * (step / 4), pattern = step % 4;
                 for (const Size& s : sizes) {
-                    const uint32_t seed = 17 + pattern * 7919u + s.w * 131u + bytes;
-                    SCOPED_TRACE(std::string(Name(kind)) + " bytes " + std::to_string(bytes) + " pattern " +
-                                 std::to_string(pattern) + " width " + std::to_string(s.w) + " seed " +
-                                 std::to_string(seed));
-                    const BayerImage src(s.w, s.h, 8, pattern & 2, pattern & 1, seed);
+                    const uint32_t seed = 17 + bits * 1000003u + pattern * 7919u + s.w * 131u + bytes;
+                    SCOPED_TRACE(std::string(Name(kind)) + " bytes " + std::to_string(bytes) + " bits " +
+                                 std::to_string(bits) + " pattern " + std::to_string(pattern) + " width " +
+                                 std::to_string(s.w) + " seed " + std::to_string(seed));
+                    const BayerImage src(s.w, s.h, bits, pattern & 2, pattern & 1, seed);
                     auto scalar = Destination(s.w, s.h, format, bytes);
                     {
                         CSimdLevel level(0);
@@ -70,18 +73,19 @@ TEST(BilinearInterior8Simd, ClosedGatesWriteNothing)
 {
     const BayerImage src(100, 6, 8, false, true, 5);
     auto dst = Destination(100, 6, KaipPixelFormat_BGR8Packed, 3);
-    const TBayerPlanes planes{src.img->info.pData, src.img->info.LineIncrement, dst->info.pData,
-                              dst->info.LineIncrement, false, true};
+    const TBayerPlanes planes{
+        src.img->info.pData, src.img->info.LineIncrement, dst->info.pData, dst->info.LineIncrement, false, true};
     TBayerLut lut{};
     const auto before = Whole(*dst);
     {
         CSimdLevel off(0);
-        EXPECT_EQ(BilinearInterior8_intr(planes, 100, 6, 3, lut, true), 1u);
+        EXPECT_EQ(BilinearInterior_intr(planes, 100, 6, 8, 3, lut, true), 1u);
         EXPECT_EQ(Whole(*dst), before);
     }
     CSimdLevel sse2(1);
-    EXPECT_EQ(BilinearInterior8_intr(planes, 100, 6, 3, lut, true), g_SSEChecker.m_bUseSSE2 ? 97u : 1u);
-    EXPECT_EQ(BilinearInterior8_intr(planes, 17, 6, 3, lut, true), 1u);  // 15 interior columns: no whole block
+    EXPECT_EQ(BilinearInterior_intr(planes, 100, 6, 8, 3, lut, true), g_SSEChecker.m_bUseSSE2 ? 97u : 1u);
+    EXPECT_EQ(BilinearInterior_intr(planes, 17, 6, 8, 3, lut, true), 1u);     // 15 interior columns: no whole block
+    EXPECT_EQ(BilinearInterior_intr(planes, 100, 6, 12, 3, lut, false), 1u);  // tables at 12 bits stay scalar
 }
 
 }  // namespace
