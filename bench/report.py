@@ -1,8 +1,9 @@
 #!/usr/bin/python3
 """Turns kaip_bench runs into a Markdown table: ours, the peer and memcpy of each case side by side.
 
-Usage: report.py LABEL=run.json [LABEL=run.json ...] > table.md
+Usage: report.py LABEL=run.json[,run.json...] [LABEL=...] > table.md
   e.g. report.py default=default.json "SIMD.Level 4=level4.json"
+Several files under one label are one configuration run in parts (a later file's figures win).
 
 Each run is Google Benchmark JSON output (--benchmark_format=json or --benchmark_out=FILE). Benchmarks
 are named Family/Case/Role[/arguments]; Role is Ours, Memcpy or a peer (OpenCV, libyuv). The roles of one
@@ -17,6 +18,7 @@ import json
 import sys
 
 ROLE_ORDER = ("Ours", "Memcpy")
+ROLES = {"ours": "Ours", "memcpy": "Memcpy", "opencv": "OpenCV", "libyuv": "libyuv", "scalar": "scalar"}
 
 
 def load(path):
@@ -29,7 +31,12 @@ def load(path):
         parts = name.split("/")
         if len(parts) < 3:
             continue
-        family, case, role, args = parts[0], parts[1], parts[2], "/".join(parts[3:])
+        # The role is the third part (Family/Case/Role/arguments) or, failing that, the last one
+        # (Family/Case/arguments/role); either spelling of Ours and Memcpy.
+        at = 2 if parts[2].lower() in ROLES else len(parts) - 1
+        role = ROLES.get(parts[at].lower(), parts[at])
+        family, case = parts[0], parts[1]
+        args = "/".join(parts[2:at] + parts[at + 1:])
         if b.get("error_occurred"):
             continue
         unit = {"ns": 1e-6, "us": 1e-3, "ms": 1.0, "s": 1e3}[b.get("time_unit", "ns")]
@@ -51,7 +58,7 @@ def size_of(args):
     if "w" in fields and "h" in fields:
         rest = [a for a in args.split("/") if not a.startswith(("w:", "h:"))]
         return "x".join((fields["w"], fields["h"])) + ("" if not rest else " " + "/".join(rest))
-    return args or "2448x2048"
+    return args or "2448x2048"  # cases without size arguments run on the full frame
 
 
 def fmt(ms):
@@ -91,7 +98,12 @@ def main(argv):
     if len(argv) < 2 or any("=" not in a for a in argv[1:]):
         sys.stderr.write(__doc__)
         return 2
-    runs = [(label, load(path)) for label, path in (a.split("=", 1) for a in argv[1:])]
+    runs = []
+    for label, paths in (a.split("=", 1) for a in argv[1:]):
+        run = {}
+        for path in paths.split(","):
+            run.update(load(path))
+        runs.append((label, run))
     print(table(runs))
     return 0
 
