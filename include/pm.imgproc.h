@@ -42,6 +42,18 @@ extern "C" {
  * Width pixels. Formats of 16-bit samples (Mono9..Mono16, their Bayer codes, BGR555,
  * BGR565Packed, the 30/36/48-bit RGB codes) are read and written as 16-bit words: their
  * buffers and line increments must be even (the library's own allocations always are).
+ * Packed, MIPI and YUV lines hold Width pixels in whole bytes. Only KaipConvertToPixelFormat
+ * (for its destination) and the file functions measure a line against its width; everywhere
+ * else a shorter LineIncrement is the caller's error. PixelIncrement is informative: pixel
+ * sizes are always taken from PixelFormat. Source and destination must not share memory unless
+ * a function says it works in place (with pDstImgInfo null). A destination that would be
+ * rebuilt while it holds a buffer that the library allocated for the source (and lacks
+ * KaipImgFlag_NoDeallocate) is refused with KASTATUS_KAIP_INCOMPATIBLE_DST before anything is
+ * freed, since freeing it would pull the pixels from under the source.
+ *
+ * Threads: calls on different images may run at the same time on any number of threads. An
+ * image or LUT object that one call writes must not be used by another call meanwhile; a call
+ * that changes the global LUT while others read it mixes their results.
  *
  * Log and configuration: set once when the library is loaded, from the environment:
  *   KAIP_LOG_LEVEL  "off" (or 0), "fatal" (or 1, the default) or "debug" (or 16);
@@ -840,7 +852,7 @@ typedef struct tagBITMAPINFO {
  * rounded up to 4. pData and the other fields are left alone; nothing is allocated.
  * Returns 0; KASTATUS_KAIP_INVALID_POINTER (null pointer); KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER
  * (biSize other than 40, biCompression other than 0 and 3, and, stricter than the plain
- * header, a negative biWidth or a LineIncrement x Height that does not fit in 32 bits);
+ * header, a negative biWidth, or a LineIncrement, or LineIncrement x Height, beyond 32 bits);
  * KASTATUS_KAIP_INVALID_PIXEL_FORMAT (other bit counts; the fields set so far stay set). */
 KAIP_API KaipStatus KaipBmpInfoToImgInfo(const tagBITMAPINFO* pBmpInfo, KaipImgInfo* pImgInfo);
 

@@ -2,9 +2,11 @@
 #include "core/check.h"
 
 #include <cstdio>
+#include <initializer_list>
 
 #include "core/common.h"
 #include "core/log.h"
+#include "platform/os_buffer.h"
 
 namespace {
 
@@ -121,8 +123,25 @@ KaipStatus CheckImgInfos(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, co
                         srcDetail);
         if (status != KASTATUS_OK) return status;
     }
+    // A destination to be rebuilt (for its shape, or for the format the caller will produce) on the
+    // source's own buffer would be freed under the reader.
+    const bool bFormatMisfit =
+        (dwOptions & KaipOption_ReallocateDst) && dwDstPixelFormat != 0 && dwDstPixelFormat != dst.PixelFormat;
+    if ((bReallocate || bFormatMisfit) && RebuildFreesSource(pSrcImgInfo, pDstImgInfo))
+        return Refuse(KASTATUS_KAIP_INCOMPATIBLE_DST, "%s: the destination to rebuild holds the source's buffer",
+                      pszFunc);
     if (pbReallocate) *pbReallocate = bReallocate;
     return KASTATUS_OK;
+}
+
+bool RebuildFreesSource(const KaipImgInfo* pSrcImgInfo, const KaipImgInfo* pDstImgInfo)
+{
+    if (pDstImgInfo->Flags & KaipImgFlag_NoDeallocate) return false;
+    const uint8_t* const src[] = {pSrcImgInfo->pData, pSrcImgInfo->pDataR, pSrcImgInfo->pDataG, pSrcImgInfo->pDataB};
+    for (const uint8_t* d : {pDstImgInfo->pData, pDstImgInfo->pDataR, pDstImgInfo->pDataG, pDstImgInfo->pDataB})
+        for (const uint8_t* s : src)
+            if (d && d == s && oxOsBufferOwns(d)) return true;
+    return false;
 }
 
 KaipStatus ReallocateDst(const char* pszFunc, KaipImgInfo* pDstImgInfo, uint32_t dwWidth, uint32_t dwHeight,

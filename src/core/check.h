@@ -67,6 +67,10 @@ KaipStatus CheckImgInfos(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, co
 KaipStatus CheckSrcImgInfo(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, uint64_t qwClassMask,
                            uint64_t qwCheck);
 
+// True when a rebuild would free a buffer that the source reads: the destination holds one of
+// the source's buffers, allocated by the library, and does not carry KaipImgFlag_NoDeallocate.
+bool RebuildFreesSource(const KaipImgInfo* pSrcImgInfo, const KaipImgInfo* pDstImgInfo);
+
 // Rebuilds a destination that does not fit: refuses without KaipOption_ReallocateDst, frees
 // its buffers (unless KaipImgFlag_NoDeallocate), initialises it with the options word as
 // flags and allocates it. Options asking for colour planes are refused (100015): every function

@@ -1,4 +1,5 @@
 // bmp.cpp: Windows bitmap descriptors and uncompressed BMP files.
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 
@@ -92,9 +93,10 @@ KaipStatus BmpInfoToImgInfo(const tagBITMAPINFO* pBmpInfo, KaipImgInfo* pImgInfo
                       pszFunc, int(header.biCompression));
     const uint32_t dwFormat = BmpPixelFormat(header.biBitCount, header.biCompression);
     const uint32_t dwHeight = AbsHeight(header.biHeight);
-    // A descriptor whose buffer size wraps at 32 bits would be allocated too small.
+    // A descriptor whose line or buffer size wraps at 32 bits would be allocated too small (a line
+    // counts even when there are no lines, since the line increment itself must fit).
     if (header.biWidth < 0 ||
-        (dwFormat && BmpLineBytes(uint32_t(header.biWidth), header.biBitCount) * dwHeight > UINT32_MAX))
+        (dwFormat && BmpLineBytes(uint32_t(header.biWidth), header.biBitCount) * std::max(dwHeight, 1u) > UINT32_MAX))
         return Refuse(KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, "%s: pBmpHeader->biWidth=%d, biHeight=%d - unsupported",
                       pszFunc, int(header.biWidth), int(header.biHeight));
     pImgInfo->Width = uint32_t(header.biWidth);

@@ -33,9 +33,14 @@ KaipStatus CopyArea(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, in
                       pszFunc, iYOffset, iXOffset, iDstWidth, iDstHeight);
     const uint32_t w = uint32_t(x1 - x0), h = uint32_t(y1 - y0);
 
-    if (bReallocate || pDstImgInfo->Width != w || pDstImgInfo->Height != h)
+    if (bReallocate || pDstImgInfo->Width != w || pDstImgInfo->Height != h) {
+        // The rebuild would free the source's own buffer before the copy reads it.
+        if ((dwOptions & KaipOption_ReallocateDst) && RebuildFreesSource(pSrcImgInfo, pDstImgInfo))
+            return Refuse(KASTATUS_KAIP_INCOMPATIBLE_DST, "%s: the destination to rebuild holds the source's buffer",
+                          pszFunc);
         if (const KaipStatus status = ReallocateDst(pszFunc, pDstImgInfo, w, h, src.PixelFormat, dwOptions))
             return status;
+    }
 
     const size_t pixel = GetPixelIncrementFromPixelFormat(src.PixelFormat);
     if (pixel < 1 || pixel > 6 || pixel == 5) return KASTATUS_OK;

@@ -57,6 +57,14 @@ void* oxOsBufferCreateAligned(uint64_t dwSize, uint64_t dwAlignment, uint32_t /*
     return p;
 }
 
+bool oxOsBufferOwns(const void* pBuffer)
+{
+    if (!pBuffer) return false;
+    TRegistry& registry = Registry();
+    std::lock_guard<std::mutex> lock(registry.mutex);
+    return registry.blocks.count(const_cast<void*>(pBuffer)) != 0;
+}
+
 int oxOsBufferFree(void* pBuffer)
 {
     if (!pBuffer) return 1;

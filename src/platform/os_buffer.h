@@ -9,5 +9,7 @@ void* oxOsBufferCreateAligned(uint64_t dwSize, uint64_t dwAlignment, uint32_t dw
 // Frees a buffer of this allocator: 0 on success, non-zero (nothing freed) for null or a
 // pointer that this allocator did not hand out.
 int oxOsBufferFree(void* pBuffer);
+// True when pBuffer is a live buffer of this allocator (one that oxOsBufferFree would free).
+bool oxOsBufferOwns(const void* pBuffer);
 // Test hook: the next n allocations succeed, every later one fails, until reset with -1.
 void oxOsBufferFailAfter(int n);

@@ -1,0 +1,641 @@
+// hostile_test.cpp: every exported function through the public interface with hostile arguments:
+// null pointers, zero and huge sizes, short line increments, unknown formats, colour-plane
+// descriptors, missing or misfit destinations and overlapping images. Each case must return its
+// documented status, leave the source and the destination's bytes as they were (buffers end at
+// an unreadable page, so a stray access faults) and leak nothing.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "support/guarded.h"
+
+namespace {
+
+constexpr uint32_t kW = 8, kH = 6;
+constexpr uint32_t kUnknownFormat = 0x12345678u;
+constexpr uint8_t kSentinel = 0xA5;
+const int32_t kIdentity[9] = {0, 0, 0, 0, 1000, 0, 0, 0, 0};
+
+uint32_t Bytes(uint32_t format)
+{
+    KaipImgInfo probe{};
+    KaipInitImgInfo(&probe, 1, 1, format, 0);
+    return probe.PixelIncrement;
+}
+
+// The images of one case: a source of random pixels and a destination full of the sentinel, each
+// with its own planes for colour-planes cases, and copies to tell what was written.
+struct Images {
+    Images(uint32_t srcFormat, uint32_t dstFormat)
+        : src(kW, kH, srcFormat, kW * Bytes(srcFormat) + 3),
+          dst(kW, kH, dstFormat, kW * Bytes(dstFormat) + 5),
+          rot(kH, kW, srcFormat, kH * Bytes(srcFormat) + 1),
+          planes{GuardedBuffer(kH * src.info.LineIncrement), GuardedBuffer(kH * src.info.LineIncrement),
+                 GuardedBuffer(kH * src.info.LineIncrement)}
+    {
+        FillRandom(src.buffer.data(), src.buffer.size(), 7);
+        // The destinations' buffers belong to the test: a rebuild must not free them.
+        dst.info.Flags |= KaipImgFlag_NoDeallocate;
+        rot.info.Flags |= KaipImgFlag_NoDeallocate;
+        std::memset(dst.buffer.data(), kSentinel, dst.buffer.size());
+        std::memset(rot.buffer.data(), kSentinel, rot.buffer.size());
+        for (GuardedBuffer& plane : planes) FillRandom(plane.data(), plane.size(), 9);
+        srcBefore.assign(src.buffer.data(), src.buffer.data() + src.buffer.size());
+    }
+    // Turns the source into a colour-planes descriptor over the three planes.
+    void UsePlanes()
+    {
+        src.info.Flags |= KaipImgFlag_ColorPlanes;
+        src.info.pData = nullptr;
+        src.info.pDataR = planes[0].data();
+        src.info.pDataG = planes[1].data();
+        src.info.pDataB = planes[2].data();
+    }
+    bool Untouched() const
+    {
+        for (size_t i = 0; i < dst.buffer.size(); ++i)
+            if (dst.buffer.data()[i] != kSentinel) return false;
+        for (size_t i = 0; i < rot.buffer.size(); ++i)
+            if (rot.buffer.data()[i] != kSentinel) return false;
+        return std::memcmp(srcBefore.data(), src.buffer.data(), srcBefore.size()) == 0;
+    }
+
+    GuardedImage src, dst, rot;
+    GuardedBuffer planes[3];
+    std::vector<uint8_t> srcBefore;
+};
+
+// An image function under test: its formats and the call, given the (possibly hostile) source and
+// destination descriptors and the options word.
+struct ImageFunction {
+    const char* name;
+    uint32_t srcFormat;
+    uint32_t dstFormat;
+    bool dstRequired;
+    bool rotated;  // the destination is the quarter-turned one
+    std::function<KaipStatus(KaipImgInfo*, KaipImgInfo*, uint32_t)> call;
+};
+
+struct Case {
+    std::string name;
+    KaipStatus expected;
+    std::function<KaipStatus()> call;
+};
+
+void PrintTo(const Case& c, std::ostream* os) { *os << c.name; }
+struct FileKind;
+void PrintTo(const FileKind& kind, std::ostream* os);
+
+const std::string kTmp = testing::TempDir();
+
+const std::vector<ImageFunction>& ImageFunctions()
+{
+    static const std::vector<ImageFunction> functions = {
+        {"KaipConvertToPixelFormat", KaipPixelFormat_Mono8, KaipPixelFormat_BGR8Packed, true, false,
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipConvertToPixelFormat(s, d, KaipPixelFormat_BGR8Packed, o); }},
+        {"KaipBdShowMosaic", KaipPixelFormat_BayerRG8, KaipPixelFormat_BGR8Packed, true, false,
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipBdShowMosaic(s, d, KaipPixelFormat_BGR8Packed, o); }},
+        {"KaipBdGreenToGreyscale", KaipPixelFormat_BayerGB8, KaipPixelFormat_Mono8, true, false,
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipBdGreenToGreyscale(s, d, KaipPixelFormat_Mono8, o); }},
+        {"KaipBdNearestNeighbour", KaipPixelFormat_BayerGR8, KaipPixelFormat_RGB8Packed, true, false,
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
+             return KaipBdNearestNeighbour(s, d, KaipPixelFormat_RGB8Packed, o, nullptr);
+         }},
+        {"KaipBdBilinearInterpolation", KaipPixelFormat_BayerBG8, KaipPixelFormat_BGRA8Packed, true, false,
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
+             return KaipBdBilinearInterpolation(s, d, KaipPixelFormat_BGRA8Packed, o, KaipHLut(1));
+         }},
+        {"KaipMirror", KaipPixelFormat_BGR8Packed, KaipPixelFormat_BGR8Packed, false, false,
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipMirror(s, d, 1, 1, o, nullptr); }},
+        {"KaipReverseLines", KaipPixelFormat_Mono16, KaipPixelFormat_Mono16, false, false,
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipReverseLines(s, d, o); }},
+        {"KaipReverseLinesFast", KaipPixelFormat_Mono8, KaipPixelFormat_Mono8, false, false,
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipReverseLinesFast(s, d, nullptr, o); }},
+        {"KaipRotate90AndMirror", KaipPixelFormat_BGRA8Packed, KaipPixelFormat_BGRA8Packed, true, true,
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipRotate90AndMirror(s, d, 1, 0, 1, o, nullptr); }},
+        {"KaipDeinterlace", KaipPixelFormat_BGR565Packed, KaipPixelFormat_BGR565Packed, false, false,
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipDeinterlace(s, d, o); }},
+        {"KaipCopyArea", KaipPixelFormat_Mono8, KaipPixelFormat_Mono8, true, false,
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipCopyArea(s, d, 0, 0, kW, kH, o); }},
+        {"KaipApplyLut", KaipPixelFormat_RGB8Packed, KaipPixelFormat_RGB8Packed, false, false,
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipApplyLut(s, d, nullptr, o); }},
+        {"KaipApplyRgbColorCorrection", KaipPixelFormat_BGR8Packed, KaipPixelFormat_BGR8Packed, false, false,
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipApplyRgbColorCorrection(s, d, kIdentity, o, nullptr); }},
+        {"KaipApply3x3Convolution", KaipPixelFormat_Mono8, KaipPixelFormat_Mono8, true, false,
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipApply3x3Convolution(s, d, kIdentity, o, nullptr); }},
+        {"Kaip3x3ThresholdSharpening", KaipPixelFormat_Mono8, KaipPixelFormat_Mono8, true, false,
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return Kaip3x3ThresholdSharpening(s, d, kIdentity, 3, o, nullptr); }},
+        {"KaipApplyShadingCorrection", KaipPixelFormat_Mono8, KaipPixelFormat_Mono8, false, false,
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
+             // The source is its own black and white reference (it outlives the call).
+             return KaipApplyShadingCorrection(s, s, s, d, o);
+         }},
+    };
+    return functions;
+}
+
+// The source-only functions: the call given the hostile source.
+struct SourceFunction {
+    const char* name;
+    uint32_t format;
+    std::function<KaipStatus(KaipImgInfo*)> call;
+    KaipStatus unknownFormat = KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT;
+    KaipStatus planes = KASTATUS_KAIP_NOT_SUPPORTED;  // the savers refuse colour planes themselves
+};
+
+const std::vector<SourceFunction>& SourceFunctions()
+{
+    static const std::vector<SourceFunction> functions = {
+        {"KaipCalcWbFactors", KaipPixelFormat_BGR8Packed,
+         [](KaipImgInfo* s) {
+             uint32_t r = 1000, g = 1000, b = 1000;
+             return KaipCalcWbFactors(s, &r, &g, &b, 0);
+         },
+         KASTATUS_KAIP_NOT_BAYER_PIXEL_FORMAT, KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED},
+        {"KaipSaveToBmp", KaipPixelFormat_BGR8Packed,
+         [](KaipImgInfo* s) { return KaipSaveToBmp((kTmp + "hostile.bmp").c_str(), s, 0); }},
+        {"KaipSaveToTiff", KaipPixelFormat_Mono12,
+         [](KaipImgInfo* s) { return KaipSaveToTiff((kTmp + "hostile.tif").c_str(), s, 0); }},
+        {"KaipSaveToJpeg", KaipPixelFormat_RGB8Packed,
+         [](KaipImgInfo* s) { return KaipSaveToJpeg((kTmp + "hostile.jpg").c_str(), s, 80); }},
+    };
+    return functions;
+}
+
+// The hostile variants every image function meets, with the status the common checks give.
+// Bayer decoders look at the format first, so their unknown and zero formats are not Bayer.
+void AddImageCases(std::vector<Case>& cases)
+{
+    for (const ImageFunction& f : ImageFunctions()) {
+        const bool bayer = std::strncmp(f.name, "KaipBd", 6) == 0;
+        const KaipStatus unknownFormat =
+            bayer ? KASTATUS_KAIP_NOT_BAYER_PIXEL_FORMAT : KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT;
+        auto add = [&](const std::string& what, KaipStatus expected, std::function<void(Images&)> spoil,
+                       bool withDst = true, uint32_t options = 0) {
+            cases.push_back({std::string(f.name) + "_" + what, expected, [f, spoil, withDst, options] {
+                                 Images images(f.srcFormat, f.dstFormat);
+                                 spoil(images);
+                                 KaipImgInfo* dst = withDst ? (f.rotated ? &images.rot.info : &images.dst.info) : nullptr;
+                                 const KaipStatus status = f.call(&images.src.info, dst, options);
+                                 if (!images.Untouched()) ADD_FAILURE() << "bytes changed";
+                                 return status;
+                             }});
+        };
+        cases.push_back({std::string(f.name) + "_NullSource", KASTATUS_KAIP_INVALID_SRC_POINTER, [f] {
+                             Images images(f.srcFormat, f.dstFormat);
+                             return f.call(nullptr, &images.dst.info, 0);
+                         }});
+        add("ZeroWidth", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED, [](Images& i) { i.src.info.Width = 0; });
+        add("ZeroHeight", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED, [](Images& i) { i.src.info.Height = 0; });
+        add("ZeroLineIncrement", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED, [](Images& i) { i.src.info.LineIncrement = 0; });
+        add("ZeroFormat", bayer ? unknownFormat : KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED,
+            [](Images& i) { i.src.info.PixelFormat = 0; });
+        add("UnknownFormat", unknownFormat, [](Images& i) { i.src.info.PixelFormat = kUnknownFormat; });
+        add("NullData", KASTATUS_KAIP_SRC_NOT_ALLOCATED, [](Images& i) { i.src.info.pData = nullptr; });
+        // The Bayer decoders read a mosaic through pData whatever the flags say.
+        add("ColourPlanes", bayer ? KASTATUS_KAIP_SRC_NOT_ALLOCATED : KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED,
+            [](Images& i) { i.UsePlanes(); });
+        add("ColourPlanesMissing", KASTATUS_KAIP_SRC_NOT_ALLOCATED, [](Images& i) {
+            i.UsePlanes();
+            i.src.info.pDataB = nullptr;
+        });
+        if (f.dstRequired)
+            add("NullDestination", KASTATUS_KAIP_INVALID_DST_POINTER, [](Images&) {}, false);
+        add("DestinationNoData", KASTATUS_KAIP_DST_NOT_ALLOCATED,
+            [](Images& i) { i.dst.info.pData = i.rot.info.pData = nullptr; });
+        // The area copy measures the clipped rectangle itself.
+        const bool area = std::strcmp(f.name, "KaipCopyArea") == 0;
+        add("DestinationOtherSize",
+            f.rotated ? KASTATUS_KAIP_INCOMPATIBLE_ROTATED_SIZE
+                      : area ? KASTATUS_KAIP_INCOMPATIBLE_DST : KASTATUS_KAIP_INCOMPATIBLE_SIZE,
+            [](Images& i) {
+                i.dst.info.Height -= 1;
+                i.rot.info.Width -= 1;
+            });
+        // Huge sizes with the rebuild allowed: the destination's line or buffer would not fit in
+        // 32 bits, so the rebuild fails before a pixel is read (the source holds six short lines).
+        // The area copy clips the rectangle to the source first and needs no rebuild; the shading
+        // correction measures its references (here the source) before it rebuilds.
+        const bool lineWraps = !f.rotated && uint64_t(Bytes(f.dstFormat)) * 0x80000000u > UINT32_MAX;
+        if (!area && std::strcmp(f.name, "KaipApplyShadingCorrection") != 0)
+            add("HugeSizeRebuilt", lineWraps ? KASTATUS_KAIP_NOT_SUPPORTED : KASTATUS_KAIP_MEMORY_ALLOC_FAILED,
+                [](Images& i) {
+                    i.src.info.Width = 0x80000000u;
+                    i.src.info.Height = 0x10000u;
+                },
+                true, KaipOption_ReallocateDst);
+        // The source as its own destination: where the call would rebuild the destination (a
+        // format or shape of its own) the rebuild would free the source under the reader, so it is
+        // refused; elsewhere the call works on the one buffer.
+        const bool rebuilds = f.rotated || f.srcFormat != f.dstFormat;
+        cases.push_back({std::string(f.name) + "_SourceAsDestination", rebuilds ? KASTATUS_KAIP_INCOMPATIBLE_DST : 0, [f] {
+                             KaipImgInfo img{};
+                             KaipInitImgInfo(&img, kW, kH, f.srcFormat, 0);
+                             KaipAllocateImageData(&img);
+                             FillRandom(img.pData, KaipGetImageDataSize(&img), 3);
+                             const KaipImgInfo before = img;
+                             const KaipStatus status = f.call(&img, &img, KaipOption_ReallocateDst);
+                             if (status != 0 && std::memcmp(&before, &img, sizeof img) != 0)
+                                 ADD_FAILURE() << "descriptor changed";
+                             KaipDeallocateImageData(&img);
+                             return status;
+                         }});
+    }
+}
+
+void AddSourceCases(std::vector<Case>& cases)
+{
+    for (const SourceFunction& f : SourceFunctions()) {
+        auto add = [&](const std::string& what, KaipStatus expected, std::function<void(Images&)> spoil) {
+            cases.push_back({std::string(f.name) + "_" + what, expected, [f, spoil] {
+                                 Images images(f.format, f.format);
+                                 spoil(images);
+                                 const KaipStatus status = f.call(&images.src.info);
+                                 if (!images.Untouched()) ADD_FAILURE() << "bytes changed";
+                                 return status;
+                             }});
+        };
+        cases.push_back({std::string(f.name) + "_NullSource", KASTATUS_KAIP_INVALID_SRC_POINTER, [f] { return f.call(nullptr); }});
+        add("ZeroWidth", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED, [](Images& i) { i.src.info.Width = 0; });
+        add("ZeroHeight", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED, [](Images& i) { i.src.info.Height = 0; });
+        add("ZeroLineIncrement", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED, [](Images& i) { i.src.info.LineIncrement = 0; });
+        add("UnknownFormat", f.unknownFormat, [](Images& i) { i.src.info.PixelFormat = kUnknownFormat; });
+        add("NullData", KASTATUS_KAIP_SRC_NOT_ALLOCATED, [](Images& i) { i.src.info.pData = nullptr; });
+        add("ColourPlanes", f.planes, [](Images& i) { i.UsePlanes(); });
+    }
+}
+
+// A bitmap header of a small 24-bit top-down image, to be spoiled.
+tagBITMAPINFO GoodBitmapHeader()
+{
+    tagBITMAPINFO bmi{};
+    bmi.bmiHeader.biSize = 40;
+    bmi.bmiHeader.biWidth = 5;
+    bmi.bmiHeader.biHeight = -3;
+    bmi.bmiHeader.biPlanes = 1;
+    bmi.bmiHeader.biBitCount = 24;
+    return bmi;
+}
+
+// Every other argument that can be hostile: null pointers, impossible sizes, unknown selectors,
+// LUT handles of the wrong kind, files that are not there or not files.
+void AddArgumentCases(std::vector<Case>& cases)
+{
+    auto add = [&](const std::string& name, KaipStatus expected, std::function<KaipStatus()> call) {
+        cases.push_back({name, expected, std::move(call)});
+    };
+    add("KaipInitImgInfo_Null", KASTATUS_KAIP_INVALID_POINTER,
+        [] { return KaipInitImgInfo(nullptr, kW, kH, KaipPixelFormat_Mono8, 0); });
+    add("KaipInitImgInfo_UnknownFormat", KASTATUS_KAIP_INVALID_PIXEL_FORMAT, [] {
+        KaipImgInfo img{};
+        return KaipInitImgInfo(&img, kW, kH, kUnknownFormat, 0);
+    });
+    add("KaipInitImgInfo_LineBeyond32Bits", KASTATUS_KAIP_NOT_SUPPORTED, [] {
+        KaipImgInfo img{};
+        return KaipInitImgInfo(&img, 0x40000000u, 1, KaipPixelFormat_BGRA8Packed, KaipImgFlag_Align16);
+    });
+    add("KaipAllocateImageData_Null", KASTATUS_KAIP_INVALID_POINTER, [] { return KaipAllocateImageData(nullptr); });
+    add("KaipAllocateImageData_NotInitialised", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED, [] {
+        KaipImgInfo img{};
+        return KaipAllocateImageData(&img);
+    });
+    add("KaipAllocateImageData_SizeBeyond32Bits", KASTATUS_KAIP_MEMORY_ALLOC_FAILED, [] {
+        KaipImgInfo img{};
+        KaipInitImgInfo(&img, 0x10000u, 0x10001u, KaipPixelFormat_Mono8, 0);
+        const KaipStatus status = KaipAllocateImageData(&img);
+        return img.pData ? 0 : status;
+    });
+    add("KaipAllocateImageData_PlanesBeyond32Bits", KASTATUS_KAIP_MEMORY_ALLOC_FAILED, [] {
+        KaipImgInfo img{};
+        KaipInitImgInfo(&img, 0x10000u, 0x10001u, KaipPixelFormat_Mono8, KaipImgFlag_ColorPlanes);
+        const KaipStatus status = KaipAllocateImageData(&img);
+        return img.pDataR || img.pDataG || img.pDataB ? 0 : status;
+    });
+    add("KaipDeallocateImageData_Null", KASTATUS_KAIP_INVALID_POINTER, [] { return KaipDeallocateImageData(nullptr); });
+    add("KaipDeallocateImageData_NotOwned", 0, [] {
+        uint8_t byte = 0;
+        KaipImgInfo img{};
+        img.pData = &byte;
+        img.Flags = KaipImgFlag_NoDeallocate;
+        const KaipStatus status = KaipDeallocateImageData(&img);
+        return img.pData == &byte ? status : -1;
+    });
+    add("KaipGetImageDataSize_Null", 0, [] { return KaipStatus(KaipGetImageDataSize(nullptr)); });
+    add("KaipCanConvertToPixelFormat_Unknown", 0,
+        [] { return KaipStatus(KaipCanConvertToPixelFormat(kUnknownFormat, KaipPixelFormat_Mono8)); });
+    add("KaipConvertToPixelFormat_ShortDestinationLine", KASTATUS_KAIP_INCOMPATIBLE_SIZE, [] {
+        Images images(KaipPixelFormat_Mono8, KaipPixelFormat_BGR8Packed);
+        images.dst.info.LineIncrement = kW * 3 - 1;
+        const KaipStatus status = KaipConvertToPixelFormat(&images.src.info, &images.dst.info, KaipPixelFormat_BGR8Packed, 0);
+        return images.Untouched() ? status : -1;
+    });
+    add("KaipConvertToPixelFormat_UnknownTarget", KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT, [] {
+        Images images(KaipPixelFormat_Mono8, KaipPixelFormat_BGR8Packed);
+        return KaipConvertToPixelFormat(&images.src.info, &images.dst.info, kUnknownFormat, KaipOption_ReallocateDst);
+    });
+    add("KaipConvertToPixelFormat_RebuildAsPlanes", KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED, [] {
+        Images images(KaipPixelFormat_Mono8, KaipPixelFormat_BGR8Packed);
+        KaipImgInfo dst{};
+        return KaipConvertToPixelFormat(&images.src.info, &dst, KaipPixelFormat_BGR8Packed,
+                                        KaipOption_ReallocateDst | KaipImgFlag_ColorPlanes);
+    });
+    add("KaipBdEncodeToBayer_ColourSource", KASTATUS_KAIP_NOT_BAYER_PIXEL_FORMAT, [] {
+        Images images(KaipPixelFormat_BGR8Packed, KaipPixelFormat_BayerRG8);
+        const KaipStatus status = KaipBdEncodeToBayer(&images.src.info, &images.dst.info, KaipPixelFormat_BayerRG8, 0);
+        return images.Untouched() ? status : -1;
+    });
+    add("KaipBdBilinearInterpolation_OnePixelWide", KASTATUS_KAIP_NOT_SUPPORTED, [] {
+        Images images(KaipPixelFormat_BayerRG8, KaipPixelFormat_BGR8Packed);
+        images.src.info.Width = images.dst.info.Width = 1;
+        return KaipBdBilinearInterpolation(&images.src.info, &images.dst.info, KaipPixelFormat_BGR8Packed, 0, nullptr);
+    });
+    add("KaipBdNearestNeighbour_LutOfOtherDepth", KASTATUS_KAIP_INVALID_LUT_TYPE, [] {
+        Images images(KaipPixelFormat_BayerRG8, KaipPixelFormat_BGR8Packed);
+        KaipHLut h = KaipAllocateLut(KAIP_LUT_12BIT | KAIP_LUT_BAYER);
+        const KaipStatus status =
+            KaipBdNearestNeighbour(&images.src.info, &images.dst.info, KaipPixelFormat_BGR8Packed, 0, h);
+        KaipFreeLut(h);
+        return images.Untouched() ? status : -1;
+    });
+    add("KaipCalcWbFactors_NullOutputs", 0, [] {
+        Images images(KaipPixelFormat_BGR8Packed, KaipPixelFormat_BGR8Packed);
+        return KaipCalcWbFactors(&images.src.info, nullptr, nullptr, nullptr, KaipWbOption_Refine);
+    });
+    add("KaipAllocateLut_UnknownDepth", 0, [] { return KaipStatus(KaipAllocateLut(7) != nullptr); });
+    add("KaipFreeLut_Null", KASTATUS_KAIP_INVALID_LUT_HANDLE, [] { return KaipFreeLut(nullptr); });
+    add("KaipFreeLut_Global", KASTATUS_KAIP_INVALID_LUT_HANDLE, [] { return KaipFreeLut(KaipHLut(1)); });
+    add("KaipSet10BitLut_On8BitObject", KASTATUS_KAIP_INVALID_LUT_TYPE, [] {
+        KaipHLut h = KaipAllocateLut(KAIP_LUT_8BIT);
+        std::vector<uint16_t> table(1024, 7);
+        const KaipStatus status = KaipSet10BitLut(h, table.data(), table.data(), table.data());
+        KaipFreeLut(h);
+        return status;
+    });
+    add("KaipGet12BitLut_NullTables", 0, [] { return KaipGet12BitLut(nullptr, nullptr, nullptr, nullptr); });
+    add("KaipSet8BitLutValue_IndexBeyondTable", 0, [] {
+        KaipHLut h = KaipAllocateLut(KAIP_LUT_ALL_DEPTHS);
+        KaipStatus status = KaipSet8BitLutValue(h, KAIP_LUT_CHANNEL_RED, 0xFFFFFFFFu, 9);
+        status |= KaipSet10BitLutValue(h, KAIP_LUT_CHANNEL_GREEN, 1024, 9);
+        status |= KaipSet12BitLutValue(h, KAIP_LUT_CHANNEL_BLUE, 4096, 9);
+        KaipFreeLut(h);
+        return status;
+    });
+    add("KaipSet12BitLutValue_UnknownChannel", 0,
+        [] { return KaipSet12BitLutValue(KaipHLut(1), 0x12345678u, 5, 9); });
+    add("KaipGet10BitLutValue_NullValue", 0,
+        [] { return KaipGet10BitLutValue(KaipHLut(1), KAIP_LUT_CHANNEL_MONO, 5, nullptr); });
+    add("KaipApplyLut_LutOfOtherDepth", KASTATUS_KAIP_INVALID_LUT_TYPE, [] {
+        Images images(KaipPixelFormat_Mono8, KaipPixelFormat_Mono8);
+        KaipHLut h = KaipAllocateLut(KAIP_LUT_10BIT);
+        const KaipStatus status = KaipApplyLut(&images.src.info, &images.dst.info, h, 0);
+        KaipFreeLut(h);
+        return images.Untouched() ? status : -1;
+    });
+    add("KaipApplyRgbColorCorrection_NullMatrix", KASTATUS_KAIP_INVALID_POINTER, [] {
+        Images images(KaipPixelFormat_BGR8Packed, KaipPixelFormat_BGR8Packed);
+        return KaipApplyRgbColorCorrection(&images.src.info, &images.dst.info, nullptr, 0, nullptr);
+    });
+    add("KaipApply3x3Convolution_NullMatrix", KASTATUS_KAIP_INVALID_POINTER, [] {
+        Images images(KaipPixelFormat_Mono8, KaipPixelFormat_Mono8);
+        return KaipApply3x3Convolution(&images.src.info, &images.dst.info, nullptr, 0, nullptr);
+    });
+    add("Kaip3x3ThresholdSharpening_NullMatrix", KASTATUS_KAIP_INVALID_POINTER, [] {
+        Images images(KaipPixelFormat_Mono8, KaipPixelFormat_Mono8);
+        return Kaip3x3ThresholdSharpening(&images.src.info, &images.dst.info, nullptr, 0, 0, nullptr);
+    });
+    add("KaipApplyShadingCorrection_NullReference", KASTATUS_KAIP_INVALID_POINTER, [] {
+        Images images(KaipPixelFormat_Mono8, KaipPixelFormat_Mono8);
+        return KaipApplyShadingCorrection(&images.src.info, nullptr, &images.src.info, &images.dst.info, 0);
+    });
+    add("KaipApplyShadingCorrection_ReferenceOtherSize", KASTATUS_KAIP_IMGINFOS_NOT_EQUAL, [] {
+        Images images(KaipPixelFormat_Mono8, KaipPixelFormat_Mono8);
+        KaipImgInfo white = images.src.info;
+        white.Height -= 1;
+        return KaipApplyShadingCorrection(&images.src.info, &images.src.info, &white, &images.dst.info, 0);
+    });
+    add("KaipSetSaturationMatrix_Null", KASTATUS_KAIP_INVALID_POINTER, [] { return KaipSetSaturationMatrix(100, nullptr); });
+    add("KaipSet3x3MatrixSharpening_Null", KASTATUS_KAIP_INVALID_POINTER,
+        [] { return KaipSet3x3MatrixSharpening(50, nullptr, 0); });
+    add("KaipCopyArea_OutsideSource", KASTATUS_KAIP_DST_RECT_OUTSIDE_SRC, [] {
+        Images images(KaipPixelFormat_Mono8, KaipPixelFormat_Mono8);
+        return KaipCopyArea(&images.src.info, &images.dst.info, INT32_MIN, INT32_MAX, INT32_MAX, INT32_MAX, 0);
+    });
+    add("KaipDeinterlace_LongLineInPlace", KASTATUS_KAIP_LINE_INCREMENT_TOO_BIG, [] {
+        GuardedImage img(1, 2, KaipPixelFormat_Mono8, KaipDeinterlace_MaxLineIncrement + 1);
+        return KaipDeinterlace(&img.info, nullptr, 0);
+    });
+    add("KaipBmpInfoToImgInfo_NullHeader", KASTATUS_KAIP_INVALID_POINTER, [] {
+        KaipImgInfo img{};
+        return KaipBmpInfoToImgInfo(nullptr, &img);
+    });
+    add("KaipBmpInfoToImgInfo_NullDescriptor", KASTATUS_KAIP_INVALID_POINTER, [] {
+        const tagBITMAPINFO bmi = GoodBitmapHeader();
+        return KaipBmpInfoToImgInfo(&bmi, nullptr);
+    });
+    add("KaipBmpInfoToImgInfo_HeaderSize", KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, [] {
+        tagBITMAPINFO bmi = GoodBitmapHeader();
+        bmi.bmiHeader.biSize = 124;
+        KaipImgInfo img{};
+        return KaipBmpInfoToImgInfo(&bmi, &img);
+    });
+    add("KaipBmpInfoToImgInfo_LowestHeight", KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, [] {
+        tagBITMAPINFO bmi = GoodBitmapHeader();
+        bmi.bmiHeader.biHeight = INT32_MIN;
+        KaipImgInfo img{};
+        return KaipBmpInfoToImgInfo(&bmi, &img);
+    });
+    add("KaipBmpInfoToImgInfo_WrappingLine", KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, [] {
+        tagBITMAPINFO bmi = GoodBitmapHeader();
+        bmi.bmiHeader.biWidth = INT32_MAX;
+        bmi.bmiHeader.biHeight = 0;
+        bmi.bmiHeader.biBitCount = 32;
+        KaipImgInfo img{};
+        return KaipBmpInfoToImgInfo(&bmi, &img);
+    });
+    add("KaipBmpInfoToImgInfo_BitCount", KASTATUS_KAIP_INVALID_PIXEL_FORMAT, [] {
+        tagBITMAPINFO bmi = GoodBitmapHeader();
+        bmi.bmiHeader.biBitCount = 1;
+        KaipImgInfo img{};
+        return KaipBmpInfoToImgInfo(&bmi, &img);
+    });
+    add("KaipImgInfoToBmpInfo_NullDescriptor", KASTATUS_KAIP_INVALID_POINTER, [] {
+        tagBITMAPINFO bmi{};
+        return KaipImgInfoToBmpInfo(nullptr, &bmi);
+    });
+    add("KaipImgInfoToBmpInfo_NullHeader", KASTATUS_KAIP_INVALID_POINTER, [] {
+        Images images(KaipPixelFormat_Mono8, KaipPixelFormat_Mono8);
+        return KaipImgInfoToBmpInfo(&images.src.info, nullptr);
+    });
+    add("KaipImgInfoToBmpInfo_HugeHeight", KASTATUS_KAIP_INCOMPATIBLE_SIZE, [] {
+        KaipImgInfo img{};
+        KaipInitImgInfo(&img, 4, 0x80000000u, KaipPixelFormat_Mono8, 0);
+        tagBITMAPINFO bmi{};
+        return KaipImgInfoToBmpInfo(&img, &bmi);
+    });
+    // Files: names that are null, missing, folders or devices, and saves that cannot be made.
+    using Loader = std::function<KaipStatus(const char*, KaipImgInfo*)>;
+    const std::pair<const char*, Loader> loaders[] = {
+        {"KaipLoadFromBmp", [](const char* n, KaipImgInfo* i) { return KaipLoadFromBmp(n, i, 0); }},
+        {"KaipLoadFromTiff", [](const char* n, KaipImgInfo* i) { return KaipLoadFromTiff(n, i); }},
+        {"KaipLoadFromJpeg",
+         [](const char* n, KaipImgInfo* i) { return KaipLoadFromJpeg(n, i, KaipOption_ReallocateDst); }},
+    };
+    for (const auto& [name, load] : loaders) {
+        Loader f = load;
+        add(std::string(name) + "_NullDescriptor", KASTATUS_KAIP_INVALID_DST_POINTER, [f] { return f("/dev/null", nullptr); });
+        for (const auto& [what, path] : {std::pair<const char*, const char*>{"NullName", nullptr},
+                                         {"Missing", "/nonexistent/kaip.img"},
+                                         {"Folder", "/"},
+                                         {"Device", "/dev/zero"},
+                                         {"Empty", "/dev/null"}})
+            add(std::string(name) + "_" + what, KASTATUS_KAIP_CANNOT_OPEN_READ_FILE, [f, path = path] {
+                KaipImgInfo img{};
+                const KaipStatus status = f(path, &img);
+                return img.pData ? -1 : status;
+            });
+    }
+    using Saver = std::function<KaipStatus(const char*)>;
+    const std::pair<const char*, Saver> savers[] = {
+        {"KaipSaveToBmp", [](const char* n) {
+             Images images(KaipPixelFormat_BGR8Packed, KaipPixelFormat_BGR8Packed);
+             return KaipSaveToBmp(n, &images.src.info, 0);
+         }},
+        {"KaipSaveToTiff", [](const char* n) {
+             Images images(KaipPixelFormat_Mono16, KaipPixelFormat_Mono16);
+             return KaipSaveToTiff(n, &images.src.info, KaipTiffOption_Scale16);
+         }},
+        {"KaipSaveToJpeg", [](const char* n) {
+             Images images(KaipPixelFormat_Mono8, KaipPixelFormat_Mono8);
+             return KaipSaveToJpeg(n, &images.src.info, 1000);
+         }},
+    };
+    for (const auto& [name, save] : savers) {
+        Saver f = save;
+        add(std::string(name) + "_NullName", KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE, [f] { return f(nullptr); });
+        add(std::string(name) + "_MissingFolder", KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE,
+            [f] { return f("/nonexistent/kaip.img"); });
+        add(std::string(name) + "_Folder", KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE, [f] { return f("/"); });
+        // A device is written in place; libjpeg reports the failed write itself.
+        const bool jpeg = std::strcmp(name, "KaipSaveToJpeg") == 0;
+        add(std::string(name) + "_FullDevice",
+            jpeg ? KASTATUS_KAIP_JPEG_SAVE_FAILED : KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE, [f] { return f("/dev/full"); });
+    }
+}
+
+std::vector<Case> AllCases()
+{
+    std::vector<Case> cases;
+    AddImageCases(cases);
+    AddSourceCases(cases);
+    AddArgumentCases(cases);
+    return cases;
+}
+
+class Hostile : public testing::TestWithParam<Case> {};
+
+TEST_P(Hostile, ReturnsItsStatusAndTouchesNothing)
+{
+    EXPECT_EQ(GetParam().call(), GetParam().expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Hostile, testing::ValuesIn(AllCases()),
+                         [](const testing::TestParamInfo<Case>& info) { return info.param.name; });
+
+}  // namespace
+
+namespace {
+
+// Every loader meets every truncation of a small valid file (each must be refused) and each of its
+// header bytes set to 0x00 and to 0xFF (each must give a status); whatever was allocated is
+// released, so that LeakSanitizer sees every failure path of the loaders.
+struct FileKind {
+    const char* name;
+    uint32_t format;
+    std::function<KaipStatus(const char*, const KaipImgInfo*)> save;
+    std::function<KaipStatus(const char*, KaipImgInfo*)> load;
+};
+
+std::vector<uint8_t> ReadAll(const std::string& path)
+{
+    std::vector<uint8_t> bytes;
+    if (FILE* f = std::fopen(path.c_str(), "rb")) {
+        for (int c; (c = std::fgetc(f)) != EOF;) bytes.push_back(uint8_t(c));
+        std::fclose(f);
+    }
+    return bytes;
+}
+
+void WriteAll(const std::string& path, const uint8_t* p, size_t n)
+{
+    FILE* f = std::fopen(path.c_str(), "wb");
+    ASSERT_NE(f, nullptr);
+    if (n) ASSERT_EQ(std::fwrite(p, 1, n, f), n);
+    std::fclose(f);
+}
+
+KaipStatus LoadAndRelease(const FileKind& kind, const std::string& path)
+{
+    KaipImgInfo img{};
+    img.PixelFormat = KaipPixelFormat_RGB8Packed;  // how a colour TIFF is delivered
+    const KaipStatus status = kind.load(path.c_str(), &img);
+    KaipDeallocateImageData(&img);
+    return status;
+}
+
+void PrintTo(const FileKind& kind, std::ostream* os) { *os << kind.name; }
+
+class HostileFile : public testing::TestWithParam<FileKind> {};
+
+TEST_P(HostileFile, EveryTruncationIsRefusedAndEveryCorruptionGivesAStatus)
+{
+    const FileKind& kind = GetParam();
+    KaipImgInfo img{};
+    ASSERT_EQ(KaipInitImgInfo(&img, 7, 5, kind.format, KaipImgFlag_Align4), 0);
+    ASSERT_EQ(KaipAllocateImageData(&img), 0);
+    FillRandom(img.pData, KaipGetImageDataSize(&img), 5);
+    const std::string good = kTmp + "hostile_good_" + kind.name, bad = kTmp + "hostile_bad_" + kind.name;
+    ASSERT_EQ(kind.save(good.c_str(), &img), 0);
+    KaipDeallocateImageData(&img);
+    const std::vector<uint8_t> bytes = ReadAll(good);
+    ASSERT_FALSE(bytes.empty());
+    ASSERT_EQ(LoadAndRelease(kind, good), 0);
+
+    for (size_t n = 0; n < bytes.size(); ++n) {
+        WriteAll(bad, bytes.data(), n);
+        EXPECT_NE(LoadAndRelease(kind, bad), 0) << kind.name << " truncated to " << n << " bytes";
+    }
+    // Every header byte, then every 16th byte of the data.
+    for (size_t i = 0; i < bytes.size(); i += i < 160 ? 1 : 16)
+        for (uint8_t value : {uint8_t(0x00), uint8_t(0xFF)}) {
+            std::vector<uint8_t> spoilt = bytes;
+            spoilt[i] = value;
+            WriteAll(bad, spoilt.data(), spoilt.size());
+            const KaipStatus status = LoadAndRelease(kind, bad);
+            EXPECT_TRUE(status == 0 || (status >= KASTATUS_KAIP_INVALID_POINTER && status <= KASTATUS_KAIP_JPEG_LOAD_FAILED))
+                << kind.name << " byte " << i << " = " << int(value) << ": " << status;
+        }
+    std::remove(good.c_str());
+    std::remove(bad.c_str());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Loaders, HostileFile,
+    testing::Values(
+        FileKind{"Bmp", KaipPixelFormat_BGR8Packed,
+                 [](const char* n, const KaipImgInfo* i) { return KaipSaveToBmp(n, i, KaipBmpOption_BottomUpFile); },
+                 [](const char* n, KaipImgInfo* i) { return KaipLoadFromBmp(n, i, 0); }},
+        FileKind{"Tiff", KaipPixelFormat_Mono12, [](const char* n, const KaipImgInfo* i) { return KaipSaveToTiff(n, i, 0); },
+                 [](const char* n, KaipImgInfo* i) { return KaipLoadFromTiff(n, i); }},
+        FileKind{"TiffColour", KaipPixelFormat_RGB8Packed,
+                 [](const char* n, const KaipImgInfo* i) { return KaipSaveToTiff(n, i, 0); },
+                 [](const char* n, KaipImgInfo* i) { return KaipLoadFromTiff(n, i); }},
+        FileKind{"Jpeg", KaipPixelFormat_RGB8Packed,
+                 [](const char* n, const KaipImgInfo* i) { return KaipSaveToJpeg(n, i, 90); },
+                 [](const char* n, KaipImgInfo* i) { return KaipLoadFromJpeg(n, i, KaipOption_ReallocateDst); }}),
+    [](const testing::TestParamInfo<FileKind>& info) { return std::string(info.param.name); });
+
+}  // namespace
