@@ -39,7 +39,7 @@ void CLog::Fatal(const char* pszFormat, ...)
 // The logger comes first among the load-time objects: the configuration reader logs through it.
 ka::CLog Log __attribute__((init_priority(101)))("ImgProc", nullptr);
 
-char g_szErrorMessage[2048];
+thread_local char g_szErrorMessage[2048];
 
 KaipStatus Refuse(KaipStatus status, const char* pszFormat, ...)
 {

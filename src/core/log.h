@@ -27,8 +27,9 @@ private:
 
 extern ka::CLog Log;
 
-// Last message of the JPEG library, left by its error handler.
-extern char g_szErrorMessage[2048];
+// Last message of the JPEG library, left by its error handler; one per thread, so that calls on
+// several threads at once neither race for it nor read each other's message.
+extern thread_local char g_szErrorMessage[2048];
 
 // Logs one refusal at debug level and returns its status unchanged:
 //   return Refuse(KASTATUS_KAIP_INVALID_POINTER, "%s: pImgInfo is NULL!", pszFunc);
