@@ -1,5 +1,6 @@
 // pixel_grouping.cpp: patterned pixel grouping (Chuan-kai Lin): green by gradient-weighted estimates, then red and blue by hue transit.
 #include <cstdlib>
+#include <cstring>
 
 #include "bayer/bayer.h"
 #include "bayer/decoder_window.h"
@@ -7,12 +8,6 @@
 #include "platform/os_buffer.h"
 
 namespace {
-
-// Lines of the green plane: the source's green sites as they are, estimates at red and blue.
-struct TGreenLines {
-    const uint16_t* pLine[3];  // lines y-1, y, y+1
-    int32_t At(int dy, uint32_t x) const { return pLine[1 + dy][x]; }
-};
 
 // Weights of the green estimates: 4096 / (1 + gradient), the gradient in 8-bit steps.
 struct TGradientWeights {
@@ -33,7 +28,7 @@ struct TGroupingGreen {
     static constexpr unsigned kBits = Bits;
     struct TLine {
         TWindow5<Bits> s;
-        uint16_t* pGreen;
+        int32_t* pGreen;
     };
 
     static int32_t Weight(int32_t gradient) { return g_GradientWeights.w[gradient >> (Bits - 8)]; }
@@ -44,7 +39,7 @@ struct TGroupingGreen {
         const TWindow5<Bits>& s = l.s;
         const int32_t c = s.At(0, x);
         if constexpr (Site == kSiteGreenR || Site == kSiteGreenB) {
-            l.pGreen[x] = uint16_t(c);
+            l.pGreen[x] = c;
         } else {
             const int32_t n = s.At(-1, x), so = s.At(1, x), w = s.At(0, x - 1), e = s.At(0, x + 1);
             const int32_t n2 = s.At(-2, x), s2 = s.At(2, x), w2 = s.At(0, x - 2), e2 = s.At(0, x + 2);
@@ -56,7 +51,7 @@ struct TGroupingGreen {
                                 ws * (3 * so + n + c - s2);
             const int32_t weights4 = 4 * (wn + we + ww + ws);
             const int32_t num = std::min(std::max(sum, 0), weights4 * int32_t(TDepth<Bits>::kMask1));
-            l.pGreen[x] = uint16_t(uint32_t(num + weights4 / 2) / uint32_t(weights4));
+            l.pGreen[x] = int32_t(uint32_t(num + weights4 / 2) / uint32_t(weights4));
         }
     }
 };
@@ -72,34 +67,102 @@ struct TBilinearGreen {
     {
         const TWindow5<Bits>& s = l.s;
         const bool bGreen = Site == kSiteGreenR || Site == kSiteGreenB;
-        l.pGreen[x] = uint16_t(bGreen ? s.At(0, x)
+        l.pGreen[x] = int32_t(bGreen ? s.At(0, x)
                                       : (s.At(-1, x) + s.At(1, x) + s.At(0, x - 1) + s.At(0, x + 1)) >> 2);
     }
 };
 
 // Value v2 at the place of l2 between (l1, v1) and (l3, v3): where l2 lies strictly between
 // l1 and l3 the values are interpolated in proportion, otherwise the mean of v1 and v3 takes
-// the curvature of l; rounded once, clamped to the depth.
+// the curvature of l; rounded once, clamped to the depth. Branch-free, so a loop of it
+// vectorises. The proportional quotient is at most 4095 with a divisor below 4096, so a true
+// quotient just below an integer lies at least 1/4095 under it, more than half a float ulp
+// (2^-13 there): float division truncates to the exact floor.
 template <unsigned Bits>
-int32_t HueTransit(int32_t l1, int32_t l2, int32_t l3, int32_t v1, int32_t v3)
+__attribute__((always_inline)) inline int32_t HueTransit(int32_t l1, int32_t l2, int32_t l3, int32_t v1, int32_t v3)
 {
-    const bool bMonotonic = (l1 < l2 && l2 < l3) || (l1 > l2 && l2 > l3);
+    const bool bMonotonic = (l2 - l1) * (l3 - l2) > 0;  // l1 < l2 < l3 or l1 > l2 > l3
     const int32_t a = std::abs(l2 - l1), b = std::abs(l3 - l1);
-    const int32_t proportional =
-        int32_t(g_Reciprocals.Divide(uint32_t(v1 * (b - a) + v3 * a + b / 2), uint32_t(bMonotonic ? b : 1)));
+    const int32_t proportional = int32_t(float(v1 * (b - a) + v3 * a + (b >> 1)) / float(std::max(b, 1)));
     const int32_t curved = ClampSample<Bits>((2 * (v1 + v3) + 2 * l2 - l1 - l3 + 2) >> 2);
     return bMonotonic ? proportional : curved;
 }
 
-// Red and blue from the green plane: at green sites by hue transit along the line and across
-// it; at red and blue sites along the diagonal with the smaller gradient (both, averaged, on
-// a tie).
+// Columns per pass of the colour estimates, which wait in two small arrays on the stack.
+constexpr uint32_t kChunk = 256;
+
+// All ones at green columns when a stretch starts with one (read from offset 0) or not (offset 1).
+struct TGreenColumns {
+    int32_t at[kChunk + 1];
+    TGreenColumns()
+    {
+        for (uint32_t i = 0; i <= kChunk; ++i) at[i] = -int32_t((i & 1) == 0);
+    }
+};
+const TGreenColumns g_GreenColumns;
+
+// Red and blue from the green plane over a stretch of n columns, every column computed alike
+// so the compiler can vectorise: at green columns hue transit along the line (`first`) and
+// across it (`second`); at red and blue columns hue transit along the diagonal of smaller
+// gradient (both, averaged, on a tie) as `first`, the green plane as `second`. Line pointers
+// start at the stretch's first column; green lines hold the green plane.
+// Samples of `count` columns widened to 32 bits (masked to the depth), so the estimates
+// below work on one lane width throughout.
+template <unsigned Bits>
+void Widen(const uint8_t* __restrict pLine, uint32_t count, int32_t* __restrict pOut)
+{
+    for (int32_t i = 0; i < int32_t(count); ++i) {
+        if constexpr (Bits == 8) {
+            pOut[i] = pLine[i];
+        } else {
+            uint16_t s;
+            std::memcpy(&s, pLine + 2 * i, 2);
+            pOut[i] = s & TDepth<Bits>::kMask1;
+        }
+    }
+}
+
+template <unsigned Bits>
+void ColourEstimates(const int32_t* __restrict pUp2, const int32_t* __restrict pUp, const int32_t* __restrict pCur,
+                     const int32_t* __restrict pDown, const int32_t* __restrict pDown2,
+                     const int32_t* __restrict pGreenUp, const int32_t* __restrict pGreenCur,
+                     const int32_t* __restrict pGreenDown, const int32_t* __restrict pIsGreen, uint32_t n,
+                     int32_t* __restrict pFirst, int32_t* __restrict pSecond)
+{
+    auto v = [](const int32_t* p, int32_t i) { return p[i]; };
+    for (int32_t i = 0; i < int32_t(n); ++i) {
+        const int32_t green = pIsGreen[i];  // all ones at green columns
+        auto pick = [green](int32_t atGreen, int32_t otherwise) { return (atGreen & green) | (otherwise & ~green); };
+        const int32_t c = v(pCur, i), gc = pGreenCur[i];  // gc is c at green columns
+        const int32_t gUpL = pGreenUp[i - 1], gUp = pGreenUp[i], gUpR = pGreenUp[i + 1];
+        const int32_t gDownL = pGreenDown[i - 1], gDown = pGreenDown[i], gDownR = pGreenDown[i + 1];
+        const int32_t upL = v(pUp, i - 1), up = v(pUp, i), upR = v(pUp, i + 1);
+        const int32_t downL = v(pDown, i - 1), down = v(pDown, i), downR = v(pDown, i + 1);
+        const int32_t gL = pGreenCur[i - 1], gR = pGreenCur[i + 1], left = v(pCur, i - 1), right = v(pCur, i + 1);
+        // A: along the line at green, the north-east diagonal at red and blue; B: across the
+        // line at green, the north-west diagonal at red and blue.
+        const int32_t a =
+            HueTransit<Bits>(pick(gL, gUpR), gc, pick(gR, gDownL), pick(left, upR), pick(right, downL));
+        const int32_t b = HueTransit<Bits>(pick(gUp, gUpL), gc, pick(gDown, gDownR), pick(up, upL), pick(down, downR));
+        const int32_t ne = std::abs(upR - downL) + std::abs(v(pUp2, i + 2) - c) + std::abs(c - v(pDown2, i - 2)) +
+                           std::abs(gUpR - gc) + std::abs(gc - gDownL);
+        const int32_t nw = std::abs(upL - downR) + std::abs(v(pUp2, i - 2) - c) + std::abs(c - v(pDown2, i + 2)) +
+                           std::abs(gUpL - gc) + std::abs(gc - gDownR);
+        const int32_t diagonal = ne < nw ? a : nw < ne ? b : (a + b + 1) >> 1;
+        pFirst[i] = int32_t(pick(a, diagonal));
+        pSecond[i] = int32_t(pick(b, gc));
+    }
+}
+
+// Writes a stretch from the estimates: one LUT read per colour, sites fixed per column pair.
 template <unsigned Bits, uint32_t DstBytes>
 struct TGroupingColour {
     static constexpr unsigned kBits = Bits;
     struct TLine {
-        TWindow5<Bits> s;
-        TGreenLines g;
+        const uint8_t* pCur;
+        const int32_t* pFirst;
+        const int32_t* pSecond;
+        uint32_t x0;  // column of the estimates' first entry
         uint8_t* pOut;
     };
     TBayerLut lut;
@@ -107,27 +170,17 @@ struct TGroupingColour {
     template <int Site>
     void Pixel(const TLine& l, uint32_t x) const
     {
-        const TWindow5<Bits>& s = l.s;
-        const TGreenLines& g = l.g;
-        const int32_t c = s.At(0, x), gc = g.At(0, x);
+        const uint32_t c = TDepth<Bits>::At(l.pCur, x) & TDepth<Bits>::kMask1;
+        const uint32_t first = l.pFirst[x - l.x0], second = l.pSecond[x - l.x0];
         uint8_t* p = l.pOut + size_t(x) * DstBytes;
-        if constexpr (Site == kSiteGreenR || Site == kSiteGreenB) {
-            const int32_t across = HueTransit<Bits>(g.At(0, x - 1), c, g.At(0, x + 1), s.At(0, x - 1), s.At(0, x + 1));
-            const int32_t vertical = HueTransit<Bits>(g.At(-1, x), c, g.At(1, x), s.At(-1, x), s.At(1, x));
-            const int32_t r = Site == kSiteGreenR ? across : vertical, b = Site == kSiteGreenR ? vertical : across;
-            StoreBgr<DstBytes>(p, lut.pBlue[b], lut.pGreen[c], lut.pRed[r]);
+        if constexpr (Site == kSiteGreenR) {
+            StoreBgr<DstBytes>(p, lut.pBlue[second], lut.pGreen[c], lut.pRed[first]);
+        } else if constexpr (Site == kSiteGreenB) {
+            StoreBgr<DstBytes>(p, lut.pBlue[first], lut.pGreen[c], lut.pRed[second]);
+        } else if constexpr (Site == kSiteRed) {
+            StoreBgr<DstBytes>(p, lut.pBlue[first], lut.pGreen[second], lut.pRed[c]);
         } else {
-            const int32_t ne = std::abs(s.At(-1, x + 1) - s.At(1, x - 1)) + std::abs(s.At(-2, x + 2) - c) +
-                               std::abs(c - s.At(2, x - 2)) + std::abs(g.At(-1, x + 1) - gc) +
-                               std::abs(gc - g.At(1, x - 1));
-            const int32_t nw = std::abs(s.At(-1, x - 1) - s.At(1, x + 1)) + std::abs(s.At(-2, x - 2) - c) +
-                               std::abs(c - s.At(2, x + 2)) + std::abs(g.At(-1, x - 1) - gc) +
-                               std::abs(gc - g.At(1, x + 1));
-            const int32_t alongNe = HueTransit<Bits>(g.At(-1, x + 1), gc, g.At(1, x - 1), s.At(-1, x + 1), s.At(1, x - 1));
-            const int32_t alongNw = HueTransit<Bits>(g.At(-1, x - 1), gc, g.At(1, x + 1), s.At(-1, x - 1), s.At(1, x + 1));
-            const int32_t o = ne < nw ? alongNe : nw < ne ? alongNw : (alongNe + alongNw + 1) >> 1;
-            const int32_t r = Site == kSiteRed ? c : o, b = Site == kSiteRed ? o : c;
-            StoreBgr<DstBytes>(p, lut.pBlue[b], lut.pGreen[gc], lut.pRed[r]);
+            StoreBgr<DstBytes>(p, lut.pBlue[c], lut.pGreen[second], lut.pRed[first]);
         }
     }
 };
@@ -147,7 +200,7 @@ TWindow5<Bits> ClampedWindow(const TBayerPlanes& p, uint32_t y, uint32_t dwHeigh
 // Interior (lines and columns 2 .. size-3) with three lines of green in a ring: the green of
 // line y+1 is made just before the colours of line y, so every line is estimated once.
 template <unsigned Bits, uint32_t DstBytes>
-void RunGrouping(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32_t h, uint16_t* pGreen)
+void RunGrouping(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32_t h, int32_t* pGreen)
 {
     using TColour = TGroupingColour<Bits, DstBytes>;
     const TSiteLines<TGroupingGreen<Bits>> estimate(2, p.bShiftColumn);
@@ -167,14 +220,25 @@ void RunGrouping(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32
         (bRed ? lastGreen.red : lastGreen.blue)({}, line, w - 2, w - 1);
     };
     const TColour k{lut};
+    int32_t first[kChunk], second[kChunk], wide[5][kChunk + 4];
     makeGreen(1);
     makeGreen(2);
     for (uint32_t y = 2; y < h - 2; ++y) {
         makeGreen(y + 1);
-        const typename TColour::TLine line{ClampedWindow<Bits>(p, y, h),
-                                           {greenLine(y - 1), greenLine(y), greenLine(y + 1)},
-                                           p.pDst + size_t(y) * p.dwDstLineIncrement};
-        (IsRedLine(y, p.bShiftLine) ? colour.red : colour.blue)(k, line, 2, w - 2);
+        const TWindow5<Bits> s = Window5<Bits>(p, y);
+        const int32_t *pGreenUp = greenLine(y - 1), *pGreenCur = greenLine(y), *pGreenDown = greenLine(y + 1);
+        const bool bRedLine = IsRedLine(y, p.bShiftLine);
+        const int32_t* pIsGreen = g_GreenColumns.at + (bRedLine == p.bShiftColumn ? 0 : 1);  // stretches start even
+        const auto line = bRedLine ? colour.red : colour.blue;
+        uint8_t* pOut = p.pDst + size_t(y) * p.dwDstLineIncrement;
+        for (uint32_t x0 = 2; x0 < w - 2; x0 += kChunk) {
+            const uint32_t x1 = std::min(x0 + kChunk, w - 2);
+            const size_t o = size_t(x0 - 2) * TDepth<Bits>::kBytes;  // two columns to the left
+            for (int r = 0; r < 5; ++r) Widen<Bits>(s.pLine[r] + o, x1 - x0 + 4, wide[r]);
+            ColourEstimates<Bits>(wide[0] + 2, wide[1] + 2, wide[2] + 2, wide[3] + 2, wide[4] + 2, pGreenUp + x0,
+                                  pGreenCur + x0, pGreenDown + x0, pIsGreen, x1 - x0, first, second);
+            line(k, {s.pLine[2], first, second, x0, pOut}, x0, x1);
+        }
     }
 }
 
@@ -193,7 +257,7 @@ KaipStatus BdPixelGrouping(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgI
     if (status != KASTATUS_OK) return status;
     const uint32_t w = job.src.Width, h = job.src.Height;
     if (w > 4 && h > 4) {
-        auto* pGreen = static_cast<uint16_t*>(oxOsBufferCreateAligned(uint64_t(3) * w * sizeof(uint16_t), 64, 0));
+        auto* pGreen = static_cast<int32_t*>(oxOsBufferCreateAligned(uint64_t(3) * w * sizeof(int32_t), 64, 0));
         if (!pGreen) {
             return Refuse(KASTATUS_KAIP_MEMORY_ALLOC_FAILED, "%s: no memory for three lines of green", pszFunc);
         }
