@@ -109,6 +109,18 @@ const std::vector<ImageFunction>& ImageFunctions()
          [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
              return KaipBdBilinearInterpolation(s, d, KaipPixelFormat_BGRA8Packed, o, KaipHLut(1));
          }},
+        {"KaipBdVariableGradients", KaipPixelFormat_BayerGR8, KaipPixelFormat_BGR8Packed, true, false,
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
+             return KaipBdVariableGradients(s, d, KaipPixelFormat_BGR8Packed, o, nullptr);
+         }},
+        {"KaipBdPixelGrouping", KaipPixelFormat_BayerGB8, KaipPixelFormat_BGRA8Packed, true, false,
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
+             return KaipBdPixelGrouping(s, d, KaipPixelFormat_BGRA8Packed, o, KaipHLut(1));
+         }},
+        {"KaipBdBilinearColorCorrection", KaipPixelFormat_BayerRG8, KaipPixelFormat_BGR8Packed, true, false,
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
+             return KaipBdBilinearColorCorrection(s, d, KaipPixelFormat_BGR8Packed, o, nullptr);
+         }},
         {"KaipMirror", KaipPixelFormat_BGR8Packed, KaipPixelFormat_BGR8Packed, false, false,
          [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipMirror(s, d, 1, 1, o, nullptr); }},
         {"KaipReverseLines", KaipPixelFormat_Mono16, KaipPixelFormat_Mono16, false, false,
