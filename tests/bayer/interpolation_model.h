@@ -255,18 +255,19 @@ inline void ExpectMatchesModel(Decoder decode, PixelModel model)
     }
 }
 
-// A uniform mosaic decodes to its grey everywhere; a horizontal grey ramp (one step per
-// column) stays that ramp inside the outer ring, whose 2x2 blocks shift it by a column.
+// A uniform mosaic decodes to its grey everywhere; a horizontal or vertical grey ramp (five
+// steps per column or line) stays that ramp inside the outer ring, whose 2x2 blocks shift it.
 inline void ExpectFlatAndRampExact(Decoder decode)
 {
     for (uint32_t bits : {8u, 12u}) {
         for (uint32_t pattern = 0; pattern < 4; ++pattern) {
-            for (bool ramp : {false, true}) {
-                const uint32_t w = 40, h = 9, shift = bits - 8;
+            for (int ramp : {0, 1, 2}) {  // flat, along x, along y
+                const uint32_t w = ramp == 2 ? 9 : 40, h = ramp == 2 ? 40 : 9, shift = bits - 8;
+                auto grey = [ramp](uint32_t x, uint32_t y) { return ramp == 0 ? 77 : 30 + 5 * (ramp == 1 ? x : y); };
                 BayerImage src(w, h, bits, pattern & 2, pattern & 1, 1);
                 for (uint32_t y = 0; y < h; ++y) {
                     for (uint32_t x = 0; x < w; ++x) {
-                        const uint32_t v = (ramp ? 30 + 5 * x : 77) << shift;
+                        const uint32_t v = grey(x, y) << shift;
                         uint8_t* p = src.img->buffer.data() + size_t(y) * src.img->info.LineIncrement;
                         if (bits == 8) {
                             p[x] = uint8_t(v);
@@ -280,10 +281,10 @@ inline void ExpectFlatAndRampExact(Decoder decode)
                 for (uint32_t y = 0; y < h; ++y) {
                     for (uint32_t x = 0; x < w; ++x) {
                         if (ramp && IsFrame(src.m, x, y)) continue;
-                        const uint8_t want = uint8_t(ramp ? 30 + 5 * x : 77);
+                        const uint8_t want = uint8_t(grey(x, y));
                         const uint8_t* p = dst->buffer.data() + size_t(y) * dst->info.LineIncrement + 3 * x;
                         ASSERT_TRUE(p[0] == want && p[1] == want && p[2] == want)
-                            << "bits " << bits << " pattern " << pattern << (ramp ? " ramp" : " flat") << " at " << x
+                            << "bits " << bits << " pattern " << pattern << " ramp " << ramp << " at " << x
                             << "," << y << ": " << int(p[0]) << " " << int(p[1]) << " " << int(p[2]) << " want "
                             << int(want);
                     }
