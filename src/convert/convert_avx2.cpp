@@ -24,7 +24,10 @@ KAIP_AVX2 inline void Store(uint8_t* p, __m256i v)
     }
 }
 
-KAIP_AVX2 inline __m256i Load(const uint8_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
+KAIP_AVX2 inline __m256i Load(const uint8_t* p)
+{
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+}
 
 // Two 16-byte loads, one per lane.
 KAIP_AVX2 inline __m256i Load2(const uint8_t* pLow, const uint8_t* pHigh)
@@ -130,11 +133,11 @@ KAIP_AVX2 inline void YCbCrToWords(__m256i s, __m256i& b, __m256i& g, __m256i& r
     const __m256i cb = _mm256_sub_epi16(_mm256_or_si256(_mm256_and_si256(c, words), _mm256_slli_epi32(c, 16)), c128);
     const __m256i cr = _mm256_sub_epi16(_mm256_or_si256(_mm256_srli_epi32(c, 16), _mm256_andnot_si256(words, c)), c128);
     const __m256i rp = _mm256_srai_epi16(_mm256_add_epi16(_mm256_mullo_epi16(cr, _mm256_set1_epi16(103)), c128), 8);
-    const __m256i gp = _mm256_srai_epi16(
-        _mm256_add_epi16(_mm256_add_epi16(_mm256_mullo_epi16(cr, _mm256_set1_epi16(73)),
-                                          _mm256_mullo_epi16(cb, _mm256_set1_epi16(-88))),
-                         c128),
-        8);
+    const __m256i gp =
+        _mm256_srai_epi16(_mm256_add_epi16(_mm256_add_epi16(_mm256_mullo_epi16(cr, _mm256_set1_epi16(73)),
+                                                            _mm256_mullo_epi16(cb, _mm256_set1_epi16(-88))),
+                                           c128),
+                          8);
     const __m256i bp = _mm256_srai_epi16(_mm256_add_epi16(_mm256_mullo_epi16(cb, _mm256_set1_epi16(-58)), c128), 8);
     r = _mm256_add_epi16(_mm256_add_epi16(y, cr), rp);
     g = _mm256_add_epi16(_mm256_sub_epi16(y, cr), gp);
@@ -181,7 +184,8 @@ struct KYCbCr422 {
                                                       4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
                 const __m256i c0 = _mm256_shuffle_epi8(q0, drop), c1 = _mm256_shuffle_epi8(q1, drop);
                 const __m256i c2 = _mm256_shuffle_epi8(q2, drop), c3 = _mm256_shuffle_epi8(q3, drop);
-                const __m256i i0 = _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 0, 1), i1 = _mm256_setr_epi32(2, 4, 5, 6, 0, 1, 2, 4);
+                const __m256i i0 = _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 0, 1),
+                              i1 = _mm256_setr_epi32(2, 4, 5, 6, 0, 1, 2, 4);
                 const __m256i i2 = _mm256_setr_epi32(5, 6, 0, 1, 2, 4, 5, 6);
                 Store<kStream>(d, _mm256_blend_epi32(_mm256_permutevar8x32_epi32(c0, i0),
                                                      _mm256_permutevar8x32_epi32(c1, i0), 0xC0));
@@ -245,7 +249,8 @@ int Convert_RGB32_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
 
 int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bReverseLines)
 {
-    return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, KMonoWordToMono8{dwWidth, dwSrcBits});
+    return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines,
+                    KMonoWordToMono8{dwWidth, dwSrcBits});
 }
 
 int Convert_MonoPacked_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines)

@@ -21,114 +21,110 @@ using namespace convert;
 
 namespace {
 
-bool UseSSE2() { return g_SSEChecker.m_bUseSSE2; }
-bool UseSSSE3() { return g_SSEChecker.m_bUseSSSE3; }
-bool UseAVX2() { return g_SSEChecker.UseAVX2(); }
+// A closed gate does nothing; an open one hands the image to the AVX2 build when the AVX switch is on
+// and AVX2 was detected, else to the build the gate names.
+template <class F, class... A>
+int Widest(bool bGate, F avx2Fn, F baseFn, A... args)
+{
+    if (!bGate) return 0;
+    return g_SSEChecker.UseAVX2() ? avx2Fn(args...) : baseFn(args...);
+}
+
+bool UseSSE2()
+{
+    return g_SSEChecker.m_bUseSSE2;
+}
+bool UseSSSE3()
+{
+    return g_SSEChecker.m_bUseSSSE3;
+}
 
 }  // namespace
 
 int CopyBitmapData_intr(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (!UseSSE2()) return 0;
-    if (UseAVX2()) return avx2::CopyBitmapData(KAIP_LINE_ARGS, bReverseLines);
-    return sse2::CopyBitmapData(KAIP_LINE_ARGS, bReverseLines);
+    return Widest(UseSSE2(), avx2::CopyBitmapData, sse2::CopyBitmapData, KAIP_LINE_ARGS, bReverseLines);
 }
 
 int SwapColor8Data_intr(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (!UseSSSE3()) return 0;
-    if (UseAVX2()) return avx2::SwapColor8Data(KAIP_LINE_ARGS, bReverseLines);
-    return ssse3::SwapColor8Data(KAIP_LINE_ARGS, bReverseLines);
+    return Widest(UseSSSE3(), avx2::SwapColor8Data, ssse3::SwapColor8Data, KAIP_LINE_ARGS, bReverseLines);
 }
 
 int Convert_Mono8_to_BGR24_intr(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (!UseSSSE3()) return 0;
-    if (UseAVX2()) return avx2::Convert_Mono8_to_BGR24(KAIP_LINE_ARGS, bReverseLines);
-    return ssse3::Convert_Mono8_to_BGR24(KAIP_LINE_ARGS, bReverseLines);
+    return Widest(UseSSSE3(), avx2::Convert_Mono8_to_BGR24, ssse3::Convert_Mono8_to_BGR24, KAIP_LINE_ARGS,
+                  bReverseLines);
 }
 
 int Convert_Mono8_to_BGR32_intr(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (!UseSSE2()) return 0;
-    if (UseAVX2()) return avx2::Convert_Mono8_to_BGR32(KAIP_LINE_ARGS, bReverseLines);
-    return sse2::Convert_Mono8_to_BGR32(KAIP_LINE_ARGS, bReverseLines);
+    return Widest(UseSSE2(), avx2::Convert_Mono8_to_BGR32, sse2::Convert_Mono8_to_BGR32, KAIP_LINE_ARGS, bReverseLines);
 }
 
 int Convert_BGR24_to_BGR32_intr(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (!UseSSSE3()) return 0;
-    if (UseAVX2()) return avx2::Convert_BGR24_to_BGR32(KAIP_LINE_ARGS, bReverseLines);
-    return ssse3::Convert_BGR24_to_BGR32(KAIP_LINE_ARGS, bReverseLines);
+    return Widest(UseSSSE3(), avx2::Convert_BGR24_to_BGR32, ssse3::Convert_BGR24_to_BGR32, KAIP_LINE_ARGS,
+                  bReverseLines);
 }
 
 int Convert_RGB24_to_BGR32_intr(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (!UseSSSE3()) return 0;
-    if (UseAVX2()) return avx2::Convert_RGB24_to_BGR32(KAIP_LINE_ARGS, bReverseLines);
-    return ssse3::Convert_RGB24_to_BGR32(KAIP_LINE_ARGS, bReverseLines);
+    return Widest(UseSSSE3(), avx2::Convert_RGB24_to_BGR32, ssse3::Convert_RGB24_to_BGR32, KAIP_LINE_ARGS,
+                  bReverseLines);
 }
 
 int Convert_RGB32_to_BGR32_intr(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (!UseSSE2()) return 0;
-    if (UseAVX2()) return avx2::Convert_RGB32_to_BGR32(KAIP_LINE_ARGS, bReverseLines);
-    return sse2::Convert_RGB32_to_BGR32(KAIP_LINE_ARGS, bReverseLines);
+    return Widest(UseSSE2(), avx2::Convert_RGB32_to_BGR32, sse2::Convert_RGB32_to_BGR32, KAIP_LINE_ARGS, bReverseLines);
 }
 
 // Source depths outside 8..16 have no defined reduction; the scalar member keeps them.
 int Convert_MonoWord_to_Mono8_intr(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bReverseLines)
 {
-    if (!UseSSE2() || dwSrcBits < 8 || dwSrcBits > 16) return 0;
-    if (UseAVX2()) return avx2::Convert_MonoWord_to_Mono8(KAIP_LINE_ARGS, dwSrcBits, bReverseLines);
-    return sse2::Convert_MonoWord_to_Mono8(KAIP_LINE_ARGS, dwSrcBits, bReverseLines);
+    return Widest(UseSSE2() && dwSrcBits >= 8 && dwSrcBits <= 16, avx2::Convert_MonoWord_to_Mono8,
+                  sse2::Convert_MonoWord_to_Mono8, KAIP_LINE_ARGS, dwSrcBits, bReverseLines);
 }
 
 // Only the high bytes are read, so the source depth does not matter.
 int Convert_MonoPacked_to_Mono8_intr(KAIP_LINE_PARAMS, uint32_t, uint32_t, bool bReverseLines)
 {
-    if (!UseSSSE3()) return 0;
-    if (UseAVX2()) return avx2::Convert_MonoPacked_to_Mono8(KAIP_LINE_ARGS, bReverseLines);
-    return ssse3::Convert_MonoPacked_to_Mono8(KAIP_LINE_ARGS, bReverseLines);
+    return Widest(UseSSSE3(), avx2::Convert_MonoPacked_to_Mono8, ssse3::Convert_MonoPacked_to_Mono8, KAIP_LINE_ARGS,
+                  bReverseLines);
 }
 
 // A depth other than 10 or 12 goes to the scalar member, which reports it.
 int Convert_MonoMipi_to_Mono8_intr(KAIP_LINE_PARAMS, uint32_t dwSrcBits, uint32_t, bool bReverseLines)
 {
-    if (!UseSSSE3() || (dwSrcBits != 10 && dwSrcBits != 12)) return 0;
     if (dwSrcBits == 10)
-        return UseAVX2() ? avx2::Convert_MonoMipi10_to_Mono8(KAIP_LINE_ARGS, bReverseLines)
-                         : ssse3::Convert_MonoMipi10_to_Mono8(KAIP_LINE_ARGS, bReverseLines);
-    return UseAVX2() ? avx2::Convert_MonoMipi12_to_Mono8(KAIP_LINE_ARGS, bReverseLines)
-                     : ssse3::Convert_MonoMipi12_to_Mono8(KAIP_LINE_ARGS, bReverseLines);
+        return Widest(UseSSSE3(), avx2::Convert_MonoMipi10_to_Mono8, ssse3::Convert_MonoMipi10_to_Mono8, KAIP_LINE_ARGS,
+                      bReverseLines);
+    return Widest(UseSSSE3() && dwSrcBits == 12, avx2::Convert_MonoMipi12_to_Mono8, ssse3::Convert_MonoMipi12_to_Mono8,
+                  KAIP_LINE_ARGS, bReverseLines);
 }
 
 int Convert_YCbCr422_8_to_BGR24_intr(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (!UseSSE2()) return 0;
-    if (UseAVX2()) return avx2::Convert_YCbCr422_8_to_BGR24(KAIP_LINE_ARGS, bReverseLines);
-    return sse2::Convert_YCbCr422_8_to_BGR24(KAIP_LINE_ARGS, bReverseLines);
+    return Widest(UseSSE2(), avx2::Convert_YCbCr422_8_to_BGR24, sse2::Convert_YCbCr422_8_to_BGR24, KAIP_LINE_ARGS,
+                  bReverseLines);
 }
 
 int Convert_YCbCr422_8_to_RGB24_intr(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (!UseSSE2()) return 0;
-    if (UseAVX2()) return avx2::Convert_YCbCr422_8_to_RGB24(KAIP_LINE_ARGS, bReverseLines);
-    return sse2::Convert_YCbCr422_8_to_RGB24(KAIP_LINE_ARGS, bReverseLines);
+    return Widest(UseSSE2(), avx2::Convert_YCbCr422_8_to_RGB24, sse2::Convert_YCbCr422_8_to_RGB24, KAIP_LINE_ARGS,
+                  bReverseLines);
 }
 
 int Convert_YCbCr422_8_to_BGR32_intr(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (!UseSSE2()) return 0;
-    if (UseAVX2()) return avx2::Convert_YCbCr422_8_to_BGR32(KAIP_LINE_ARGS, bReverseLines);
-    return sse2::Convert_YCbCr422_8_to_BGR32(KAIP_LINE_ARGS, bReverseLines);
+    return Widest(UseSSE2(), avx2::Convert_YCbCr422_8_to_BGR32, sse2::Convert_YCbCr422_8_to_BGR32, KAIP_LINE_ARGS,
+                  bReverseLines);
 }
 
 int Convert_YCbCr422_8_to_RGB32_intr(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (!UseSSE2()) return 0;
-    if (UseAVX2()) return avx2::Convert_YCbCr422_8_to_RGB32(KAIP_LINE_ARGS, bReverseLines);
-    return sse2::Convert_YCbCr422_8_to_RGB32(KAIP_LINE_ARGS, bReverseLines);
+    return Widest(UseSSE2(), avx2::Convert_YCbCr422_8_to_RGB32, sse2::Convert_YCbCr422_8_to_RGB32, KAIP_LINE_ARGS,
+                  bReverseLines);
 }
 
 #else  // not x86: the scalar members do all the work

@@ -109,7 +109,10 @@ struct TGatherPlan {
         std::array<int8_t, 16> ca{}, cb{};
     };
 
-    static constexpr int Src(int n) { return M::Src(n % M::kUnitOut) < 0 ? -1 : n / M::kUnitOut * M::kUnitIn + M::Src(n % M::kUnitOut); }
+    static constexpr int Src(int n)
+    {
+        return M::Src(n % M::kUnitOut) < 0 ? -1 : n / M::kUnitOut * M::kUnitIn + M::Src(n % M::kUnitOut);
+    }
 
     static constexpr std::array<TChunk, kChunks> Make()
     {

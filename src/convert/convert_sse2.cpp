@@ -18,7 +18,10 @@ inline void Store(uint8_t* p, __m128i v)
         _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
 }
 
-inline __m128i Load(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+inline __m128i Load(const uint8_t* p)
+{
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+}
 
 // Whole steps of S::kPixels pixels, then the rest of the line by the scalar member's reader and writer.
 template <class S, class R, class W>
@@ -80,8 +83,8 @@ struct SRGB32ToBGR32 {
     void Run(const uint8_t* s, uint8_t* d) const
     {
         const __m128i v = Load(s), low = _mm_set1_epi32(0xFF), green = _mm_set1_epi32(0xFF00);
-        const __m128i rb = _mm_or_si128(_mm_and_si128(_mm_srli_epi32(v, 16), low),
-                                        _mm_slli_epi32(_mm_and_si128(v, low), 16));
+        const __m128i rb =
+            _mm_or_si128(_mm_and_si128(_mm_srli_epi32(v, 16), low), _mm_slli_epi32(_mm_and_si128(v, low), 16));
         const __m128i kept = _mm_and_si128(Load(d), _mm_set1_epi32(int32_t(0xFF000000)));
         Store<kStream>(d, _mm_or_si128(_mm_or_si128(rb, _mm_and_si128(v, green)), kept));
     }
@@ -94,7 +97,8 @@ struct SMonoWordToMono8 {
     template <bool kStream>
     void Run(const uint8_t* s, uint8_t* d) const
     {
-        const __m128i mask = _mm_set1_epi16(int16_t(0xFFFFu >> (16 - dwBits))), shift = _mm_cvtsi32_si128(int(dwBits - 8));
+        const __m128i mask = _mm_set1_epi16(int16_t(0xFFFFu >> (16 - dwBits))),
+                      shift = _mm_cvtsi32_si128(int(dwBits - 8));
         const __m128i a = _mm_srl_epi16(_mm_and_si128(Load(s), mask), shift);
         const __m128i b = _mm_srl_epi16(_mm_and_si128(Load(s + 16), mask), shift);
         Store<kStream>(d, _mm_packus_epi16(a, b));
@@ -113,10 +117,10 @@ inline void YCbCrToWords(__m128i s, __m128i& b, __m128i& g, __m128i& r)
     const __m128i cb = _mm_sub_epi16(_mm_or_si128(_mm_and_si128(c, words), _mm_slli_epi32(c, 16)), c128);
     const __m128i cr = _mm_sub_epi16(_mm_or_si128(_mm_srli_epi32(c, 16), _mm_andnot_si128(words, c)), c128);
     const __m128i rp = _mm_srai_epi16(_mm_add_epi16(_mm_mullo_epi16(cr, _mm_set1_epi16(103)), c128), 8);
-    const __m128i gp = _mm_srai_epi16(_mm_add_epi16(_mm_add_epi16(_mm_mullo_epi16(cr, _mm_set1_epi16(73)),
-                                                                  _mm_mullo_epi16(cb, _mm_set1_epi16(-88))),
-                                                    c128),
-                                      8);
+    const __m128i gp = _mm_srai_epi16(
+        _mm_add_epi16(_mm_add_epi16(_mm_mullo_epi16(cr, _mm_set1_epi16(73)), _mm_mullo_epi16(cb, _mm_set1_epi16(-88))),
+                      c128),
+        8);
     const __m128i bp = _mm_srai_epi16(_mm_add_epi16(_mm_mullo_epi16(cb, _mm_set1_epi16(-58)), c128), 8);
     r = _mm_add_epi16(_mm_add_epi16(y, cr), rp);
     g = _mm_add_epi16(_mm_sub_epi16(y, cr), gp);
@@ -165,7 +169,8 @@ struct SYCbCr422 {
 template <class S, class R, class W>
 int Run(KAIP_LINE_PARAMS, bool bReverseLines, S step, R rd, W wr)
 {
-    return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, KSteps<S, R, W>{dwWidth, step, rd, wr});
+    return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines,
+                    KSteps<S, R, W>{dwWidth, step, rd, wr});
 }
 
 }  // namespace

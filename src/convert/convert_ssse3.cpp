@@ -19,7 +19,10 @@ KAIP_SSSE3 inline void Store(uint8_t* p, __m128i v)
         _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
 }
 
-KAIP_SSSE3 inline __m128i Load(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+KAIP_SSSE3 inline __m128i Load(const uint8_t* p)
+{
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+}
 
 // The shuffle controls of plan P, and per chunk the bytes kept from the destination.
 template <class P>

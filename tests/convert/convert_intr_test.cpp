@@ -58,28 +58,70 @@ struct TCase {
     TGate gate;
 };
 
-size_t Bytes1(size_t w) { return w; }
-size_t Bytes2(size_t w) { return 2 * w; }
-size_t Bytes3(size_t w) { return 3 * w; }
-size_t Bytes4(size_t w) { return 4 * w; }
-size_t PackedBytes(size_t w) { return 3 * (w / 2) + w % 2; }
-size_t Mipi10Bytes(size_t w) { return 5 * (w / 4); }
-size_t Mipi12Bytes(size_t w) { return 3 * (w / 2); }
-size_t YCbCr422Bytes(size_t w) { return 4 * (w / 2); }
+size_t Bytes1(size_t w)
+{
+    return w;
+}
+size_t Bytes2(size_t w)
+{
+    return 2 * w;
+}
+size_t Bytes3(size_t w)
+{
+    return 3 * w;
+}
+size_t Bytes4(size_t w)
+{
+    return 4 * w;
+}
+size_t PackedBytes(size_t w)
+{
+    return 3 * (w / 2) + w % 2;
+}
+size_t Mipi10Bytes(size_t w)
+{
+    return 5 * (w / 4);
+}
+size_t Mipi12Bytes(size_t w)
+{
+    return 3 * (w / 2);
+}
+size_t YCbCr422Bytes(size_t w)
+{
+    return 4 * (w / 2);
+}
 
 // Members with bit counts, bound to one depth.
 template <uint32_t kBits>
-int MonoWordIntr(KAIP_LINE_PARAMS, bool b) { return Convert_MonoWord_to_Mono8_intr(KAIP_LINE_ARGS, kBits, b); }
+int MonoWordIntr(KAIP_LINE_PARAMS, bool b)
+{
+    return Convert_MonoWord_to_Mono8_intr(KAIP_LINE_ARGS, kBits, b);
+}
 template <uint32_t kBits>
-void MonoWordScalar(KAIP_LINE_PARAMS, bool b) { Convert_MonoWord_to_Mono8(KAIP_LINE_ARGS, kBits, b); }
+void MonoWordScalar(KAIP_LINE_PARAMS, bool b)
+{
+    Convert_MonoWord_to_Mono8(KAIP_LINE_ARGS, kBits, b);
+}
 template <uint32_t kBits>
-int PackedIntr(KAIP_LINE_PARAMS, bool b) { return Convert_MonoPacked_to_Mono8_intr(KAIP_LINE_ARGS, kBits, 8, b); }
+int PackedIntr(KAIP_LINE_PARAMS, bool b)
+{
+    return Convert_MonoPacked_to_Mono8_intr(KAIP_LINE_ARGS, kBits, 8, b);
+}
 template <uint32_t kBits>
-void PackedScalar(KAIP_LINE_PARAMS, bool b) { Convert_MonoPacked_to_Mono8(KAIP_LINE_ARGS, kBits, 8, b); }
+void PackedScalar(KAIP_LINE_PARAMS, bool b)
+{
+    Convert_MonoPacked_to_Mono8(KAIP_LINE_ARGS, kBits, 8, b);
+}
 template <uint32_t kBits>
-int MipiIntr(KAIP_LINE_PARAMS, bool b) { return Convert_MonoMipi_to_Mono8_intr(KAIP_LINE_ARGS, kBits, 8, b); }
+int MipiIntr(KAIP_LINE_PARAMS, bool b)
+{
+    return Convert_MonoMipi_to_Mono8_intr(KAIP_LINE_ARGS, kBits, 8, b);
+}
 template <uint32_t kBits>
-void MipiScalar(KAIP_LINE_PARAMS, bool b) { Convert_MonoMipi_to_Mono8(KAIP_LINE_ARGS, kBits, 8, b); }
+void MipiScalar(KAIP_LINE_PARAMS, bool b)
+{
+    Convert_MonoMipi_to_Mono8(KAIP_LINE_ARGS, kBits, 8, b);
+}
 
 // Copies a line of w bytes (and whatever the smaller line increment adds).
 const TCase kCases[] = {
@@ -158,8 +200,8 @@ TEST(ConvertIntr, EveryVariantWritesTheScalarMembersBytes)
             for (uint32_t w : allWidths)
                 for (uint32_t h = 0; h <= 3; ++h)
                     for (int variant = 0; variant < 8; ++variant) {
-                        const TShape s{w, h, bool(variant & 1), bool(variant & 2), variant & 4 ? 5u : 0u,
-                                       variant & 4 ? 7u : 0u};
+                        const TShape s{
+                            w, h, bool(variant & 1), bool(variant & 2), variant & 4 ? 5u : 0u, variant & 4 ? 7u : 0u};
                         ExpectSameAsScalar(c, sw, mode, s, ++seed);
                         if (HasFailure()) return;
                     }
