@@ -1,6 +1,7 @@
 // convert_intr.h: the vector variants of the most used line converters. Each takes its scalar member's
 // arguments and returns non-zero when it converted the whole image (also for a height below 1), 0 when its
-// gate in g_SSEChecker is closed and it did nothing; the bytes written are exactly the scalar member's.
+// gate in g_SSEChecker is closed (or, for the MonoWord and MIPI variants, the source depth is one the scalar
+// member alone handles) and it did nothing; the bytes written are exactly the scalar member's.
 #pragma once
 
 #include "convert/convert_lines.h"

@@ -96,7 +96,8 @@ struct MMipi10High : TByteMap<4, 5, 4> {
 // One step of kPixels pixels of a map, cut into 16-byte destination chunks. Each chunk is shuffled from
 // one or two 16-byte source loads that lie inside the step's source bytes (so no load reaches past the
 // end of a line): load a always, load b when the chunk spans more than 16 source bytes. Control bytes
-// with the high bit set give 0.
+// with the high bit set give 0. The plan is made while compiling; a map that two loads cannot serve does
+// not compile.
 template <class M, uint32_t kStepPixels>
 struct TGatherPlan {
     static constexpr int kPixels = int(kStepPixels), kUnits = kPixels / M::kUnitPixels;
