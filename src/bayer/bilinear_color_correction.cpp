@@ -7,12 +7,9 @@
 
 namespace {
 
-// Columns per pass of the filters; their results wait in small arrays on the stack.
-constexpr uint32_t kChunk = 256;
-
 // The four estimates of every column of a stretch, whatever its site.
 struct TEstimates {
-    uint16_t green[kChunk], opposite[kChunk], across[kChunk], vertical[kChunk];
+    uint16_t green[kStretch], opposite[kStretch], across[kStretch], vertical[kStretch];
 };
 
 template <class T>
@@ -111,8 +108,8 @@ void RunColorCorrection(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w,
         const auto line = IsRedLine(y, p.bShiftLine) ? lines.red : lines.blue;
         uint8_t* pOut = p.pDst + size_t(y) * p.dwDstLineIncrement;
         // Stretches start at even columns, so the line workers picked for column 2 fit them all.
-        for (uint32_t x0 = 2; x0 < w - 2; x0 += kChunk) {
-            const uint32_t x1 = std::min(x0 + kChunk, w - 2);
+        for (uint32_t x0 = 2; x0 < w - 2; x0 += kStretch) {
+            const uint32_t x1 = std::min(x0 + kStretch, w - 2);
             const size_t o = size_t(x0) * TDepth<Bits>::kBytes;  // the stretch's first sample
             Filters<Bits>(s.pLine[0] + o, s.pLine[1] + o, s.pLine[2] + o, s.pLine[3] + o, s.pLine[4] + o, x1 - x0,
                           est.green, est.opposite, est.across, est.vertical);

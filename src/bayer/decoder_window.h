@@ -96,3 +96,36 @@ inline void FinishFrames(const TBayerJob& job, uint32_t dwDstBytes, KaipHLut hLu
     CalculateFrame1(job.src.pData, w, h, job.src.LineIncrement, job.dwBits, job.bShiftLine, job.bShiftColumn,
                     job.pDst->pData, job.pDst->LineIncrement, dwDstBytes * 8, hLut);
 }
+
+// ---- stretches of a line for loops the compiler vectorises ----
+
+// Columns per stretch; results wait in small arrays on the stack. Stretches start at even columns.
+constexpr uint32_t kStretch = 256;
+
+// All ones at green columns of a stretch that starts with one (read from offset 0) or not (offset 1).
+struct TGreenColumns {
+    int32_t at[kStretch + 1];
+    TGreenColumns()
+    {
+        for (uint32_t i = 0; i <= kStretch; ++i) at[i] = -int32_t((i & 1) == 0);
+    }
+};
+extern const TGreenColumns g_GreenColumns;
+
+// The five lines of a stretch widened to 32 bits (masked to the depth) with two columns on
+// either side, so the loops over it work on one lane width throughout.
+struct TWideWindow {
+    int32_t line[5][kStretch + 4];
+    const int32_t* At(int dy) const { return line[2 + dy] + 2; }  // at the stretch's first column
+};
+
+template <unsigned Bits>
+void WidenWindow(const TWindow5<Bits>& s, uint32_t x0, uint32_t x1, TWideWindow& wide)
+{
+    const uint32_t n = x1 - x0 + 4;
+    for (int r = 0; r < 5; ++r) {
+        const uint8_t* __restrict pIn = s.pLine[r] + size_t(x0 - 2) * TDepth<Bits>::kBytes;
+        int32_t* __restrict pOut = wide.line[r];
+        for (uint32_t i = 0; i < n; ++i) pOut[i] = int32_t(TDepth<Bits>::At(pIn, i) & TDepth<Bits>::kMask1);
+    }
+}

@@ -88,40 +88,11 @@ __attribute__((always_inline)) inline int32_t HueTransit(int32_t l1, int32_t l2,
     return bMonotonic ? proportional : curved;
 }
 
-// Columns per pass of the colour estimates, which wait in two small arrays on the stack.
-constexpr uint32_t kChunk = 256;
-
-// All ones at green columns when a stretch starts with one (read from offset 0) or not (offset 1).
-struct TGreenColumns {
-    int32_t at[kChunk + 1];
-    TGreenColumns()
-    {
-        for (uint32_t i = 0; i <= kChunk; ++i) at[i] = -int32_t((i & 1) == 0);
-    }
-};
-const TGreenColumns g_GreenColumns;
-
 // Red and blue from the green plane over a stretch of n columns, every column computed alike
 // so the compiler can vectorise: at green columns hue transit along the line (`first`) and
 // across it (`second`); at red and blue columns hue transit along the diagonal of smaller
 // gradient (both, averaged, on a tie) as `first`, the green plane as `second`. Line pointers
-// start at the stretch's first column; green lines hold the green plane.
-// Samples of `count` columns widened to 32 bits (masked to the depth), so the estimates
-// below work on one lane width throughout.
-template <unsigned Bits>
-void Widen(const uint8_t* __restrict pLine, uint32_t count, int32_t* __restrict pOut)
-{
-    for (int32_t i = 0; i < int32_t(count); ++i) {
-        if constexpr (Bits == 8) {
-            pOut[i] = pLine[i];
-        } else {
-            uint16_t s;
-            std::memcpy(&s, pLine + 2 * i, 2);
-            pOut[i] = s & TDepth<Bits>::kMask1;
-        }
-    }
-}
-
+// point at the stretch's first column; green lines hold the green plane.
 template <unsigned Bits>
 void ColourEstimates(const int32_t* __restrict pUp2, const int32_t* __restrict pUp, const int32_t* __restrict pCur,
                      const int32_t* __restrict pDown, const int32_t* __restrict pDown2,
@@ -220,7 +191,8 @@ void RunGrouping(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32
         (bRed ? lastGreen.red : lastGreen.blue)({}, line, w - 2, w - 1);
     };
     const TColour k{lut};
-    int32_t first[kChunk], second[kChunk], wide[5][kChunk + 4];
+    int32_t first[kStretch], second[kStretch];
+    TWideWindow wide;
     makeGreen(1);
     makeGreen(2);
     for (uint32_t y = 2; y < h - 2; ++y) {
@@ -231,11 +203,10 @@ void RunGrouping(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32
         const int32_t* pIsGreen = g_GreenColumns.at + (bRedLine == p.bShiftColumn ? 0 : 1);  // stretches start even
         const auto line = bRedLine ? colour.red : colour.blue;
         uint8_t* pOut = p.pDst + size_t(y) * p.dwDstLineIncrement;
-        for (uint32_t x0 = 2; x0 < w - 2; x0 += kChunk) {
-            const uint32_t x1 = std::min(x0 + kChunk, w - 2);
-            const size_t o = size_t(x0 - 2) * TDepth<Bits>::kBytes;  // two columns to the left
-            for (int r = 0; r < 5; ++r) Widen<Bits>(s.pLine[r] + o, x1 - x0 + 4, wide[r]);
-            ColourEstimates<Bits>(wide[0] + 2, wide[1] + 2, wide[2] + 2, wide[3] + 2, wide[4] + 2, pGreenUp + x0,
+        for (uint32_t x0 = 2; x0 < w - 2; x0 += kStretch) {
+            const uint32_t x1 = std::min(x0 + kStretch, w - 2);
+            WidenWindow(s, x0, x1, wide);
+            ColourEstimates<Bits>(wide.At(-2), wide.At(-1), wide.At(0), wide.At(1), wide.At(2), pGreenUp + x0,
                                   pGreenCur + x0, pGreenDown + x0, pIsGreen, x1 - x0, first, second);
             line(k, {s.pLine[2], first, second, x0, pOut}, x0, x1);
         }
