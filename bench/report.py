@@ -1,9 +1,10 @@
 #!/usr/bin/python3
 """Turns kaip_bench runs into a Markdown table: ours, the peer and memcpy of each case side by side.
 
-Usage: report.py LABEL=run.json[,run.json...] [LABEL=...] > table.md
+Usage: report.py [--size WxH] LABEL=run.json[,run.json...] [LABEL=...] > table.md
   e.g. report.py default=default.json "SIMD.Level 4=level4.json"
 Several files under one label are one configuration run in parts (a later file's figures win).
+--size keeps the rows of one frame size only (e.g. --size 2448x2048).
 
 Each run is Google Benchmark JSON output (--benchmark_format=json or --benchmark_out=FILE). Benchmarks
 are named Family/Case/Role[/arguments]; Role is Ours, Memcpy or a peer (OpenCV, libyuv). The roles of one
@@ -69,7 +70,7 @@ def ratio(a, b):
     return "" if a is None or b is None or b == 0 else "%.2f" % (a / b)
 
 
-def table(runs):
+def table(runs, only_size=None):
     lines = [
         "| Case | Size | Configuration | Ours ms | Peer | Peer ms | Memcpy ms | Peer/ours | Ours/memcpy |",
         "|---|---|---|---:|---|---:|---:|---:|---:|",
@@ -80,6 +81,8 @@ def table(runs):
             if (case, args) not in cases:
                 cases.append((case, args))
     for case, args in cases:
+        if only_size and size_of(args).split(" ")[0] != only_size:
+            continue
         for label, run in runs:
             ours = run.get((case, args, "Ours"))
             if ours is None:
@@ -95,6 +98,10 @@ def table(runs):
 
 
 def main(argv):
+    only_size = None
+    if len(argv) > 2 and argv[1] == "--size":
+        only_size = argv[2]
+        argv = argv[:1] + argv[3:]
     if len(argv) < 2 or any("=" not in a for a in argv[1:]):
         sys.stderr.write(__doc__)
         return 2
@@ -104,7 +111,7 @@ def main(argv):
         for path in paths.split(","):
             run.update(load(path))
         runs.append((label, run))
-    print(table(runs))
+    print(table(runs, only_size))
     return 0
 
 

@@ -97,7 +97,7 @@ struct V128 {
                 const T v = _mm_or_si128(_mm_and_si128(q[i], keep0), _mm_and_si128(_mm_srli_epi64(q[i], 8), keep1));
                 _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 12 * i), v);
                 if (i < 3) {
-                    _mm_storeh_pd(reinterpret_cast<double*>(p + 12 * i + 6), _mm_castsi128_pd(v));
+                    _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 12 * i + 6), _mm_unpackhi_epi64(v, v));
                 } else {
                     const uint32_t four = uint32_t(_mm_cvtsi128_si32(_mm_srli_si128(v, 8)));
                     const uint16_t two = uint16_t(_mm_extract_epi16(v, 6));
