@@ -5,6 +5,7 @@
 // an unreadable page, so a stray access faults) and leak nothing.
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cstdio>
 #include <cstring>
 #include <functional>
@@ -400,6 +401,93 @@ void AddArgumentCases(std::vector<Case>& cases)
         [] { return KaipSet12BitLutValue(KaipHLut(1), 0x12345678u, 5, 9); });
     add("KaipGet10BitLutValue_NullValue", 0,
         [] { return KaipGet10BitLutValue(KaipHLut(1), KAIP_LUT_CHANNEL_MONO, 5, nullptr); });
+    add("KaipGet8BitLut_On12BitObject", KASTATUS_KAIP_INVALID_LUT_TYPE, [] {
+        KaipHLut h = KaipAllocateLut(KAIP_LUT_12BIT);
+        std::vector<uint8_t> table(256);
+        const KaipStatus status = KaipGet8BitLut(h, table.data(), nullptr, nullptr);
+        KaipFreeLut(h);
+        return status;
+    });
+    add("KaipSet8BitLut_NullTables", 0, [] {
+        KaipHLut h = KaipAllocateLut(KAIP_LUT_8BIT);
+        const KaipStatus status = KaipSet8BitLut(h, nullptr, nullptr, nullptr);
+        KaipFreeLut(h);
+        return status;
+    });
+    add("KaipSet12BitLut_On10BitObject", KASTATUS_KAIP_INVALID_LUT_TYPE, [] {
+        KaipHLut h = KaipAllocateLut(KAIP_LUT_10BIT);
+        std::vector<uint16_t> table(4096, 0xFFFF);
+        const KaipStatus status = KaipSet12BitLut(h, table.data(), table.data(), table.data());
+        KaipFreeLut(h);
+        return status;
+    });
+    add("KaipGet10BitLut_On8BitObject", KASTATUS_KAIP_INVALID_LUT_TYPE, [] {
+        KaipHLut h = KaipAllocateLut(KAIP_LUT_8BIT);
+        std::vector<uint16_t> table(1024);
+        const KaipStatus status = KaipGet10BitLut(h, nullptr, table.data(), nullptr);
+        KaipFreeLut(h);
+        return status;
+    });
+    add("KaipGetLutValue_IndexBeyondTable", 0, [] {
+        uint8_t v8 = 77;
+        uint16_t v12 = 77;
+        KaipStatus status = KaipGet8BitLutValue(KaipHLut(1), KAIP_LUT_CHANNEL_RED, 256, &v8);
+        status |= KaipGet12BitLutValue(KaipHLut(1), KAIP_LUT_CHANNEL_BLUE, 0xFFFFFFFFu, &v12);
+        return v8 == 77 && v12 == 77 ? status : -1;
+    });
+    add("KaipResetLut_Object", 0, [] {
+        KaipHLut h = KaipAllocateLut(KAIP_LUT_ALL_DEPTHS | KAIP_LUT_BAYER | KAIP_LUT_BAYER_16);
+        const KaipStatus status = KaipResetLut(h);
+        KaipFreeLut(h);
+        return status;
+    });
+    // Builder parameters are not range-checked: extremes saturate without overflow.
+    add("KaipLutBuilders_ExtremeParameters", 0, [] {
+        KaipHLut h = KaipAllocateLut(KAIP_LUT_ALL_DEPTHS | KAIP_LUT_BAYER | KAIP_LUT_BAYER_16);
+        KaipStatus status = 0;
+        for (uint32_t gamma : {0u, 1u, 9u, 10u, 0xFFFFFFFFu}) status |= KaipAddGammaToLut(gamma, h);
+        status |= KaipAddWbToLut(0xFFFFFFFFu, 0, 0x80000000u, h);
+        for (int32_t v : {INT32_MIN, -1, INT32_MAX}) {
+            status |= KaipAddOffsetAndGainToLut(v, v, h);
+            status |= KaipAddBrightnessAndContrastToLut(v, -v - 1, h);
+        }
+        KaipFreeLut(h);
+        return status;
+    });
+    add("KaipGetStatusMsg_TinyBuffer", 0, [] {
+        char buffer[1] = {'x'};
+        return KaipGetStatusMsg(KASTATUS_KAIP_INVALID_POINTER, buffer, 1) == buffer && buffer[0] == 0 ? 0 : -1;
+    });
+    add("KaipGetStatusMsg_UnknownCode", 0, [] {
+        char buffer[8];
+        std::memset(buffer, 'x', sizeof buffer);
+        KaipGetStatusMsg(INT32_MIN, buffer, sizeof buffer);
+        return buffer[0] == 0 && buffer[7] == 0 ? 0 : -1;
+    });
+    add("KaipFillWithColor_Null", KASTATUS_KAIP_INVALID_POINTER, [] { return KaipFillWithColor(nullptr, 1, 2, 3); });
+    add("KaipFillWithColor_NotInitialised", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED, [] {
+        Images images(KaipPixelFormat_Mono8, KaipPixelFormat_Mono8);
+        images.dst.info.Height = 0;
+        const KaipStatus status = KaipFillWithColor(&images.dst.info, 1, 2, 3);
+        return images.Untouched() ? status : -1;
+    });
+    add("KaipFillWithColor_PlanesOfPackedFormat", KASTATUS_KAIP_INCOMPATIBLE_FLAGS, [] {
+        Images images(KaipPixelFormat_BGR8Packed, KaipPixelFormat_BGR8Packed);
+        images.dst.info.Flags |= KaipImgFlag_ColorPlanes;
+        const KaipStatus status = KaipFillWithColor(&images.dst.info, 1, 2, 3);
+        return images.Untouched() ? status : -1;
+    });
+    add("KaipFillWithColor_NullData", KASTATUS_KAIP_DST_NOT_ALLOCATED, [] {
+        Images images(KaipPixelFormat_Mono16, KaipPixelFormat_Mono16);
+        images.dst.info.pData = nullptr;
+        return KaipFillWithColor(&images.dst.info, 1, 2, 3);
+    });
+    add("KaipFillWithColor_PackedFormat", KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT, [] {
+        GuardedImage img(kW, kH, KaipPixelFormat_Mono12Packed, kW * 2);
+        std::memset(img.buffer.data(), kSentinel, img.buffer.size());
+        const KaipStatus status = KaipFillWithColor(&img.info, 1, 2, 3);
+        return img.buffer.data()[0] == kSentinel ? status : -1;
+    });
     add("KaipApplyLut_LutOfOtherDepth", KASTATUS_KAIP_INVALID_LUT_TYPE, [] {
         Images images(KaipPixelFormat_Mono8, KaipPixelFormat_Mono8);
         KaipHLut h = KaipAllocateLut(KAIP_LUT_10BIT);
