@@ -6,130 +6,144 @@
 
 namespace {
 
-// One direction as seen from the pixel: its gradient (in halves) and, in quarters, the three
-// colours around the neighbour it points to. At a red or blue pixel the colours are its own,
-// green and the opposite one; at a green pixel green, then the colour whose sites lie like
-// (-2, 1) in the unrotated direction, then the one whose sites lie like (-1, 2).
-struct TDirection {
-    int32_t gradient, first, second, third;
-};
-
 // The eight directions are one north and one north-east template turned by quarter turns;
-// quarter turns keep every site's colour at a red or blue pixel and swap red and blue around
-// a green one.
+// quarter turns keep every site's colour around a red or blue pixel and swap red and blue
+// around a green one.
 template <int Turn>
 struct TTurned {
     static constexpr int Dy(int dy, int dx) { return Turn == 0 ? dy : Turn == 1 ? -dx : Turn == 2 ? -dy : dx; }
     static constexpr int Dx(int dy, int dx) { return Turn == 0 ? dx : Turn == 1 ? dy : Turn == 2 ? -dx : -dy; }
 };
 
+// One direction as seen from the pixel: its gradient (in halves) and, in quarters, the three
+// colours around the neighbour it points to. At a red or blue pixel the colours are its own,
+// green and the opposite one; at a green pixel green, then the colour whose sites lie like
+// (-2, 1) in the unturned direction, then the one whose sites lie like (-1, 2).
+struct TDirection {
+    int32_t gradient, first, second, third;
+};
+
+// Both kinds of pixel are computed for every column and picked by the green-column mask, so
+// the loop has no branches. The axial gradient is the same formula at both kinds.
+template <int Turn, class P>
+inline __attribute__((always_inline)) TDirection Axis(const P& p, int32_t c, int32_t green)
+{
+    auto q = [&](int dy, int dx) { return p(TTurned<Turn>::Dy(dy, dx), TTurned<Turn>::Dx(dy, dx)); };
+    const int32_t g = 2 * std::abs(q(-1, 0) - q(1, 0)) + 2 * std::abs(q(-2, 0) - c) + std::abs(q(-1, -1) - q(1, -1)) +
+                      std::abs(q(-1, 1) - q(1, 1)) + std::abs(q(-2, -1) - q(0, -1)) + std::abs(q(-2, 1) - q(0, 1));
+    const int32_t near4 = 4 * q(-1, 0), side = 2 * (q(-1, -1) + q(-1, 1));
+    const int32_t far = q(-2, -1) + q(-2, 1) + q(0, -1) + q(0, 1);
+    return {g, 2 * (q(-2, 0) + c), (far & green) | (near4 & ~green), (near4 & green) | (side & ~green)};
+}
+
+template <int Turn, class P>
+inline __attribute__((always_inline)) TDirection Diagonal(const P& p, int32_t c, int32_t green)
+{
+    auto q = [&](int dy, int dx) { return p(TTurned<Turn>::Dy(dy, dx), TTurned<Turn>::Dx(dy, dx)); };
+    const int32_t common = 2 * std::abs(q(-1, 1) - q(1, -1)) + 2 * std::abs(q(-2, 2) - c);
+    const int32_t tailRB = std::abs(q(-1, 0) - q(0, -1)) + std::abs(q(0, 1) - q(1, 0)) +
+                           std::abs(q(-2, 1) - q(-1, 0)) + std::abs(q(-1, 2) - q(0, 1));
+    const int32_t tailG = 2 * std::abs(q(-2, 1) - q(0, -1)) + 2 * std::abs(q(-1, 2) - q(1, 0));
+    const int32_t corner4 = 4 * q(-1, 1), ownRB = 2 * (q(-2, 2) + c);
+    const int32_t around = q(-2, 1) + q(-1, 0) + q(-1, 2) + q(0, 1);
+    const int32_t xG = 2 * (q(-2, 1) + q(0, 1)), yG = 2 * (q(-1, 0) + q(-1, 2));
+    return {common + ((tailG & green) | (tailRB & ~green)), (corner4 & green) | (ownRB & ~green),
+            (xG & green) | (around & ~green), (yG & green) | (corner4 & ~green)};
+}
+
+// The estimates of a stretch of n columns: the directions whose gradient is at most
+// 1.5 min + 0.5 (max - min) are chosen; each output is the pixel's sample plus the mean
+// colour difference over them, rounded once and clamped. `first` is green at red and blue
+// columns and the colour beside the pixel at green ones, `second` the opposite colour and the
+// colour above and below. The quotient, at most 4095 with a divisor of at most 32, is exact
+// in float.
+template <unsigned Bits>
+void Estimates(const int32_t* __restrict pUp2, const int32_t* __restrict pUp, const int32_t* __restrict pCur,
+               const int32_t* __restrict pDown, const int32_t* __restrict pDown2, const int32_t* __restrict pIsGreen,
+               uint32_t n, int32_t* __restrict pFirst, int32_t* __restrict pSecond)
+{
+    const int32_t* const rows[5] = {pUp2, pUp, pCur, pDown, pDown2};
+    for (int32_t i = 0; i < int32_t(n); ++i) {
+        auto p = [&](int dy, int dx) { return rows[2 + dy][i + dx]; };
+        const int32_t c = pCur[i], green = pIsGreen[i];
+        const TDirection d[8] = {Axis<0>(p, c, green),     Axis<1>(p, c, green),     Axis<2>(p, c, green),
+                                 Axis<3>(p, c, green),     Diagonal<0>(p, c, green), Diagonal<1>(p, c, green),
+                                 Diagonal<2>(p, c, green), Diagonal<3>(p, c, green)};
+        int32_t lo = d[0].gradient, hi = d[0].gradient;
+        for (int k = 1; k < 8; ++k) lo = std::min(lo, d[k].gradient), hi = std::max(hi, d[k].gradient);
+        const int32_t threshold = 2 * lo + hi;  // twice 1.5 min + 0.5 (max - min)
+        int32_t count = 0, own = 0, a = 0, b = 0;
+        for (int k = 0; k < 8; ++k) {
+            const int32_t take = 2 * d[k].gradient <= threshold ? -1 : 0;
+            // Around a green pixel odd turns swap the colours beside and above.
+            const int32_t swap = (k & 1) ? green : 0;
+            count -= take;
+            own += d[k].first & take;
+            a += ((d[k].third & swap) | (d[k].second & ~swap)) & take;
+            b += ((d[k].second & swap) | (d[k].third & ~swap)) & take;
+        }
+        const int32_t n4 = 4 * count, top = n4 * int32_t(TDepth<Bits>::kMask1);
+        const int32_t numA = std::min(std::max(n4 * c + a - own, 0), top);
+        const int32_t numB = std::min(std::max(n4 * c + b - own, 0), top);
+        pFirst[i] = int32_t(float(numA + n4 / 2) / float(n4));
+        pSecond[i] = int32_t(float(numB + n4 / 2) / float(n4));
+    }
+}
+
+// Writes a stretch from the estimates: one LUT read per colour, sites fixed per column pair.
 template <unsigned Bits, uint32_t DstBytes>
-struct TVariableGradients {
+struct TGradientsColour {
     static constexpr unsigned kBits = Bits;
     struct TLine {
-        TWindow5<Bits> s;
+        const int32_t* pCur;  // widened samples from the stretch's first column
+        const int32_t* pFirst;
+        const int32_t* pSecond;
+        uint32_t x0;
         uint8_t* pOut;
     };
     TBayerLut lut;
 
-    template <int Turn>
-    static int32_t At(const TWindow5<Bits>& s, uint32_t x, int dy, int dx)
-    {
-        return s.At(TTurned<Turn>::Dy(dy, dx), x + TTurned<Turn>::Dx(dy, dx));
-    }
-
-    // At a red or blue pixel c: own colour, green, opposite colour.
-    template <int Turn>
-    static TDirection AxisRB(const TWindow5<Bits>& s, uint32_t x, int32_t c)
-    {
-        auto p = [&](int dy, int dx) { return At<Turn>(s, x, dy, dx); };
-        const int32_t g = 2 * std::abs(p(-1, 0) - p(1, 0)) + 2 * std::abs(p(-2, 0) - c) +
-                          std::abs(p(-1, -1) - p(1, -1)) + std::abs(p(-1, 1) - p(1, 1)) +
-                          std::abs(p(-2, -1) - p(0, -1)) + std::abs(p(-2, 1) - p(0, 1));
-        return {g, 2 * (p(-2, 0) + c), 4 * p(-1, 0), 2 * (p(-1, -1) + p(-1, 1))};
-    }
-    template <int Turn>
-    static TDirection DiagonalRB(const TWindow5<Bits>& s, uint32_t x, int32_t c)
-    {
-        auto p = [&](int dy, int dx) { return At<Turn>(s, x, dy, dx); };
-        const int32_t g = 2 * std::abs(p(-1, 1) - p(1, -1)) + 2 * std::abs(p(-2, 2) - c) +
-                          std::abs(p(-1, 0) - p(0, -1)) + std::abs(p(0, 1) - p(1, 0)) +
-                          std::abs(p(-2, 1) - p(-1, 0)) + std::abs(p(-1, 2) - p(0, 1));
-        return {g, 2 * (p(-2, 2) + c), p(-2, 1) + p(-1, 0) + p(-1, 2) + p(0, 1), 4 * p(-1, 1)};
-    }
-    // At a green pixel c: green, the (-2, 1) colour, the (-1, 2) colour.
-    template <int Turn>
-    static TDirection AxisG(const TWindow5<Bits>& s, uint32_t x, int32_t c)
-    {
-        auto p = [&](int dy, int dx) { return At<Turn>(s, x, dy, dx); };
-        const int32_t g = 2 * std::abs(p(-2, 0) - c) + 2 * std::abs(p(-1, 0) - p(1, 0)) +
-                          std::abs(p(-1, -1) - p(1, -1)) + std::abs(p(-1, 1) - p(1, 1)) +
-                          std::abs(p(-2, -1) - p(0, -1)) + std::abs(p(-2, 1) - p(0, 1));
-        return {g, 2 * (p(-2, 0) + c), p(-2, -1) + p(-2, 1) + p(0, -1) + p(0, 1), 4 * p(-1, 0)};
-    }
-    template <int Turn>
-    static TDirection DiagonalG(const TWindow5<Bits>& s, uint32_t x, int32_t c)
-    {
-        auto p = [&](int dy, int dx) { return At<Turn>(s, x, dy, dx); };
-        const int32_t g = 2 * (std::abs(p(-1, 1) - p(1, -1)) + std::abs(p(-2, 2) - c) + std::abs(p(-2, 1) - p(0, -1)) +
-                               std::abs(p(-1, 2) - p(1, 0)));
-        return {g, 4 * p(-1, 1), 2 * (p(-2, 1) + p(0, 1)), 2 * (p(-1, 0) + p(-1, 2))};
-    }
-
-    // Centre value plus the mean colour difference of the chosen directions, rounded once.
-    static uint32_t Shift(int32_t c, int32_t sum, int32_t sumC, int32_t n4)
-    {
-        const int32_t num = std::min(std::max(n4 * c + sum - sumC, 0), n4 * int32_t(TDepth<Bits>::kMask1));
-        return g_Reciprocals.Divide(uint32_t(num + n4 / 2), uint32_t(n4));
-    }
-
     template <int Site>
     void Pixel(const TLine& l, uint32_t x) const
     {
-        const TWindow5<Bits>& s = l.s;
-        const int32_t c = s.At(0, x);
-        constexpr bool bGreen = Site == kSiteGreenR || Site == kSiteGreenB;
-        TDirection d[8];
-        if constexpr (bGreen) {
-            d[0] = AxisG<0>(s, x, c), d[1] = AxisG<1>(s, x, c), d[2] = AxisG<2>(s, x, c), d[3] = AxisG<3>(s, x, c);
-            d[4] = DiagonalG<0>(s, x, c), d[5] = DiagonalG<1>(s, x, c), d[6] = DiagonalG<2>(s, x, c),
-            d[7] = DiagonalG<3>(s, x, c);
-        } else {
-            d[0] = AxisRB<0>(s, x, c), d[1] = AxisRB<1>(s, x, c), d[2] = AxisRB<2>(s, x, c), d[3] = AxisRB<3>(s, x, c);
-            d[4] = DiagonalRB<0>(s, x, c), d[5] = DiagonalRB<1>(s, x, c), d[6] = DiagonalRB<2>(s, x, c),
-            d[7] = DiagonalRB<3>(s, x, c);
-        }
-        int32_t lo = d[0].gradient, hi = d[0].gradient;
-        for (int i = 1; i < 8; ++i) lo = std::min(lo, d[i].gradient), hi = std::max(hi, d[i].gradient);
-        // Directions up to 1.5 min + 0.5 (max - min) count: twice that is 2 min + max.
-        const int32_t threshold = 2 * lo + hi;
-        int32_t n = 0, s1 = 0, s2 = 0, s3 = 0;
-        // At a green pixel the (-2, 1) colour of even turns is the one beside it, of odd turns the
-        // one above and below, and the other way round for the (-1, 2) colour.
-        int32_t across = 0, vertical = 0;
-        for (int i = 0; i < 8; ++i) {
-            const int32_t take = -int32_t(2 * d[i].gradient <= threshold);  // all ones or zero
-            n -= take;
-            s1 += d[i].first & take;
-            if (bGreen && (i & 1)) {
-                vertical += d[i].second & take, across += d[i].third & take;
-            } else {
-                s2 += d[i].second & take, s3 += d[i].third & take;
-            }
-        }
+        const uint32_t i = x - l.x0, c = uint32_t(l.pCur[i]), first = uint32_t(l.pFirst[i]),
+                       second = uint32_t(l.pSecond[i]);
         uint8_t* p = l.pOut + size_t(x) * DstBytes;
-        const int32_t n4 = 4 * n;
-        if constexpr (bGreen) {
-            const uint32_t h = Shift(c, s2 + across, s1, n4), v = Shift(c, s3 + vertical, s1, n4);
-            const uint32_t r = Site == kSiteGreenR ? h : v, b = Site == kSiteGreenR ? v : h;
-            StoreBgr<DstBytes>(p, lut.pBlue[b], lut.pGreen[c], lut.pRed[r]);
+        if constexpr (Site == kSiteGreenR) {
+            StoreBgr<DstBytes>(p, lut.pBlue[second], lut.pGreen[c], lut.pRed[first]);
+        } else if constexpr (Site == kSiteGreenB) {
+            StoreBgr<DstBytes>(p, lut.pBlue[first], lut.pGreen[c], lut.pRed[second]);
+        } else if constexpr (Site == kSiteRed) {
+            StoreBgr<DstBytes>(p, lut.pBlue[second], lut.pGreen[first], lut.pRed[c]);
         } else {
-            const uint32_t g = Shift(c, s2, s1, n4), o = Shift(c, s3, s1, n4);
-            const uint32_t r = Site == kSiteRed ? uint32_t(c) : o, b = Site == kSiteRed ? o : uint32_t(c);
-            StoreBgr<DstBytes>(p, lut.pBlue[b], lut.pGreen[g], lut.pRed[r]);
+            StoreBgr<DstBytes>(p, lut.pBlue[c], lut.pGreen[first], lut.pRed[second]);
         }
     }
 };
+
+template <unsigned Bits, uint32_t DstBytes>
+void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32_t h)
+{
+    using TColour = TGradientsColour<Bits, DstBytes>;
+    const TColour k{lut};
+    const TSiteLines<TColour> lines(2, p.bShiftColumn);
+    TWideWindow wide;
+    int32_t first[kStretch], second[kStretch];
+    for (uint32_t y = 2; y < h - 2; ++y) {
+        const TWindow5<Bits> s = Window5<Bits>(p, y);
+        const bool bRedLine = IsRedLine(y, p.bShiftLine);
+        const int32_t* pIsGreen = g_GreenColumns.at + (bRedLine == p.bShiftColumn ? 0 : 1);
+        const auto line = bRedLine ? lines.red : lines.blue;
+        uint8_t* pOut = p.pDst + size_t(y) * p.dwDstLineIncrement;
+        for (uint32_t x0 = 2; x0 < w - 2; x0 += kStretch) {
+            const uint32_t x1 = std::min(x0 + kStretch, w - 2);
+            WidenWindow(s, x0, x1, wide);
+            Estimates<Bits>(wide.At(-2), wide.At(-1), wide.At(0), wide.At(1), wide.At(2), pIsGreen, x1 - x0, first,
+                            second);
+            line(k, {wide.At(0), first, second, x0, pOut}, x0, x1);
+        }
+    }
+}
 
 }  // namespace
 
@@ -147,7 +161,7 @@ KaipStatus BdVariableGradients(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDst
     if (w > 4 && h > 4) {
         WithDepth(job.dwBits, [&](auto bits) {
             WithPixelBytes(dwDstBytes, [&](auto bytes) {
-                RunWindow(TVariableGradients<bits, bytes>{lut}, planes, 2, w - 2, 2, h - 2);
+                RunGradients<bits, bytes>(planes, lut, w, h);
             });
         });
     }
