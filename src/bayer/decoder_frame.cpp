@@ -273,5 +273,4 @@ void CalculateFrame2(const uint8_t* pSrc, uint32_t dwWidth, uint32_t dwHeight, u
     });
 }
 
-const TReciprocals g_Reciprocals;
 const TGreenColumns g_GreenColumns;

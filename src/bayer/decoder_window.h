@@ -1,4 +1,4 @@
-// decoder_window.h: the pieces of the decoders that read a 5x5 neighbourhood: line window, site dispatch, rounding.
+// decoder_window.h: the pieces of the decoders that read a 5x5 neighbourhood: line window, site dispatch, stretches.
 #pragma once
 
 #include <algorithm>
@@ -54,37 +54,11 @@ inline bool IsRedLine(uint32_t y, bool bShiftLine)
     return ((y & 1) != 0) == bShiftLine;
 }
 
-// Runs a kernel whose line context is a 5-line window and an output line over lines
-// y0..y1-1 and columns x0..x1-1, two pixels from every edge.
-template <class Kernel>
-void RunWindow(const Kernel& k, const TBayerPlanes& p, uint32_t x0, uint32_t x1, uint32_t y0, uint32_t y1)
-{
-    const TSiteLines<Kernel> lines(x0, p.bShiftColumn);
-    for (uint32_t y = y0; y < y1; ++y) {
-        const typename Kernel::TLine line{Window5<Kernel::kBits>(p, y), p.pDst + size_t(y) * p.dwDstLineIncrement};
-        (IsRedLine(y, p.bShiftLine) ? lines.red : lines.blue)(k, line, x0, x1);
-    }
-}
-
 template <unsigned Bits>
 inline int32_t ClampSample(int32_t v)
 {
     return std::min(std::max(v, 0), int32_t(TDepth<Bits>::kMask1));
 }
-
-// floor(x / d) for 0 <= x < 2^24 and 1 <= d < 4096 by one multiplication: m = floor(2^36 / d) + 1
-// exceeds 2^36 / d by at most 1, so x * m / 2^36 overshoots x / d by less than 2^-12 < 1 / d,
-// which never carries it past the next integer.
-struct TReciprocals {
-    uint64_t m[4096];
-    TReciprocals()
-    {
-        m[0] = 0;
-        for (uint64_t d = 1; d < 4096; ++d) m[d] = (uint64_t(1) << 36) / d + 1;
-    }
-    uint32_t Divide(uint32_t x, uint32_t d) const { return uint32_t((uint64_t(x) * m[d]) >> 36); }
-};
-extern const TReciprocals g_Reciprocals;
 
 // The two outer rings of a decoder with a 5x5 support, after its interior: the second ring by
 // the bilinear rule, then the outermost one by the 2x2 block rule.
