@@ -6,6 +6,7 @@
 #include <immintrin.h>
 
 #include <cstring>
+#include <type_traits>
 
 #include "bayer/bilinear_simd.h"
 
@@ -16,6 +17,7 @@ template <bool bShuffle>
 struct V128 {
     using T = __m128i;
     static constexpr uint32_t N = 16;
+    static constexpr bool kShuffle = bShuffle;  // Lookup and the pshufb interleave are there
     static T Load(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
     static T Zero() { return _mm_setzero_si128(); }
     static T Set16(int16_t v) { return _mm_set1_epi16(v); }
@@ -32,12 +34,24 @@ struct V128 {
     static T PackOrdered(T lo, T hi) { return _mm_packus_epi16(lo, hi); }  // words loaded in memory order
     static T And16(T a, T b) { return _mm_and_si128(a, b); }
     static T Select(T m, T a, T b) { return _mm_or_si128(_mm_and_si128(m, a), _mm_andnot_si128(m, b)); }
+    static T Or(T a, T b) { return _mm_or_si128(a, b); }
     static T Set8(int8_t v) { return _mm_set1_epi8(v); }
     static T Avg(T a, T b) { return _mm_avg_epu8(a, b); }  // (a + b + 1) >> 1 per byte
     static T Xor(T a, T b) { return _mm_xor_si128(a, b); }
     static T And(T a, T b) { return _mm_and_si128(a, b); }
     static T AndNot(T a, T b) { return _mm_andnot_si128(a, b); }  // ~a & b
     static T Sub(T a, T b) { return _mm_sub_epi8(a, b); }
+    static T Row(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+#if defined(__SSSE3__)
+    static T Shuffle(T table, T index)
+    {
+        return _mm_shuffle_epi8(table, index);
+    }
+    static T SaturatingAdd(T a, T b)
+    {
+        return _mm_adds_epu8(a, b);
+    }
+#endif
 
     // Lanes of lo and hi (pixels 0..7, 8..15) as 16 words.
     static void StoreWords(uint16_t* p, T lo, T hi)
@@ -115,6 +129,7 @@ struct V128 {
 struct V256 {
     using T = __m256i;
     static constexpr uint32_t N = 32;
+    static constexpr bool kShuffle = true;
     static T Load(const uint8_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
     static T Zero() { return _mm256_setzero_si256(); }
     static T Set16(int16_t v) { return _mm256_set1_epi16(v); }
@@ -131,12 +146,19 @@ struct V256 {
     static T PackOrdered(T lo, T hi) { return _mm256_permute4x64_epi64(_mm256_packus_epi16(lo, hi), 0xD8); }
     static T And16(T a, T b) { return _mm256_and_si256(a, b); }
     static T Select(T m, T a, T b) { return _mm256_blendv_epi8(b, a, m); }
+    static T Or(T a, T b) { return _mm256_or_si256(a, b); }
     static T Set8(int8_t v) { return _mm256_set1_epi8(v); }
     static T Avg(T a, T b) { return _mm256_avg_epu8(a, b); }
     static T Xor(T a, T b) { return _mm256_xor_si256(a, b); }
     static T And(T a, T b) { return _mm256_and_si256(a, b); }
     static T AndNot(T a, T b) { return _mm256_andnot_si256(a, b); }
     static T Sub(T a, T b) { return _mm256_sub_epi8(a, b); }
+    static T Row(const uint8_t* p)
+    {
+        return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
+    }
+    static T Shuffle(T table, T index) { return _mm256_shuffle_epi8(table, index); }
+    static T SaturatingAdd(T a, T b) { return _mm256_adds_epu8(a, b); }
 
     static void StoreWords(uint16_t* p, T lo, T hi)
     {
@@ -227,14 +249,44 @@ struct TLineSites {
     bool bColourFirst;  // column x0 (and every second one after it) holds red or blue
 };
 
+// A 256-entry byte table as 16 rows of 16 for byte shuffles (SSSE3, AVX2). For row k, v ^ 16k is
+// below 16 exactly where the high nibble of v is k; adding 0x70 with saturation keeps those lanes
+// below 0x80 (low nibble intact) and lifts the others to 0x80 or more, which the shuffle turns
+// into 0. The rows' results are ORed.
+template <class V>
+struct TByteTable {
+    typename V::T rows[16];
+    explicit TByteTable(const uint8_t* pTable)
+    {
+        for (int k = 0; k < 16; ++k) rows[k] = V::Row(pTable + 16 * k);
+    }
+    typename V::T operator()(typename V::T v) const
+    {
+        const typename V::T lift = V::Set8(0x70);
+        typename V::T out = V::Xor(v, v);
+        for (int k = 0; k < 16; ++k) {
+            const typename V::T index = V::SaturatingAdd(V::Xor(v, V::Set8(int8_t(16 * k))), lift);
+            out = V::Or(out, V::Shuffle(rows[k], index));
+        }
+        return out;
+    }
+};
+
 // Null LUT: out = the truncated mean itself. In a red line the colour sites take red = own,
 // green = direct / 4, blue = diagonal / 4 and the green sites red = across / 2, green = own,
 // blue = upDown / 2; a blue line swaps red and blue. The means are exact in byte lanes.
-template <class V, uint32_t DstBytes>
+// bMapped: a LUT whose doubled and quadrupled tables repeat its single ones (as every LUT built by
+// the library's own functions): out = table[mean], looked up in registers.
+template <class V, uint32_t DstBytes, bool bMapped = false>
 void IdentityLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut, uint32_t x0,
-                  uint32_t x1, TLineSites s, const TBayerLut&)
+                  uint32_t x1, TLineSites s, const TBayerLut& lut)
 {
     using T = typename V::T;
+    struct TNone {
+        explicit TNone(const uint8_t*) {}
+    };
+    using TTable = std::conditional_t<bMapped, TByteTable<V>, TNone>;
+    const TTable mapB(lut.pBlue), mapG(lut.pGreen), mapR(lut.pRed);
     const T colour = V::Set16(s.bColourFirst ? 0x00FF : int16_t(0xFF00));  // byte lanes of the colour sites
     const T one = V::Set8(1);
     // floor((a + b) / 2) = avg(a, b) - ((a ^ b) & 1), with the dropped bit kept for the four-mean.
@@ -256,9 +308,14 @@ void IdentityLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown,
         const T up = mean2(V::Load(pUp + x - 1), V::Load(pUp + x + 1), oddU);
         const T down = mean2(V::Load(pDown + x - 1), V::Load(pDown + x + 1), oddD);
         const T diagonal = mean4(up, oddU, down, oddD);
-        const T own = V::Select(colour, sample, across);
-        const T g = V::Select(colour, direct, sample);
-        const T other = V::Select(colour, diagonal, upDown);
+        T own = V::Select(colour, sample, across);
+        T g = V::Select(colour, direct, sample);
+        T other = V::Select(colour, diagonal, upDown);
+        if constexpr (bMapped) {
+            own = s.bRedLine ? mapR(own) : mapB(own);
+            g = mapG(g);
+            other = s.bRedLine ? mapB(other) : mapR(other);
+        }
         uint8_t* p = pOut + size_t(x) * DstBytes;
         if constexpr (DstBytes == 3) {
             s.bRedLine ? V::StoreBgr(p, other, g, own) : V::StoreBgr(p, own, g, other);
@@ -350,14 +407,32 @@ void TableLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, ui
     }
 }
 
+// Whether the doubled and quadrupled tables of an 8-bit LUT repeat its single ones, so that
+// table2[a + b] = table[(a + b) / 2] and table4[sum] = table[sum / 4]: then the means can be
+// looked up in the single tables.
+inline bool RepeatsSingleTables(const TBayerLut& lut)
+{
+    for (uint32_t s = 0; s < 1024; ++s) {
+        if (s < 512 && (lut.pRed2[s] != lut.pRed[s >> 1] || lut.pBlue2[s] != lut.pBlue[s >> 1])) return false;
+        if (lut.pRed4[s] != lut.pRed[s >> 2] || lut.pGreen4[s] != lut.pGreen[s >> 2] ||
+            lut.pBlue4[s] != lut.pBlue[s >> 2])
+            return false;
+    }
+    return true;
+}
+
 // The line worker for a depth, a destination and the LUT kind; null where the vector code has none
 // (tables at 10 or 12 bits).
 template <class V, uint32_t DstBytes>
-auto LineWorker(uint32_t dwBits, bool bIdentity)
+auto LineWorker(uint32_t dwBits, bool bIdentity, const TBayerLut& lut)
 {
     using TLineFn = void (*)(const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*, uint32_t, uint32_t, TLineSites,
                              const TBayerLut&);
-    if (dwBits == 8) return bIdentity ? TLineFn(IdentityLine<V, DstBytes>) : TLineFn(TableLine<V, DstBytes>);
+    if (dwBits == 8 && bIdentity) return TLineFn(IdentityLine<V, DstBytes>);
+    if constexpr (V::kShuffle) {
+        if (dwBits == 8 && RepeatsSingleTables(lut)) return TLineFn(IdentityLine<V, DstBytes, true>);
+    }
+    if (dwBits == 8) return TLineFn(TableLine<V, DstBytes>);
     if (!bIdentity) return TLineFn(nullptr);
     return dwBits == 10 ? TLineFn(IdentityLineDeep<V, 10, DstBytes>) : TLineFn(IdentityLineDeep<V, 12, DstBytes>);
 }
@@ -370,7 +445,8 @@ uint32_t BilinearInterior(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHe
 {
     if (dwWidth < 2 || dwHeight < 3) return 1;
     const uint32_t x0 = 1, x1 = x0 + (dwWidth - 2) / V::N * V::N;
-    const auto line = dwDstBytes == 3 ? LineWorker<V, 3>(dwBits, bIdentity) : LineWorker<V, 4>(dwBits, bIdentity);
+    const auto line =
+        dwDstBytes == 3 ? LineWorker<V, 3>(dwBits, bIdentity, lut) : LineWorker<V, 4>(dwBits, bIdentity, lut);
     if (x1 == x0 || !line) return x0;
     // Column x0 is odd: a red column when the column toggle is set.
     const bool bRedColumnFirst = p.bShiftColumn;

@@ -32,24 +32,34 @@ std::vector<uint8_t> Whole(const GuardedImage& img)
 
 // Widths 2..64 (every position of the last vector block) and a few large ones, every depth (16-bit
 // samples with stray high bits now and then) and pattern, both destinations, the identity, global
-// and a random LUT: each vector level writes exactly the bytes of level 0, sentinel-filled padding
-// included.
+// and random LUTs (one whose doubled and quadrupled tables repeat its single ones, as the library
+// builds them, and one whose do not): each vector level writes exactly the bytes of level 0,
+// sentinel-filled padding included.
 TEST(BilinearInterior8Simd, EveryLevelWritesTheScalarBytes)
 {
     std::vector<Size> sizes;
     for (uint32_t w = 2; w <= 64; ++w) sizes.push_back({w, 3 + w % 4});
     for (uint32_t w : {641u, 1000u, 2448u}) sizes.push_back({w, 5});
-    for (LutKind kind : {LutKind::Identity, LutKind::Global, LutKind::Custom}) {
-        const TestLut lut(kind, 99);
+    for (int variant = 0; variant < 4; ++variant) {
+        const LutKind kind = variant == 0 ? LutKind::Identity : variant == 1 ? LutKind::Global : LutKind::Custom;
+        const TestLut lut(kind, 99 + variant);
+        if (variant == 3) {
+            // Doubled and quadrupled tables that no longer repeat the single ones: the sums index them.
+            TKaIpLut8* p8 = nullptr;
+            ASSERT_EQ(GetLut8(lut.handle, p8), KASTATUS_OK);
+            p8->BayerRed16[40] ^= 0x0100;
+            p8->BayerGreen32[100] ^= 0x00010000;
+        }
         for (uint32_t bytes : {3u, 4u}) {
             const uint32_t format = bytes == 3 ? KaipPixelFormat_BGR8Packed : KaipPixelFormat_BGRA8Packed;
             for (uint32_t step = 0; step < 12; ++step) {
                 const uint32_t bits = 8 + 2 * (step / 4), pattern = step % 4;
                 for (const Size& s : sizes) {
                     const uint32_t seed = 17 + bits * 1000003u + pattern * 7919u + s.w * 131u + bytes;
-                    SCOPED_TRACE(std::string(Name(kind)) + " bytes " + std::to_string(bytes) + " bits " +
-                                 std::to_string(bits) + " pattern " + std::to_string(pattern) + " width " +
-                                 std::to_string(s.w) + " seed " + std::to_string(seed));
+                    SCOPED_TRACE(std::string(Name(kind)) + " variant " + std::to_string(variant) + " bytes " +
+                                 std::to_string(bytes) + " bits " + std::to_string(bits) + " pattern " +
+                                 std::to_string(pattern) + " width " + std::to_string(s.w) + " seed " +
+                                 std::to_string(seed));
                     const BayerImage src(s.w, s.h, bits, pattern & 2, pattern & 1, seed);
                     auto scalar = Destination(s.w, s.h, format, bytes);
                     {
