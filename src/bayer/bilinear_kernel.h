@@ -47,11 +47,11 @@ struct V128 {
     {
         return _mm_shuffle_epi8(table, index);
     }
-    static T SaturatingAdd(T a, T b)
-    {
-        return _mm_adds_epu8(a, b);
-    }
 #endif
+    static T SignMask(T v)
+    {
+        return _mm_cmplt_epi8(v, Zero());
+    }  // lanes of bytes 0x80..0xFF
 
     // Lanes of lo and hi (pixels 0..7, 8..15) as 16 words.
     static void StoreWords(uint16_t* p, T lo, T hi)
@@ -158,7 +158,7 @@ struct V256 {
         return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
     }
     static T Shuffle(T table, T index) { return _mm256_shuffle_epi8(table, index); }
-    static T SaturatingAdd(T a, T b) { return _mm256_adds_epu8(a, b); }
+    static T SignMask(T v) { return v; }  // Select reads bit 7 of each byte only
 
     static void StoreWords(uint16_t* p, T lo, T hi)
     {
@@ -249,26 +249,35 @@ struct TLineSites {
     bool bColourFirst;  // column x0 (and every second one after it) holds red or blue
 };
 
-// A 256-entry byte table as 16 rows of 16 for byte shuffles (SSSE3, AVX2). For row k, v ^ 16k is
-// below 16 exactly where the high nibble of v is k; adding 0x70 with saturation keeps those lanes
-// below 0x80 (low nibble intact) and lifts the others to 0x80 or more, which the shuffle turns
-// into 0. The rows' results are ORed.
+// A 256-entry byte table for byte shuffles (SSSE3, AVX2), in two halves of 8 rows of 16. The
+// rows hold differences: d[0] = row 0, d[k] = row k ^ row k-1. Subtracting 16 k from v leaves bit 7
+// clear (and the low nibble intact) exactly for k = 0 .. the high nibble of v when v < 128, so the
+// shuffles' XOR telescopes to the row of v; the upper half does the same with bit 7 of v flipped,
+// and bit 7 of v picks the half.
 template <class V>
 struct TByteTable {
-    typename V::T rows[16];
+    typename V::T lower[8], upper[8];
     explicit TByteTable(const uint8_t* pTable)
     {
-        for (int k = 0; k < 16; ++k) rows[k] = V::Row(pTable + 16 * k);
+        for (int k = 0; k < 8; ++k) {
+            lower[k] = k ? V::Xor(V::Row(pTable + 16 * k), V::Row(pTable + 16 * (k - 1))) : V::Row(pTable);
+            upper[k] =
+                k ? V::Xor(V::Row(pTable + 128 + 16 * k), V::Row(pTable + 128 + 16 * (k - 1))) : V::Row(pTable + 128);
+        }
+    }
+    static typename V::T Half(const typename V::T* d, typename V::T index)
+    {
+        const typename V::T sixteen = V::Set8(16);
+        typename V::T out = V::Shuffle(d[0], index);
+        for (int k = 1; k < 8; ++k) {
+            index = V::Sub(index, sixteen);
+            out = V::Xor(out, V::Shuffle(d[k], index));
+        }
+        return out;
     }
     typename V::T operator()(typename V::T v) const
     {
-        const typename V::T lift = V::Set8(0x70);
-        typename V::T out = V::Xor(v, v);
-        for (int k = 0; k < 16; ++k) {
-            const typename V::T index = V::SaturatingAdd(V::Xor(v, V::Set8(int8_t(16 * k))), lift);
-            out = V::Or(out, V::Shuffle(rows[k], index));
-        }
-        return out;
+        return V::Select(V::SignMask(v), Half(upper, V::Xor(v, V::Set8(int8_t(0x80)))), Half(lower, v));
     }
 };
 
