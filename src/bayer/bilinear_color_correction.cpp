@@ -1,4 +1,5 @@
-// bilinear_color_correction.cpp: gradient-corrected bilinear interpolation (the 5x5 linear filters of Malvar, He and Cutler).
+// bilinear_color_correction.cpp: gradient-corrected bilinear interpolation (Malvar, He and Cutler 5x5 filters).
+// Cutler).
 #include <cstring>
 #include <type_traits>
 
@@ -50,14 +51,15 @@ void Filters(const uint8_t* __restrict pUp2, const uint8_t* __restrict pUp, cons
         const int16_t c = load(pCur, i), w = load(pCur, i - 1), e = load(pCur, i + 1), n = load(pUp, i),
                       so = load(pDown, i);
         const int16_t nw = load(pUp, i - 1), ne = load(pUp, i + 1), sw = load(pDown, i - 1), se = load(pDown, i + 1);
-        const TSum across2 = TSum(load(pCur, i - 2) + load(pCur, i + 2)), vertical2 = TSum(load(pUp2, i) + load(pDown2, i));
+        const TSum across2 = TSum(load(pCur, i - 2) + load(pCur, i + 2)),
+                   vertical2 = TSum(load(pUp2, i) + load(pDown2, i));
         const TSum diagonal = TSum(nw + ne + sw + se), direct = TSum(w + e + n + so), c16 = TSum(c);
-        const int16_t g = Limit<int16_t>(round16(TSum(8 * c16 + 4 * direct - 2 * (across2 + vertical2))),
-                                         std::min(std::min(w, e), std::min(n, so)),
-                                         std::max(std::max(w, e), std::max(n, so)));
-        const int16_t o = Limit<int16_t>(round16(TSum(12 * c16 + 4 * diagonal - 3 * (across2 + vertical2))),
-                                         std::min(std::min(nw, ne), std::min(sw, se)),
-                                         std::max(std::max(nw, ne), std::max(sw, se)));
+        const int16_t g =
+            Limit<int16_t>(round16(TSum(8 * c16 + 4 * direct - 2 * (across2 + vertical2))),
+                           std::min(std::min(w, e), std::min(n, so)), std::max(std::max(w, e), std::max(n, so)));
+        const int16_t o =
+            Limit<int16_t>(round16(TSum(12 * c16 + 4 * diagonal - 3 * (across2 + vertical2))),
+                           std::min(std::min(nw, ne), std::min(sw, se)), std::max(std::max(nw, ne), std::max(sw, se)));
         const int16_t across =
             Limit<int16_t>(round16(TSum(10 * c16 + 8 * TSum(w + e) - 2 * diagonal - 2 * across2 + vertical2)), w, e);
         const int16_t vertical =
@@ -69,7 +71,6 @@ void Filters(const uint8_t* __restrict pUp2, const uint8_t* __restrict pUp, cons
 
 template <unsigned Bits, uint32_t DstBytes>
 struct TColorCorrection {
-    static constexpr unsigned kBits = Bits;
     struct TLine {
         const uint8_t* pCur;
         const TEstimates* pEst;
@@ -133,9 +134,7 @@ KaipStatus BdBilinearColorCorrection(const KaipImgInfo* pSrcImgInfo, KaipImgInfo
     const TBayerPlanes planes = JobPlanes(job);
     if (w > 4 && h > 4) {
         WithDepth(job.dwBits, [&](auto bits) {
-            WithPixelBytes(dwDstBytes, [&](auto bytes) {
-                RunColorCorrection<bits, bytes>(planes, lut, w, h);
-            });
+            WithPixelBytes(dwDstBytes, [&](auto bytes) { RunColorCorrection<bits, bytes>(planes, lut, w, h); });
         });
     }
     FinishFrames(job, dwDstBytes, hLut);

@@ -1,7 +1,7 @@
-// decoder_frame.cpp: the checks, LUT choice and border (CalculateFrame1) shared by every Bayer decoder.
+// decoder_frame.cpp: the checks, LUT choice and two border rings (CalculateFrame1, CalculateFrame2) of the decoders.
 #include "bayer/decoder_frame.h"
-#include "bayer/decoder_window.h"
 
+#include "bayer/decoder_window.h"
 #include "core/check.h"
 #include "core/common.h"
 #include "core/log.h"

@@ -1,4 +1,4 @@
-// decoder_frame.h: what every Bayer decoder shares: checks, pattern, LUT tables, interior skeleton, border.
+// decoder_frame.h: what every Bayer decoder shares: checks, pattern, LUT tables, interior skeleton, border rings.
 #pragma once
 
 #include <cstdint>

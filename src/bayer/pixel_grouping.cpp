@@ -1,4 +1,5 @@
-// pixel_grouping.cpp: patterned pixel grouping (Chuan-kai Lin): green by gradient-weighted estimates, then red and blue by hue transit.
+// pixel_grouping.cpp: patterned pixel grouping (Chuan-kai Lin): weighted green, then red and blue by hue transit.
+// by hue transit.
 #include <cstdlib>
 #include <cstring>
 
@@ -25,7 +26,6 @@ const TGradientWeights g_GradientWeights;
 // plus the greens across. Rounded once, clamped to the depth.
 template <unsigned Bits>
 struct TGroupingGreen {
-    static constexpr unsigned kBits = Bits;
     struct TLine {
         TWindow5<Bits> s;
         int32_t* pGreen;
@@ -59,7 +59,6 @@ struct TGroupingGreen {
 // Green of the second ring: the truncated mean of the four direct neighbours, as its output.
 template <unsigned Bits>
 struct TBilinearGreen {
-    static constexpr unsigned kBits = Bits;
     using TLine = typename TGroupingGreen<Bits>::TLine;
 
     template <int Site>
@@ -67,8 +66,7 @@ struct TBilinearGreen {
     {
         const TWindow5<Bits>& s = l.s;
         const bool bGreen = Site == kSiteGreenR || Site == kSiteGreenB;
-        l.pGreen[x] = int32_t(bGreen ? s.At(0, x)
-                                      : (s.At(-1, x) + s.At(1, x) + s.At(0, x - 1) + s.At(0, x + 1)) >> 2);
+        l.pGreen[x] = int32_t(bGreen ? s.At(0, x) : (s.At(-1, x) + s.At(1, x) + s.At(0, x - 1) + s.At(0, x + 1)) >> 2);
     }
 };
 
@@ -112,8 +110,7 @@ void ColourEstimates(const int32_t* __restrict pUp2, const int32_t* __restrict p
         const int32_t gL = pGreenCur[i - 1], gR = pGreenCur[i + 1], left = v(pCur, i - 1), right = v(pCur, i + 1);
         // A: along the line at green, the north-east diagonal at red and blue; B: across the
         // line at green, the north-west diagonal at red and blue.
-        const int32_t a =
-            HueTransit<Bits>(pick(gL, gUpR), gc, pick(gR, gDownL), pick(left, upR), pick(right, downL));
+        const int32_t a = HueTransit<Bits>(pick(gL, gUpR), gc, pick(gR, gDownL), pick(left, upR), pick(right, downL));
         const int32_t b = HueTransit<Bits>(pick(gUp, gUpL), gc, pick(gDown, gDownR), pick(up, upL), pick(down, downR));
         const int32_t ne = std::abs(upR - downL) + std::abs(v(pUp2, i + 2) - c) + std::abs(c - v(pDown2, i - 2)) +
                            std::abs(gUpR - gc) + std::abs(gc - gDownL);
@@ -128,7 +125,6 @@ void ColourEstimates(const int32_t* __restrict pUp2, const int32_t* __restrict p
 // Writes a stretch from the estimates: one LUT read per colour, sites fixed per column pair.
 template <unsigned Bits, uint32_t DstBytes>
 struct TGroupingColour {
-    static constexpr unsigned kBits = Bits;
     struct TLine {
         const uint8_t* pCur;
         const int32_t* pFirst;
@@ -222,9 +218,8 @@ KaipStatus BdPixelGrouping(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgI
     TBayerJob job;
     TBayerLut lut;
     uint32_t dwDstBytes = 0;
-    const KaipStatus status =
-        PrepareInterpolatingDecoder(pszFunc, pSrcImgInfo, pDstImgInfo, dwDstPixelFormat, dwOptions, hLut, job, lut,
-                                    dwDstBytes);
+    const KaipStatus status = PrepareInterpolatingDecoder(pszFunc, pSrcImgInfo, pDstImgInfo, dwDstPixelFormat,
+                                                          dwOptions, hLut, job, lut, dwDstBytes);
     if (status != KASTATUS_OK) return status;
     const uint32_t w = job.src.Width, h = job.src.Height;
     if (w > 4 && h > 4) {

@@ -41,8 +41,8 @@ inline __attribute__((always_inline)) TDirection Diagonal(const P& p, int32_t c,
 {
     auto q = [&](int dy, int dx) { return p(TTurned<Turn>::Dy(dy, dx), TTurned<Turn>::Dx(dy, dx)); };
     const int32_t common = 2 * std::abs(q(-1, 1) - q(1, -1)) + 2 * std::abs(q(-2, 2) - c);
-    const int32_t tailRB = std::abs(q(-1, 0) - q(0, -1)) + std::abs(q(0, 1) - q(1, 0)) +
-                           std::abs(q(-2, 1) - q(-1, 0)) + std::abs(q(-1, 2) - q(0, 1));
+    const int32_t tailRB = std::abs(q(-1, 0) - q(0, -1)) + std::abs(q(0, 1) - q(1, 0)) + std::abs(q(-2, 1) - q(-1, 0)) +
+                           std::abs(q(-1, 2) - q(0, 1));
     const int32_t tailG = 2 * std::abs(q(-2, 1) - q(0, -1)) + 2 * std::abs(q(-1, 2) - q(1, 0));
     const int32_t corner4 = 4 * q(-1, 1), ownRB = 2 * (q(-2, 2) + c);
     const int32_t around = q(-2, 1) + q(-1, 0) + q(-1, 2) + q(0, 1);
@@ -93,7 +93,6 @@ void Estimates(const int32_t* __restrict pUp2, const int32_t* __restrict pUp, co
 // Writes a stretch from the estimates: one LUT read per colour, sites fixed per column pair.
 template <unsigned Bits, uint32_t DstBytes>
 struct TGradientsColour {
-    static constexpr unsigned kBits = Bits;
     struct TLine {
         const int32_t* pCur;  // widened samples from the stretch's first column
         const int32_t* pFirst;
@@ -160,9 +159,7 @@ KaipStatus BdVariableGradients(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDst
     const TBayerPlanes planes = JobPlanes(job);
     if (w > 4 && h > 4) {
         WithDepth(job.dwBits, [&](auto bits) {
-            WithPixelBytes(dwDstBytes, [&](auto bytes) {
-                RunGradients<bits, bytes>(planes, lut, w, h);
-            });
+            WithPixelBytes(dwDstBytes, [&](auto bytes) { RunGradients<bits, bytes>(planes, lut, w, h); });
         });
     }
     FinishFrames(job, dwDstBytes, hLut);

@@ -1,4 +1,4 @@
-// bilinear_color_correction_test.cpp: KaipBdBilinearColorCorrection against its per-pixel reference; flat and ramp images; refusals.
+// bilinear_color_correction_test.cpp: KaipBdBilinearColorCorrection against its reference; flat, ramp; refusals.
 #include <gtest/gtest.h>
 
 #include "bayer/interpolation_model.h"

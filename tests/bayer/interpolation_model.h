@@ -62,8 +62,10 @@ inline Px ColorCorrection(const Mosaic& m, const Outputs& o, uint32_t x, uint32_
         const Colour own = m.site(x, y);
         if (own == G) {
             // Colour of the left and right neighbours, and of the upper and lower ones.
-            const int32_t side = Limited(10 * c + 8 * (v(-1, 0) + v(1, 0)) - 2 * diag - 2 * h2 + v2, {v(-1, 0), v(1, 0)});
-            const int32_t vert = Limited(10 * c + 8 * (v(0, -1) + v(0, 1)) - 2 * diag - 2 * v2 + h2, {v(0, -1), v(0, 1)});
+            const int32_t side =
+                Limited(10 * c + 8 * (v(-1, 0) + v(1, 0)) - 2 * diag - 2 * h2 + v2, {v(-1, 0), v(1, 0)});
+            const int32_t vert =
+                Limited(10 * c + 8 * (v(0, -1) + v(0, 1)) - 2 * diag - 2 * v2 + h2, {v(0, -1), v(0, 1)});
             return m.redLine(y) ? Output(o, side, c, vert) : Output(o, vert, c, side);
         }
         const int32_t g = Limited(8 * c + 4 * (v(-1, 0) + v(1, 0) + v(0, -1) + v(0, 1)) - 2 * (h2 + v2),
@@ -118,11 +120,9 @@ inline const DirectionTemplate& Template(bool greenCentre, bool diagonal)
                                            {{-1, -2}, {-1, 0}, 1},
                                            {{1, -2}, {1, 0}, 1}},
                                           {{0, -2}, {0, 0}, {0, -1}, {-1, -2}, {1, -2}, {-1, 0}, {1, 0}}};
-    static const DirectionTemplate gNorthEast{{{{1, -1}, {-1, 1}, 2},
-                                               {{2, -2}, {0, 0}, 2},
-                                               {{1, -2}, {-1, 0}, 2},
-                                               {{2, -1}, {0, 1}, 2}},
-                                              {{1, -1}, {1, -2}, {1, 0}, {0, -1}, {2, -1}}};
+    static const DirectionTemplate gNorthEast{
+        {{{1, -1}, {-1, 1}, 2}, {{2, -2}, {0, 0}, 2}, {{1, -2}, {-1, 0}, 2}, {{2, -1}, {0, 1}, 2}},
+        {{1, -1}, {1, -2}, {1, 0}, {0, -1}, {2, -1}}};
     return greenCentre ? (diagonal ? gNorthEast : gNorth) : (diagonal ? rbNorthEast : rbNorth);
 }
 
@@ -227,8 +227,8 @@ using PixelModel = Px (*)(const Mosaic&, const Outputs&, uint32_t, uint32_t);
 // Sizes from the smallest (frames only) past the 5x5 support to a few larger odd ones.
 inline const std::vector<Size>& WindowSizes()
 {
-    static const std::vector<Size> sizes{{2, 2}, {3, 3}, {4, 4}, {5, 5}, {2, 5}, {5, 3}, {6, 5},
-                                         {5, 8}, {7, 6}, {9, 9}, {33, 17}, {70, 41}};
+    static const std::vector<Size> sizes{{2, 2}, {3, 3}, {4, 4}, {5, 5}, {2, 5},   {5, 3},
+                                         {6, 5}, {5, 8}, {7, 6}, {9, 9}, {33, 17}, {70, 41}};
     return sizes;
 }
 
@@ -246,8 +246,9 @@ inline void ExpectMatchesModel(Decoder decode, PixelModel model)
             ForEachMosaic(WindowSizes(), 17 * f.bytes, [&](const BayerImage& src) {
                 auto dst = Destination(src.m.w, src.m.h, f.code, f.bytes);
                 ASSERT_EQ(decode(&src.img->info, &dst->info, f.code, 0, lut.handle), 0);
-                const auto want = Expected(*dst, f.bytes, false,
-                                           [&](uint32_t x, uint32_t y) { return model(src.m, lut.of(src.m.bits), x, y); });
+                const auto want = Expected(*dst, f.bytes, false, [&](uint32_t x, uint32_t y) {
+                    return model(src.m, lut.of(src.m.bits), x, y);
+                });
                 ASSERT_EQ(FirstDifference(*dst, f.bytes, want), "");
             });
             if (::testing::Test::HasFatalFailure()) return;
@@ -284,9 +285,8 @@ inline void ExpectFlatAndRampExact(Decoder decode)
                         const uint8_t want = uint8_t(grey(x, y));
                         const uint8_t* p = dst->buffer.data() + size_t(y) * dst->info.LineIncrement + 3 * x;
                         ASSERT_TRUE(p[0] == want && p[1] == want && p[2] == want)
-                            << "bits " << bits << " pattern " << pattern << " ramp " << ramp << " at " << x
-                            << "," << y << ": " << int(p[0]) << " " << int(p[1]) << " " << int(p[2]) << " want "
-                            << int(want);
+                            << "bits " << bits << " pattern " << pattern << " ramp " << ramp << " at " << x << "," << y
+                            << ": " << int(p[0]) << " " << int(p[1]) << " " << int(p[2]) << " want " << int(want);
                     }
                 }
             }
