@@ -66,17 +66,23 @@ KaipStatus ApplyLutImage(const KaipImgInfo& src, const KaipImgInfo& dst, KaipHLu
 {
     TLut* pLut;
     if (GetLut(hLut, pLut) != KASTATUS_OK) return KASTATUS_KAIP_INVALID_LUT_TYPE;
-    // 8-bit mono lines go 32 bytes at a time through AVX2 shuffles where allowed, the rest here.
+    // 8-bit lines whose samples all read one table (mono, or three channels with equal tables) go
+    // 32 bytes at a time through AVX2 shuffles where allowed, in whole pixels; the rest here.
+    constexpr bool kOneTable = std::is_same_v<TLut, TKaIpLut8> && Channels != 4;
     bool bAvx2 = false;
-    if constexpr (std::is_same_v<TLut, TKaIpLut8> && Channels == 1) bAvx2 = g_SSEChecker.UseAVX2();
+    if constexpr (kOneTable) {
+        bAvx2 = g_SSEChecker.UseAVX2() && (Channels == 1 || (std::memcmp(pLut->Red, pLut->Green, TLut::N) == 0 &&
+                                                             std::memcmp(pLut->Blue, pLut->Green, TLut::N) == 0));
+    }
+    const uint32_t dwVectorBytes = Channels == 1 ? src.Width : src.Width * Channels / 96 * 96;  // 96: 32 pixels
     for (uint32_t y = 0; y < src.Height; ++y) {
         const uint8_t* pSrc = src.pData + size_t(y) * src.LineIncrement;
         uint8_t* pDst = dst.pData + size_t(y) * dst.LineIncrement;
-        uint32_t done = 0;
-        if constexpr (std::is_same_v<TLut, TKaIpLut8> && Channels == 1) {
-            if (bAvx2) done = ApplyLut8Line_avx2(pSrc, pDst, src.Width, pLut->Green);
+        uint32_t done = 0;  // bytes, a whole number of pixels
+        if constexpr (kOneTable) {
+            if (bAvx2) done = ApplyLut8Line_avx2(pSrc, pDst, dwVectorBytes, pLut->Green);
         }
-        ApplyLutLine<TLut, Channels, Bgr>(pSrc + done, pDst + done, src.Width - done, *pLut);
+        ApplyLutLine<TLut, Channels, Bgr>(pSrc + done, pDst + done, src.Width - done / Channels, *pLut);
     }
     return KASTATUS_OK;
 }
