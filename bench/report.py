@@ -1,10 +1,11 @@
 #!/usr/bin/python3
 """Turns kaip_bench runs into a Markdown table: ours, the peer and memcpy of each case side by side.
 
-Usage: report.py [--size WxH] LABEL=run.json[,run.json...] [LABEL=...] > table.md
+Usage: report.py [--size WxH] [--peers-only] LABEL=run.json[,run.json...] [LABEL=...] > table.md
   e.g. report.py default=default.json "SIMD.Level 4=level4.json"
 Several files under one label are one configuration run in parts (a later file's figures win).
---size keeps the rows of one frame size only (e.g. --size 2448x2048).
+--size keeps the rows of one frame size only (e.g. --size 2448x2048); --peers-only the cases
+that have a peer.
 
 Each run is Google Benchmark JSON output (--benchmark_format=json or --benchmark_out=FILE). Benchmarks
 are named Family/Case/Role[/arguments]; Role is Ours, Memcpy or a peer (OpenCV, libyuv). The roles of one
@@ -70,7 +71,7 @@ def ratio(a, b):
     return "" if a is None or b is None or b == 0 else "%.2f" % (a / b)
 
 
-def table(runs, only_size=None):
+def table(runs, only_size=None, peers_only=False):
     lines = [
         "| Case | Size | Configuration | Ours ms | Peer | Peer ms | Memcpy ms | Peer/ours | Ours/memcpy |",
         "|---|---|---|---:|---|---:|---:|---:|---:|",
@@ -88,7 +89,11 @@ def table(runs, only_size=None):
             if ours is None:
                 continue
             memcpy = run.get((case, args, "Memcpy"))
-            peers = sorted(r for (c, a, r) in run if (c, a) == (case, args) and r not in ROLE_ORDER) or [None]
+            peers = sorted(r for (c, a, r) in run if (c, a) == (case, args) and r not in ROLE_ORDER)
+            if not peers:
+                if peers_only:
+                    continue
+                peers = [None]
             for peer in peers:
                 peer_ms = run.get((case, args, peer)) if peer else None
                 lines.append("| %s | %s | %s | %s | %s | %s | %s | %s | %s |" % (
@@ -98,10 +103,16 @@ def table(runs, only_size=None):
 
 
 def main(argv):
-    only_size = None
-    if len(argv) > 2 and argv[1] == "--size":
-        only_size = argv[2]
-        argv = argv[:1] + argv[3:]
+    only_size, peers_only = None, False
+    while len(argv) > 1 and argv[1].startswith("--"):
+        if argv[1] == "--size" and len(argv) > 2:
+            only_size = argv[2]
+            argv = argv[:1] + argv[3:]
+        elif argv[1] == "--peers-only":
+            peers_only = True
+            argv = argv[:1] + argv[2:]
+        else:
+            break
     if len(argv) < 2 or any("=" not in a for a in argv[1:]):
         sys.stderr.write(__doc__)
         return 2
@@ -111,7 +122,7 @@ def main(argv):
         for path in paths.split(","):
             run.update(load(path))
         runs.append((label, run))
-    print(table(runs, only_size))
+    print(table(runs, only_size, peers_only))
     return 0
 
 
