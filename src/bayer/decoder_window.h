@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 
 #include "bayer/decoder_frame.h"
 
@@ -100,6 +101,14 @@ void WidenWindow(const TWindow5<Bits>& s, uint32_t x0, uint32_t x1, TWideWindow&
     for (int r = 0; r < 5; ++r) {
         const uint8_t* __restrict pIn = s.pLine[r] + size_t(x0 - 2) * TDepth<Bits>::kBytes;
         int32_t* __restrict pOut = wide.line[r];
-        for (uint32_t i = 0; i < n; ++i) pOut[i] = int32_t(TDepth<Bits>::At(pIn, i) & TDepth<Bits>::kMask1);
+        for (int32_t i = 0; i < int32_t(n); ++i) {  // a signed index: the compiler vectorises it
+            if constexpr (Bits == 8) {
+                pOut[i] = pIn[i];
+            } else {
+                uint16_t v;
+                std::memcpy(&v, pIn + 2 * i, 2);
+                pOut[i] = v & TDepth<Bits>::kMask1;
+            }
+        }
     }
 }
