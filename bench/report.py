@@ -5,7 +5,7 @@ Usage: report.py [--size WxH] [--peers-only] LABEL=run.json[,run.json...] [LABEL
   e.g. report.py default=default.json "SIMD.Level 4=level4.json"
 Several files under one label are one configuration run in parts (a later file's figures win).
 --size keeps the rows of one frame size only (e.g. --size 2448x2048); --peers-only the cases
-that have a peer.
+that have a peer (OpenCV, libyuv; our own scalar variants are left out).
 
 Each run is Google Benchmark JSON output (--benchmark_format=json or --benchmark_out=FILE). Benchmarks
 are named Family/Case/Role[/arguments]; Role is Ours, Memcpy or a peer (OpenCV, libyuv). The roles of one
@@ -89,7 +89,8 @@ def table(runs, only_size=None, peers_only=False):
             if ours is None:
                 continue
             memcpy = run.get((case, args, "Memcpy"))
-            peers = sorted(r for (c, a, r) in run if (c, a) == (case, args) and r not in ROLE_ORDER)
+            peers = sorted(r for (c, a, r) in run if (c, a) == (case, args) and r not in ROLE_ORDER
+                           and not (peers_only and r == "scalar"))
             if not peers:
                 if peers_only:
                     continue
