@@ -388,7 +388,7 @@ KAIP_API KaipStatus KaipBdBilinearInterpolation(const KaipImgInfo* pSrcImgInfo, 
  * the directions whose gradient is at most 1.5 x minimum + 0.5 x (maximum - minimum) are kept,
  * and each missing colour is the pixel's own sample plus the mean, over the kept directions,
  * of that colour's difference to the pixel's colour around the neighbour in the direction.
- * The slowest of the three (about 40 times the bilinear decoder's time with a LUT). */
+ * The slowest of the three: about 12 times the bilinear decoder's time with a LUT. */
 KAIP_API KaipStatus KaipBdVariableGradients(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
                                             uint32_t dwDstPixelFormat, uint32_t dwOptions, KaipHLut hLut);
 
@@ -397,7 +397,8 @@ KAIP_API KaipStatus KaipBdVariableGradients(const KaipImgInfo* pSrcImgInfo, Kaip
  * the slope of the pixel's own colour), weighted by 4096 / (1 + gradient) with the gradient
  * in 8-bit steps; red and blue then follow the green plane by hue transit, in proportion where
  * green rises or falls steadily across the pixel and by colour difference otherwise; at red
- * and blue sites along the diagonal of smaller gradient. The best PSNR of the library.
+ * and blue sites along the diagonal of smaller gradient. The best PSNR of the library, about
+ * 9 times the bilinear decoder's time with a LUT.
  * Allocates three lines of green (12 bytes per column) per call: when that fails it returns
  * KASTATUS_KAIP_MEMORY_ALLOC_FAILED, after a rebuild of the destination but before any write. */
 KAIP_API KaipStatus KaipBdPixelGrouping(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
