@@ -31,6 +31,16 @@ inline int32_t CorrectChannel(const int32_t* c, TSum r, TSum g, TSum b, TSum max
 
 using TCorrectLine = void(const uint8_t*, uint8_t*, uint32_t, const int32_t*, int32_t, const TLutTables&);
 
+// Whether an instruction-set tag brings its own three-byte correction, static uint32_t
+// CorrectBytes3(pSrc, pDst, dwWidth, c, iRed), which corrects the first pixels of an 8-bit RGB/BGR
+// line without a LUT exactly as CorrectLine does and returns how many it did.
+template <class TIsa, class = void>
+struct THasCorrectBytes3 : std::false_type {
+};
+template <class TIsa>
+struct THasCorrectBytes3<TIsa, std::void_t<decltype(&TIsa::CorrectBytes3)>> : std::true_type {
+};
+
 // One line of a packed RGB/BGR format: red at sample iRed, green at 1, blue at 2 - iRed, iStep
 // samples per pixel (a fourth sample is left alone). The output may be the input line itself.
 template <class TIsa, typename TSample, typename TSum, int iRed, int iStep, bool bLut>
@@ -42,7 +52,12 @@ void CorrectLine(const uint8_t* pSrcLine, uint8_t* pDstLine, uint32_t dwWidth, c
     const TSample* pRed = static_cast<const TSample*>(lut.pRed);
     const TSample* pGreen = static_cast<const TSample*>(lut.pGreen);
     const TSample* pBlue = static_cast<const TSample*>(lut.pBlue);
-    for (uint32_t x = 0; x < dwWidth; ++x, s += iStep, d += iStep) {
+    uint32_t x = 0;
+    if constexpr (THasCorrectBytes3<TIsa>::value && sizeof(TSample) == 1 && iStep == 3 && !bLut) {
+        x = TIsa::CorrectBytes3(pSrcLine, pDstLine, dwWidth, c, iRed);
+        s += size_t(x) * iStep, d += size_t(x) * iStep;
+    }
+    for (; x < dwWidth; ++x, s += iStep, d += iStep) {
         const TSum r = s[iRed], g = s[1], b = s[2 - iRed];
         const int32_t vr = CorrectChannel<TIsa, TSum>(c, r, g, b, iMax);
         const int32_t vg = CorrectChannel<TIsa, TSum>(c + 3, r, g, b, iMax);
