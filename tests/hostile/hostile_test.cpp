@@ -673,7 +673,9 @@ void WriteAll(const std::string& path, const uint8_t* p, size_t n)
 {
     FILE* f = std::fopen(path.c_str(), "wb");
     ASSERT_NE(f, nullptr);
-    if (n) ASSERT_EQ(std::fwrite(p, 1, n, f), n);
+    if (n) {
+        ASSERT_EQ(std::fwrite(p, 1, n, f), n);
+    }
     std::fclose(f);
 }
 
