@@ -4,6 +4,7 @@
 // it also shows that a call shares nothing writable with other threads but the global LUT, which
 // the pipeline only reads.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstring>
@@ -18,6 +19,12 @@ namespace {
 constexpr int kThreads = 4;
 constexpr int kFrames = 12;
 constexpr uint32_t kW = 96, kH = 64;
+
+// The files of one thread of this process.
+std::string BaseName(int thread)
+{
+    return testing::TempDir() + "kaip_concurrency_" + std::to_string(getpid()) + "_" + std::to_string(thread);
+}
 
 // FNV-1a over the pixel bytes of every line.
 void Hash(uint64_t& h, const KaipImgInfo& img)
@@ -39,7 +46,7 @@ bool Blank(KaipImgInfo& img, uint32_t format)
 // step fails.
 uint64_t RunFrame(int thread, int frame, KaipHLut hLut)
 {
-    const std::string base = testing::TempDir() + "kaip_concurrency_" + std::to_string(thread);
+    const std::string base = BaseName(thread);
     uint64_t h = 0xCBF29CE484222325ull;
     KaipImgInfo raw{}, bgr{}, rgb{}, mono{}, bgra{}, sharp{}, turned{}, mirrored{}, loadedJpeg{}, loadedBmp{};
     bool ok = KaipInitImgInfo(&raw, kW, kH, KaipPixelFormat_BayerRG8, 0) == 0 && KaipAllocateImageData(&raw) == 0;
@@ -101,7 +108,7 @@ TEST(Concurrency, ThreadsGetTheSingleThreadResults)
     for (std::thread& thread : threads) thread.join();
     for (int t = 0; t < kThreads; ++t) EXPECT_EQ(actual[t], expected[t]) << "thread " << t;
     for (int t = 0; t < kThreads; ++t) {
-        const std::string base = testing::TempDir() + "kaip_concurrency_" + std::to_string(t);
+        const std::string base = BaseName(t);
         std::remove((base + ".jpg").c_str());
         std::remove((base + ".bmp").c_str());
     }

@@ -4,6 +4,7 @@
 // documented status, leave the source and the destination's bytes as they were (buffers end at
 // an unreadable page, so a stray access faults) and leak nothing.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <climits>
 #include <cstdio>
@@ -91,7 +92,8 @@ void PrintTo(const Case& c, std::ostream* os) { *os << c.name; }
 struct FileKind;
 void PrintTo(const FileKind& kind, std::ostream* os);
 
-const std::string kTmp = testing::TempDir();
+// Files of this process only, so that runs side by side do not meet.
+const std::string kTmp = testing::TempDir() + "kaip_hostile_" + std::to_string(getpid()) + "_";
 
 const std::vector<ImageFunction>& ImageFunctions()
 {
