@@ -23,8 +23,9 @@ struct TDirection {
     int32_t gradient, first, second, third;
 };
 
-// Both kinds of pixel are computed for every column and picked by the green-column mask, so
-// the loop has no branches. The axial gradient is the same formula at both kinds.
+// A loop runs over the columns of one kind, so `green` (all ones at green pixels) is a
+// constant and the picks between the kinds fold away. The axial gradient is the same formula
+// at both kinds.
 template <int Turn, class P>
 inline __attribute__((always_inline)) TDirection Axis(const P& p, int32_t c, int32_t green)
 {
@@ -51,42 +52,56 @@ inline __attribute__((always_inline)) TDirection Diagonal(const P& p, int32_t c,
             (xG & green) | (around & ~green), (yG & green) | (corner4 & ~green)};
 }
 
-// The estimates of a stretch of n columns: the directions whose gradient is at most
-// 1.5 min + 0.5 (max - min) are chosen; each output is the pixel's sample plus the mean
-// colour difference over them, rounded once and clamped. `first` is green at red and blue
-// columns and the colour beside the pixel at green ones, `second` the opposite colour and the
-// colour above and below. The quotient, at most 4095 with a divisor of at most 32, is exact
-// in float.
-template <unsigned Bits>
-void Estimates(const int32_t* __restrict pUp2, const int32_t* __restrict pUp, const int32_t* __restrict pCur,
-               const int32_t* __restrict pDown, const int32_t* __restrict pDown2, const int32_t* __restrict pIsGreen,
-               uint32_t n, int32_t* __restrict pFirst, int32_t* __restrict pSecond)
+// The estimates of the count columns of one parity (green or not) of a stretch: the
+// directions whose gradient is at most 1.5 min + 0.5 (max - min) are chosen; each output is
+// the pixel's sample plus the mean colour difference over them, rounded once and clamped.
+// `first` is green at red and blue columns and the colour beside the pixel at green ones,
+// `second` the opposite colour and the colour above and below. The quotient, at most 4095
+// with a divisor of at most 32, is exact in float.
+template <unsigned Bits, bool Green, int Par>
+void Estimates(const TSplitWindow& __restrict win, uint32_t count, int32_t* __restrict pFirst,
+               int32_t* __restrict pSecond)
 {
-    const int32_t* const rows[5] = {pUp2, pUp, pCur, pDown, pDown2};
-    for (int32_t i = 0; i < int32_t(n); ++i) {
-        auto p = [&](int dy, int dx) { return rows[2 + dy][i + dx]; };
-        const int32_t c = pCur[i], green = pIsGreen[i];
+    constexpr int32_t green = Green ? -1 : 0;
+    for (int32_t j = 0; j < int32_t(count); ++j) {
+        auto p = [&](int dy, int dx) { return win.half[(Par + dx) & 1][2 + dy][j + ((Par + dx + 2) >> 1)]; };
+        const int32_t c = p(0, 0);
         const TDirection d[8] = {Axis<0>(p, c, green),     Axis<1>(p, c, green),     Axis<2>(p, c, green),
                                  Axis<3>(p, c, green),     Diagonal<0>(p, c, green), Diagonal<1>(p, c, green),
                                  Diagonal<2>(p, c, green), Diagonal<3>(p, c, green)};
         int32_t lo = d[0].gradient, hi = d[0].gradient;
         for (int k = 1; k < 8; ++k) lo = std::min(lo, d[k].gradient), hi = std::max(hi, d[k].gradient);
         const int32_t threshold = 2 * lo + hi;  // twice 1.5 min + 0.5 (max - min)
-        int32_t count = 0, own = 0, a = 0, b = 0;
+        int32_t taken = 0, own = 0, a = 0, b = 0;
         for (int k = 0; k < 8; ++k) {
             const int32_t take = 2 * d[k].gradient <= threshold ? -1 : 0;
             // Around a green pixel odd turns swap the colours beside and above.
-            const int32_t swap = (k & 1) ? green : 0;
-            count -= take;
+            const bool bSwap = Green && (k & 1);
+            taken -= take;
             own += d[k].first & take;
-            a += ((d[k].third & swap) | (d[k].second & ~swap)) & take;
-            b += ((d[k].second & swap) | (d[k].third & ~swap)) & take;
+            a += (bSwap ? d[k].third : d[k].second) & take;
+            b += (bSwap ? d[k].second : d[k].third) & take;
         }
-        const int32_t n4 = 4 * count, top = n4 * int32_t(TDepth<Bits>::kMask1);
+        const int32_t n4 = 4 * taken, top = n4 * int32_t(TDepth<Bits>::kMask1);
         const int32_t numA = std::min(std::max(n4 * c + a - own, 0), top);
         const int32_t numB = std::min(std::max(n4 * c + b - own, 0), top);
-        pFirst[i] = int32_t(float(numA + n4 / 2) / float(n4));
-        pSecond[i] = int32_t(float(numB + n4 / 2) / float(n4));
+        pFirst[j] = int32_t(float(numA + n4 / 2) / float(n4));
+        pSecond[j] = int32_t(float(numB + n4 / 2) / float(n4));
+    }
+}
+
+// The estimates of both parities of a stretch of n columns whose green columns have parity
+// greenParity; index 1 of the outputs holds the green columns.
+template <unsigned Bits>
+void StretchEstimates(const TSplitWindow& win, uint32_t n, int greenParity, int32_t (&first)[2][kStretch / 2],
+                      int32_t (&second)[2][kStretch / 2])
+{
+    if (greenParity == 0) {
+        Estimates<Bits, true, 0>(win, (n + 1) / 2, first[1], second[1]);
+        Estimates<Bits, false, 1>(win, n / 2, first[0], second[0]);
+    } else {
+        Estimates<Bits, false, 0>(win, (n + 1) / 2, first[0], second[0]);
+        Estimates<Bits, true, 1>(win, n / 2, first[1], second[1]);
     }
 }
 
@@ -94,9 +109,9 @@ void Estimates(const int32_t* __restrict pUp2, const int32_t* __restrict pUp, co
 template <unsigned Bits, uint32_t DstBytes>
 struct TGradientsColour {
     struct TLine {
-        const int32_t* pCur;  // widened samples from the stretch's first column
-        const int32_t* pFirst;
-        const int32_t* pSecond;
+        const uint8_t* pCur;
+        const int32_t* pFirst[2];  // by column pair of the stretch; [1] at green columns
+        const int32_t* pSecond[2];
         uint32_t x0;
         uint8_t* pOut;
     };
@@ -105,8 +120,9 @@ struct TGradientsColour {
     template <int Site>
     void Pixel(const TLine& l, uint32_t x) const
     {
-        const uint32_t i = x - l.x0, c = uint32_t(l.pCur[i]), first = uint32_t(l.pFirst[i]),
-                       second = uint32_t(l.pSecond[i]);
+        constexpr int kGreen = Site == kSiteGreenR || Site == kSiteGreenB;
+        const uint32_t j = (x - l.x0) >> 1, c = TDepth<Bits>::At(l.pCur, x) & TDepth<Bits>::kMask1;
+        const uint32_t first = uint32_t(l.pFirst[kGreen][j]), second = uint32_t(l.pSecond[kGreen][j]);
         uint8_t* p = l.pOut + size_t(x) * DstBytes;
         if constexpr (Site == kSiteGreenR) {
             StoreBgr<DstBytes>(p, lut.pBlue[second], lut.pGreen[c], lut.pRed[first]);
@@ -126,20 +142,20 @@ void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint3
     using TColour = TGradientsColour<Bits, DstBytes>;
     const TColour k{lut};
     const TSiteLines<TColour> lines(2, p.bShiftColumn);
-    TWideWindow wide;
-    int32_t first[kStretch], second[kStretch];
+    const bool bAvx2 = g_SSEChecker.UseAVX2();
+    TSplitWindow split;
+    int32_t first[2][kStretch / 2], second[2][kStretch / 2];
     for (uint32_t y = 2; y < h - 2; ++y) {
         const TWindow5<Bits> s = Window5<Bits>(p, y);
         const bool bRedLine = IsRedLine(y, p.bShiftLine);
-        const int32_t* pIsGreen = g_GreenColumns.at + (bRedLine == p.bShiftColumn ? 0 : 1);
+        const int greenParity = bRedLine == p.bShiftColumn ? 0 : 1;  // stretches start at even columns
         const auto line = bRedLine ? lines.red : lines.blue;
         uint8_t* pOut = p.pDst + size_t(y) * p.dwDstLineIncrement;
         for (uint32_t x0 = 2; x0 < w - 2; x0 += kStretch) {
             const uint32_t x1 = std::min(x0 + kStretch, w - 2);
-            WidenWindow(s, x0, x1, wide);
-            Estimates<Bits>(wide.At(-2), wide.At(-1), wide.At(0), wide.At(1), wide.At(2), pIsGreen, x1 - x0, first,
-                            second);
-            line(k, {wide.At(0), first, second, x0, pOut}, x0, x1);
+            WidenSplit(s, x0, x1, split);
+            AnyAvx2(bAvx2, [&] { StretchEstimates<Bits>(split, x1 - x0, greenParity, first, second); });
+            line(k, {s.pLine[2], {first[0], first[1]}, {second[0], second[1]}, x0, pOut}, x0, x1);
         }
     }
 }
