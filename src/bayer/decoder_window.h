@@ -117,18 +117,19 @@ void WidenWindow(const TWindow5<Bits>& s, uint32_t x0, uint32_t x1, TWideWindow&
 // The five lines of a stretch widened to 32 bits and split by column parity, two columns on
 // either side included, so a loop over the columns of one parity reads every neighbour with a
 // fixed offset into contiguous lanes. Column x0 - 2 + k lies in half k & 1 at index k >> 1.
+template <class T>
 struct TSplitWindow {
-    int32_t half[2][5][kStretch / 2 + 2];
+    T half[2][5][kStretch / 2 + 2];
 };
 
-template <unsigned Bits>
-void WidenSplit(const TWindow5<Bits>& s, uint32_t x0, uint32_t x1, TSplitWindow& split)
+template <unsigned Bits, class T>
+void WidenSplit(const TWindow5<Bits>& s, uint32_t x0, uint32_t x1, TSplitWindow<T>& split)
 {
     const int32_t n = int32_t(x1 - x0 + 4);
     for (int r = 0; r < 5; ++r) {
         const uint8_t* __restrict pIn = s.pLine[r] + size_t(x0 - 2) * TDepth<Bits>::kBytes;
         for (int h = 0; h < 2; ++h) {
-            int32_t* __restrict pOut = split.half[h][r];
+            T* __restrict pOut = split.half[h][r];
             for (int32_t k = 0; k < (n + 1 - h) / 2; ++k) {  // a signed index: the compiler vectorises it
                 const int32_t i = 2 * k + h;
                 if constexpr (Bits == 8) {
@@ -136,25 +137,19 @@ void WidenSplit(const TWindow5<Bits>& s, uint32_t x0, uint32_t x1, TSplitWindow&
                 } else {
                     uint16_t v;
                     std::memcpy(&v, pIn + 2 * i, 2);
-                    pOut[k] = v & TDepth<Bits>::kMask1;
+                    pOut[k] = T(v & TDepth<Bits>::kMask1);
                 }
             }
         }
     }
 }
 
-// Sample dy lines and dx columns away from the Par-parity column 2j + Par of a stretch.
-template <int Par>
-struct TSplitAt {
-    static constexpr int kHalf(int dx) { return (Par + dx) & 1; }
-    static constexpr int kOffset(int dx) { return (Par + dx + 2) >> 1; }
-};
-
 // Runs f with its whole call tree inlined and compiled for AVX2, so the stretch loops it reaches
 // vectorise eight lanes wide with native abs, min and max; the same loops outside it are the
-// plain path. Only behind g_SSEChecker.UseAVX2() (see AnyAvx2).
+// plain path. Only behind g_SSEChecker.UseAVX2() (see AnyAvx2). No partial redundancy
+// elimination: it would carry loads from one column to the next and stop the vectorising.
 template <class F>
-__attribute__((target("avx2"), flatten)) void WithAvx2(const F& f)
+__attribute__((target("avx2"), flatten, optimize("no-tree-pre"))) void WithAvx2(const F& f)
 {
     f();
 }

@@ -1,5 +1,6 @@
 // variable_gradients.cpp: threshold-based variable number of gradients (Chang, Cheung and Pang).
 #include <cstdlib>
+#include <type_traits>
 
 #include "bayer/bayer.h"
 #include "bayer/decoder_window.h"
@@ -19,81 +20,90 @@ struct TTurned {
 // colours around the neighbour it points to. At a red or blue pixel the colours are its own,
 // green and the opposite one; at a green pixel green, then the colour whose sites lie like
 // (-2, 1) in the unturned direction, then the one whose sites lie like (-1, 2).
+template <class T>
 struct TDirection {
-    int32_t gradient, first, second, third;
+    T gradient, first, second, third;
 };
 
-// A loop runs over the columns of one kind, so `green` (all ones at green pixels) is a
-// constant and the picks between the kinds fold away. The axial gradient is the same formula
-// at both kinds.
-template <int Turn, class P>
-inline __attribute__((always_inline)) TDirection Axis(const P& p, int32_t c, int32_t green)
+// |a - b| in the lane type: 8-bit samples work in 16-bit lanes, deeper ones in 32-bit lanes.
+template <class T>
+inline T Distance(T a, T b)
 {
-    auto q = [&](int dy, int dx) { return p(TTurned<Turn>::Dy(dy, dx), TTurned<Turn>::Dx(dy, dx)); };
-    const int32_t g = 2 * std::abs(q(-1, 0) - q(1, 0)) + 2 * std::abs(q(-2, 0) - c) + std::abs(q(-1, -1) - q(1, -1)) +
-                      std::abs(q(-1, 1) - q(1, 1)) + std::abs(q(-2, -1) - q(0, -1)) + std::abs(q(-2, 1) - q(0, 1));
-    const int32_t near4 = 4 * q(-1, 0), side = 2 * (q(-1, -1) + q(-1, 1));
-    const int32_t far = q(-2, -1) + q(-2, 1) + q(0, -1) + q(0, 1);
-    return {g, 2 * (q(-2, 0) + c), (far & green) | (near4 & ~green), (near4 & green) | (side & ~green)};
+    return T(std::max(a, b) - std::min(a, b));
 }
 
-template <int Turn, class P>
-inline __attribute__((always_inline)) TDirection Diagonal(const P& p, int32_t c, int32_t green)
+// A loop runs over the columns of one kind (Green or not), so the picks between the kinds are
+// made at compile time. The axial gradient is the same formula at both kinds.
+template <int Turn, bool Green, class T, class P>
+inline __attribute__((always_inline)) TDirection<T> Axis(const P& p, T c)
 {
     auto q = [&](int dy, int dx) { return p(TTurned<Turn>::Dy(dy, dx), TTurned<Turn>::Dx(dy, dx)); };
-    const int32_t common = 2 * std::abs(q(-1, 1) - q(1, -1)) + 2 * std::abs(q(-2, 2) - c);
-    const int32_t tailRB = std::abs(q(-1, 0) - q(0, -1)) + std::abs(q(0, 1) - q(1, 0)) + std::abs(q(-2, 1) - q(-1, 0)) +
-                           std::abs(q(-1, 2) - q(0, 1));
-    const int32_t tailG = 2 * std::abs(q(-2, 1) - q(0, -1)) + 2 * std::abs(q(-1, 2) - q(1, 0));
-    const int32_t corner4 = 4 * q(-1, 1), ownRB = 2 * (q(-2, 2) + c);
-    const int32_t around = q(-2, 1) + q(-1, 0) + q(-1, 2) + q(0, 1);
-    const int32_t xG = 2 * (q(-2, 1) + q(0, 1)), yG = 2 * (q(-1, 0) + q(-1, 2));
-    return {common + ((tailG & green) | (tailRB & ~green)), (corner4 & green) | (ownRB & ~green),
-            (xG & green) | (around & ~green), (yG & green) | (corner4 & ~green)};
+    const T g = T(2 * Distance(q(-1, 0), q(1, 0)) + 2 * Distance(q(-2, 0), c) + Distance(q(-1, -1), q(1, -1)) +
+                  Distance(q(-1, 1), q(1, 1)) + Distance(q(-2, -1), q(0, -1)) + Distance(q(-2, 1), q(0, 1)));
+    const T near4 = T(4 * q(-1, 0)), side = T(2 * (q(-1, -1) + q(-1, 1)));
+    const T far = T(q(-2, -1) + q(-2, 1) + q(0, -1) + q(0, 1));
+    return {g, T(2 * (q(-2, 0) + c)), Green ? far : near4, Green ? near4 : side};
+}
+
+template <int Turn, bool Green, class T, class P>
+inline __attribute__((always_inline)) TDirection<T> Diagonal(const P& p, T c)
+{
+    auto q = [&](int dy, int dx) { return p(TTurned<Turn>::Dy(dy, dx), TTurned<Turn>::Dx(dy, dx)); };
+    const T common = T(2 * Distance(q(-1, 1), q(1, -1)) + 2 * Distance(q(-2, 2), c));
+    const T tail = Green ? T(2 * Distance(q(-2, 1), q(0, -1)) + 2 * Distance(q(-1, 2), q(1, 0)))
+                         : T(Distance(q(-1, 0), q(0, -1)) + Distance(q(0, 1), q(1, 0)) + Distance(q(-2, 1), q(-1, 0)) +
+                             Distance(q(-1, 2), q(0, 1)));
+    const T corner4 = T(4 * q(-1, 1)), ownRB = T(2 * (q(-2, 2) + c));
+    const T around = T(q(-2, 1) + q(-1, 0) + q(-1, 2) + q(0, 1));
+    const T xG = T(2 * (q(-2, 1) + q(0, 1))), yG = T(2 * (q(-1, 0) + q(-1, 2)));
+    return {T(common + tail), Green ? corner4 : ownRB, Green ? xG : around, Green ? yG : corner4};
 }
 
 // The estimates of the count columns of one parity (green or not) of a stretch: the
 // directions whose gradient is at most 1.5 min + 0.5 (max - min) are chosen; each output is
 // the pixel's sample plus the mean colour difference over them, rounded once and clamped.
 // `first` is green at red and blue columns and the colour beside the pixel at green ones,
-// `second` the opposite colour and the colour above and below. The quotient, at most 4095
-// with a divisor of at most 32, is exact in float.
-template <unsigned Bits, bool Green, int Par>
-void Estimates(const TSplitWindow& __restrict win, uint32_t count, int32_t* __restrict pFirst,
-               int32_t* __restrict pSecond)
+// `second` the opposite colour and the colour above and below. Gradients stay below 2^15 at
+// every depth; the sums fit 16 bits only with 8-bit samples. The quotient, at most 4095 with a
+// divisor of at most 32, is exact in float. Without partial redundancy elimination, which
+// would carry loads from one column to the next, the loop vectorises (WithAvx2 likewise).
+template <unsigned Bits, bool Green, int Par, class T>
+__attribute__((optimize("no-tree-pre"))) void Estimates(const TSplitWindow<T>& __restrict win, uint32_t count,
+                                                        int32_t* __restrict pFirst, int32_t* __restrict pSecond)
 {
-    constexpr int32_t green = Green ? -1 : 0;
     for (int32_t j = 0; j < int32_t(count); ++j) {
         auto p = [&](int dy, int dx) { return win.half[(Par + dx) & 1][2 + dy][j + ((Par + dx + 2) >> 1)]; };
-        const int32_t c = p(0, 0);
-        const TDirection d[8] = {Axis<0>(p, c, green),     Axis<1>(p, c, green),     Axis<2>(p, c, green),
-                                 Axis<3>(p, c, green),     Diagonal<0>(p, c, green), Diagonal<1>(p, c, green),
-                                 Diagonal<2>(p, c, green), Diagonal<3>(p, c, green)};
-        int32_t lo = d[0].gradient, hi = d[0].gradient;
+        const T c = p(0, 0);
+        const TDirection<T> d[8] = {Axis<0, Green>(p, c),     Axis<1, Green>(p, c),     Axis<2, Green>(p, c),
+                                    Axis<3, Green>(p, c),     Diagonal<0, Green>(p, c), Diagonal<1, Green>(p, c),
+                                    Diagonal<2, Green>(p, c), Diagonal<3, Green>(p, c)};
+        T lo = d[0].gradient, hi = d[0].gradient;
         for (int k = 1; k < 8; ++k) lo = std::min(lo, d[k].gradient), hi = std::max(hi, d[k].gradient);
-        const int32_t threshold = 2 * lo + hi;  // twice 1.5 min + 0.5 (max - min)
-        int32_t taken = 0, own = 0, a = 0, b = 0;
+        // gradient <= 1.5 min + 0.5 (max - min), i.e. 2 (gradient - min) <= max
+        const T limit = T(hi >> 1);
+        T taken = 0, own = 0, a = 0, b = 0;
         for (int k = 0; k < 8; ++k) {
-            const int32_t take = 2 * d[k].gradient <= threshold ? -1 : 0;
+            const T take = T(d[k].gradient - lo <= limit ? -1 : 0);
             // Around a green pixel odd turns swap the colours beside and above.
             const bool bSwap = Green && (k & 1);
-            taken -= take;
-            own += d[k].first & take;
-            a += (bSwap ? d[k].third : d[k].second) & take;
-            b += (bSwap ? d[k].second : d[k].third) & take;
+            taken = T(taken - take);
+            own = T(own + (d[k].first & take));
+            a = T(a + ((bSwap ? d[k].third : d[k].second) & take));
+            b = T(b + ((bSwap ? d[k].second : d[k].third) & take));
         }
-        const int32_t n4 = 4 * taken, top = n4 * int32_t(TDepth<Bits>::kMask1);
-        const int32_t numA = std::min(std::max(n4 * c + a - own, 0), top);
-        const int32_t numB = std::min(std::max(n4 * c + b - own, 0), top);
-        pFirst[j] = int32_t(float(numA + n4 / 2) / float(n4));
-        pSecond[j] = int32_t(float(numB + n4 / 2) / float(n4));
+        const T n4 = T(4 * taken), top = T(n4 * T(TDepth<Bits>::kMask1));
+        const int32_t numA = std::min(std::max(T(n4 * c + a - own), T(0)), top);
+        const int32_t numB = std::min(std::max(T(n4 * c + b - own), T(0)), top);
+        const float divisor = float(int32_t(n4));
+        pFirst[j] = int32_t(float(numA + n4 / 2) / divisor);
+        pSecond[j] = int32_t(float(numB + n4 / 2) / divisor);
     }
 }
 
 // The estimates of both parities of a stretch of n columns whose green columns have parity
 // greenParity; index 1 of the outputs holds the green columns.
-template <unsigned Bits>
-void StretchEstimates(const TSplitWindow& win, uint32_t n, int greenParity, int32_t (&first)[2][kStretch / 2],
+template <unsigned Bits, class T>
+void StretchEstimates(const TSplitWindow<T>& win, uint32_t n, int greenParity, int32_t (&first)[2][kStretch / 2],
                       int32_t (&second)[2][kStretch / 2])
 {
     if (greenParity == 0) {
@@ -143,7 +153,7 @@ void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint3
     const TColour k{lut};
     const TSiteLines<TColour> lines(2, p.bShiftColumn);
     const bool bAvx2 = g_SSEChecker.UseAVX2();
-    TSplitWindow split;
+    TSplitWindow<std::conditional_t<Bits == 8, int16_t, int32_t>> split;
     int32_t first[2][kStretch / 2], second[2][kStretch / 2];
     for (uint32_t y = 2; y < h - 2; ++y) {
         const TWindow5<Bits> s = Window5<Bits>(p, y);
