@@ -22,6 +22,10 @@ TRegistry& Registry()
     return *s_pRegistry;
 }
 
+// No image of the library needs more (sizes are 32-bit products); larger requests are refused
+// rather than handed to the system allocator.
+constexpr uint64_t kMaxBufferSize = uint64_t(1) << 36;
+
 std::atomic<int> g_iAllocationsLeft{-1};
 
 bool AllocationAllowed()
@@ -41,7 +45,7 @@ void* oxOsBufferCreateAligned(uint64_t dwSize, uint64_t dwAlignment, uint32_t /*
     if (dwAlignment < sizeof(void*)) dwAlignment = sizeof(void*);
     if ((dwAlignment & (dwAlignment - 1)) != 0) return nullptr;
     if (dwSize == 0) dwSize = 1;
-    if (dwSize > UINT64_MAX - dwAlignment) return nullptr;
+    if (dwSize > kMaxBufferSize || dwAlignment > kMaxBufferSize) return nullptr;
     if (!AllocationAllowed()) return nullptr;
     const uint64_t rounded = (dwSize + dwAlignment - 1) & ~(dwAlignment - 1);
     void* p = std::aligned_alloc(size_t(dwAlignment), size_t(rounded));

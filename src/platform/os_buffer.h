@@ -4,7 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
-// A buffer of at least dwSize bytes aligned to dwAlignment (a power of two), or null.
+// A buffer of at least dwSize bytes aligned to dwAlignment (a power of two), or null; sizes
+// above 64 GiB are refused.
 void* oxOsBufferCreateAligned(uint64_t dwSize, uint64_t dwAlignment, uint32_t dwFlags);
 // Frees a buffer of this allocator: 0 on success, non-zero (nothing freed) for null or a
 // pointer that this allocator did not hand out.

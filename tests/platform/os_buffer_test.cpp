@@ -22,6 +22,7 @@ TEST(OsBuffer, AlignsToAnyPowerOfTwo)
     EXPECT_EQ(oxOsBufferCreateAligned(16, 48, 0), nullptr);
     EXPECT_EQ(oxOsBufferCreateAligned(UINT64_MAX, 64, 0), nullptr);
     EXPECT_EQ(oxOsBufferCreateAligned(UINT64_MAX / 2, 64, 0), nullptr);
+    EXPECT_EQ(oxOsBufferCreateAligned((1ull << 36) + 1, 64, 0), nullptr);
 }
 
 TEST(OsBuffer, RefusesPointersItDidNotHandOut)
