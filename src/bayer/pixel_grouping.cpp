@@ -10,56 +10,69 @@
 
 namespace {
 
-// Weights of the green estimates: 4096 / (1 + gradient), the gradient in 8-bit steps.
-struct TGradientWeights {
-    uint16_t w[768];
-    TGradientWeights()
-    {
-        for (uint32_t d = 0; d < 768; ++d) w[d] = uint16_t(4096 / (1 + d));
-    }
-};
-const TGradientWeights g_GradientWeights;
-
 // Green at a red or blue site: four directional estimates (the nearer green weighted three
 // to one, corrected by the slope of the pixel's own colour, in quarters), averaged with
-// weights falling as 1 / (1 + gradient), the gradient being the own colour two away, twice,
-// plus the greens across. Rounded once, clamped to the depth.
-template <unsigned Bits>
-struct TGroupingGreen {
-    struct TLine {
-        TWindow5<Bits> s;
-        int32_t* pGreen;
-    };
-
-    static int32_t Weight(int32_t gradient) { return g_GradientWeights.w[gradient >> (Bits - 8)]; }
-
-    template <int Site>
-    void Pixel(const TLine& l, uint32_t x) const
-    {
-        const TWindow5<Bits>& s = l.s;
-        const int32_t c = s.At(0, x);
-        if constexpr (Site == kSiteGreenR || Site == kSiteGreenB) {
-            l.pGreen[x] = c;
-        } else {
-            const int32_t n = s.At(-1, x), so = s.At(1, x), w = s.At(0, x - 1), e = s.At(0, x + 1);
-            const int32_t n2 = s.At(-2, x), s2 = s.At(2, x), w2 = s.At(0, x - 2), e2 = s.At(0, x + 2);
-            const int32_t wn = Weight(2 * std::abs(c - n2) + std::abs(n - so));
-            const int32_t we = Weight(2 * std::abs(c - e2) + std::abs(e - w));
-            const int32_t ww = Weight(2 * std::abs(c - w2) + std::abs(w - e));
-            const int32_t ws = Weight(2 * std::abs(c - s2) + std::abs(so - n));
-            const int32_t sum = wn * (3 * n + so + c - n2) + we * (3 * e + w + c - e2) + ww * (3 * w + e + c - w2) +
-                                ws * (3 * so + n + c - s2);
-            const int32_t weights4 = 4 * (wn + we + ww + ws);
-            const int32_t num = std::min(std::max(sum, 0), weights4 * int32_t(TDepth<Bits>::kMask1));
-            l.pGreen[x] = int32_t(uint32_t(num + weights4 / 2) / uint32_t(weights4));
-        }
+// weights 4096 / (1 + gradient) truncated, the gradient being the own colour two away, twice,
+// plus the greens across, in 8-bit steps. Rounded once, clamped to the depth. The loop runs
+// over the count red or blue columns of parity Par of a stretch and vectorises: a weight's
+// quotient, below 4096 with a divisor below 769, lies at least 1/769 from the next integer
+// when it is not one, more than float's rounding there, so float truncates to it exactly; the
+// final quotient (numerator below 2^29) is exact the same way in double.
+template <unsigned Bits, int Par>
+__attribute__((optimize("no-tree-pre"))) void GreenEstimates(const TSplitWindow<int32_t>& __restrict win,
+                                                             uint32_t count, int32_t* __restrict pEst)
+{
+    auto weight = [](int32_t gradient) { return int32_t(4096.0f / float(1 + (gradient >> (Bits - 8)))); };
+    for (int32_t j = 0; j < int32_t(count); ++j) {
+        auto p = [&](int dy, int dx) { return win.half[(Par + dx) & 1][2 + dy][j + ((Par + dx + 2) >> 1)]; };
+        const int32_t c = p(0, 0), n = p(-1, 0), so = p(1, 0), w = p(0, -1), e = p(0, 1);
+        const int32_t n2 = p(-2, 0), s2 = p(2, 0), w2 = p(0, -2), e2 = p(0, 2);
+        const int32_t wn = weight(2 * std::abs(c - n2) + std::abs(n - so));
+        const int32_t we = weight(2 * std::abs(c - e2) + std::abs(e - w));
+        const int32_t ww = weight(2 * std::abs(c - w2) + std::abs(w - e));
+        const int32_t ws = weight(2 * std::abs(c - s2) + std::abs(so - n));
+        const int32_t sum = wn * (3 * n + so + c - n2) + we * (3 * e + w + c - e2) + ww * (3 * w + e + c - w2) +
+                            ws * (3 * so + n + c - s2);
+        const int32_t weights4 = 4 * (wn + we + ww + ws);
+        const int32_t num = std::min(std::max(sum, 0), weights4 * int32_t(TDepth<Bits>::kMask1));
+        pEst[j] = int32_t(double(num + weights4 / 2) / double(weights4));
     }
+}
+
+// One line of green from column 2 to w - 3 in stretches: estimates at red and blue columns,
+// the samples at green ones. greenParity is that of the green columns (stretches start even).
+template <unsigned Bits>
+void GreenStretches(const TWindow5<Bits>& s, uint32_t w, int greenParity, int32_t* pGreen)
+{
+    TSplitWindow<int32_t> split;
+    int32_t est[kStretch / 2];
+    for (uint32_t x0 = 2; x0 < w - 2; x0 += kStretch) {
+        const uint32_t n = std::min(x0 + kStretch, w - 2) - x0;
+        WidenSplit(s, x0, x0 + n, split);
+        const uint32_t count = greenParity == 1 ? (n + 1) / 2 : n / 2;
+        if (greenParity == 1) {
+            GreenEstimates<Bits, 0>(split, count, est);
+        } else {
+            GreenEstimates<Bits, 1>(split, count, est);
+        }
+        int32_t* pOut = pGreen + x0;
+        const int own = 1 - greenParity;
+        for (uint32_t j = 0; j < count; ++j) pOut[2 * j + own] = est[j];
+        for (uint32_t j = 0; 2 * j + greenParity < n; ++j) pOut[2 * j + greenParity] = split.half[greenParity][2][j + 1];
+    }
+}
+
+// The line context of the green of the ring columns.
+template <unsigned Bits>
+struct TGreenLine {
+    TWindow5<Bits> s;
+    int32_t* pGreen;
 };
 
 // Green of the second ring: the truncated mean of the four direct neighbours, as its output.
 template <unsigned Bits>
 struct TBilinearGreen {
-    using TLine = typename TGroupingGreen<Bits>::TLine;
+    using TLine = TGreenLine<Bits>;
 
     template <int Site>
     void Pixel(const TLine& l, uint32_t x) const
@@ -170,20 +183,19 @@ template <unsigned Bits, uint32_t DstBytes>
 void RunGrouping(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32_t h, int32_t* pGreen)
 {
     using TColour = TGroupingColour<Bits, DstBytes>;
-    const TSiteLines<TGroupingGreen<Bits>> estimate(2, p.bShiftColumn);
     const TSiteLines<TBilinearGreen<Bits>> ringGreen(1, p.bShiftColumn);
     const TSiteLines<TBilinearGreen<Bits>> lastGreen(w - 2, p.bShiftColumn);
     const TSiteLines<TColour> colour(2, p.bShiftColumn);
     auto greenLine = [&](uint32_t y) { return pGreen + size_t(y % 3) * w; };
     auto makeGreen = [&](uint32_t y) {
-        const typename TGroupingGreen<Bits>::TLine line{ClampedWindow<Bits>(p, y, h), greenLine(y)};
+        const TGreenLine<Bits> line{ClampedWindow<Bits>(p, y, h), greenLine(y)};
         const bool bRed = IsRedLine(y, p.bShiftLine);
         if (y == 1 || y == h - 2) {
             (bRed ? ringGreen.red : ringGreen.blue)({}, line, 1, w - 1);
             return;
         }
         (bRed ? ringGreen.red : ringGreen.blue)({}, line, 1, 2);
-        (bRed ? estimate.red : estimate.blue)({}, line, 2, w - 2);
+        GreenStretches<Bits>(line.s, w, bRed == p.bShiftColumn ? 0 : 1, line.pGreen);
         (bRed ? lastGreen.red : lastGreen.blue)({}, line, w - 2, w - 1);
     };
     const TColour k{lut};
