@@ -2,6 +2,7 @@
 // by hue transit.
 #include <cstdlib>
 #include <cstring>
+#include <type_traits>
 
 #include "bayer/bayer.h"
 #include "bayer/decoder_window.h"
@@ -99,39 +100,39 @@ __attribute__((always_inline)) inline int32_t HueTransit(int32_t l1, int32_t l2,
     return bMonotonic ? proportional : curved;
 }
 
-// Red and blue from the green plane over a stretch of n columns, every column computed alike
-// so the compiler can vectorise: at green columns hue transit along the line (`first`) and
-// across it (`second`); at red and blue columns hue transit along the diagonal of smaller
-// gradient (both, averaged, on a tie) as `first`, the green plane as `second`. Line pointers
-// point at the stretch's first column; green lines hold the green plane.
-template <unsigned Bits>
-void ColourEstimates(const int32_t* __restrict pUp2, const int32_t* __restrict pUp, const int32_t* __restrict pCur,
-                     const int32_t* __restrict pDown, const int32_t* __restrict pDown2,
-                     const int32_t* __restrict pGreenUp, const int32_t* __restrict pGreenCur,
-                     const int32_t* __restrict pGreenDown, const int32_t* __restrict pIsGreen, uint32_t n,
-                     int32_t* __restrict pFirst, int32_t* __restrict pSecond)
+// Red and blue from the green plane at count columns of one kind (Green or not) two apart:
+// at green columns hue transit along the line (`first`) and across it (`second`); at red and
+// blue columns hue transit along the diagonal of smaller gradient (both, averaged, on a tie)
+// as `first`, the green plane as `second`. Line pointers point at the first of the columns;
+// green lines hold the green plane. The loop reads every second column and vectorises.
+template <unsigned Bits, bool Green>
+__attribute__((optimize("no-tree-pre"))) void ColourEstimates(
+    const int32_t* __restrict pUp2, const int32_t* __restrict pUp, const int32_t* __restrict pCur,
+    const int32_t* __restrict pDown, const int32_t* __restrict pDown2, const int32_t* __restrict pGreenUp,
+    const int32_t* __restrict pGreenCur, const int32_t* __restrict pGreenDown, uint32_t count,
+    int32_t* __restrict pFirst, int32_t* __restrict pSecond)
 {
-    auto v = [](const int32_t* p, int32_t i) { return p[i]; };
-    for (int32_t i = 0; i < int32_t(n); ++i) {
-        const int32_t green = pIsGreen[i];  // all ones at green columns
-        auto pick = [green](int32_t atGreen, int32_t otherwise) { return (atGreen & green) | (otherwise & ~green); };
-        const int32_t c = v(pCur, i), gc = pGreenCur[i];  // gc is c at green columns
+    for (int32_t j = 0; j < int32_t(count); ++j) {
+        const int32_t i = 2 * j;
+        const int32_t c = pCur[i], gc = pGreenCur[i];  // gc is c at green columns
         const int32_t gUpL = pGreenUp[i - 1], gUp = pGreenUp[i], gUpR = pGreenUp[i + 1];
         const int32_t gDownL = pGreenDown[i - 1], gDown = pGreenDown[i], gDownR = pGreenDown[i + 1];
-        const int32_t upL = v(pUp, i - 1), up = v(pUp, i), upR = v(pUp, i + 1);
-        const int32_t downL = v(pDown, i - 1), down = v(pDown, i), downR = v(pDown, i + 1);
-        const int32_t gL = pGreenCur[i - 1], gR = pGreenCur[i + 1], left = v(pCur, i - 1), right = v(pCur, i + 1);
-        // A: along the line at green, the north-east diagonal at red and blue; B: across the
-        // line at green, the north-west diagonal at red and blue.
-        const int32_t a = HueTransit<Bits>(pick(gL, gUpR), gc, pick(gR, gDownL), pick(left, upR), pick(right, downL));
-        const int32_t b = HueTransit<Bits>(pick(gUp, gUpL), gc, pick(gDown, gDownR), pick(up, upL), pick(down, downR));
-        const int32_t ne = std::abs(upR - downL) + std::abs(v(pUp2, i + 2) - c) + std::abs(c - v(pDown2, i - 2)) +
-                           std::abs(gUpR - gc) + std::abs(gc - gDownL);
-        const int32_t nw = std::abs(upL - downR) + std::abs(v(pUp2, i - 2) - c) + std::abs(c - v(pDown2, i + 2)) +
-                           std::abs(gUpL - gc) + std::abs(gc - gDownR);
-        const int32_t diagonal = ne < nw ? a : nw < ne ? b : (a + b + 1) >> 1;
-        pFirst[i] = int32_t(pick(a, diagonal));
-        pSecond[i] = int32_t(pick(b, gc));
+        const int32_t upL = pUp[i - 1], up = pUp[i], upR = pUp[i + 1];
+        const int32_t downL = pDown[i - 1], down = pDown[i], downR = pDown[i + 1];
+        if constexpr (Green) {
+            const int32_t gL = pGreenCur[i - 1], gR = pGreenCur[i + 1], left = pCur[i - 1], right = pCur[i + 1];
+            pFirst[j] = HueTransit<Bits>(gL, gc, gR, left, right);
+            pSecond[j] = HueTransit<Bits>(gUp, gc, gDown, up, down);
+        } else {
+            const int32_t a = HueTransit<Bits>(gUpR, gc, gDownL, upR, downL);  // north-east
+            const int32_t b = HueTransit<Bits>(gUpL, gc, gDownR, upL, downR);  // north-west
+            const int32_t ne = std::abs(upR - downL) + std::abs(pUp2[i + 2] - c) + std::abs(c - pDown2[i - 2]) +
+                               std::abs(gUpR - gc) + std::abs(gc - gDownL);
+            const int32_t nw = std::abs(upL - downR) + std::abs(pUp2[i - 2] - c) + std::abs(c - pDown2[i + 2]) +
+                               std::abs(gUpL - gc) + std::abs(gc - gDownR);
+            pFirst[j] = ne < nw ? a : nw < ne ? b : (a + b + 1) >> 1;
+            pSecond[j] = gc;
+        }
     }
 }
 
@@ -140,9 +141,9 @@ template <unsigned Bits, uint32_t DstBytes>
 struct TGroupingColour {
     struct TLine {
         const uint8_t* pCur;
-        const int32_t* pFirst;
-        const int32_t* pSecond;
-        uint32_t x0;  // column of the estimates' first entry
+        const int32_t* pFirst[2];  // by column pair from x0; [1] at green columns
+        const int32_t* pSecond[2];
+        uint32_t x0;
         uint8_t* pOut;
     };
     TBayerLut lut;
@@ -151,7 +152,8 @@ struct TGroupingColour {
     void Pixel(const TLine& l, uint32_t x) const
     {
         const uint32_t c = TDepth<Bits>::At(l.pCur, x) & TDepth<Bits>::kMask1;
-        const uint32_t first = l.pFirst[x - l.x0], second = l.pSecond[x - l.x0];
+        constexpr int kGreen = Site == kSiteGreenR || Site == kSiteGreenB;
+        const uint32_t j = (x - l.x0) >> 1, first = l.pFirst[kGreen][j], second = l.pSecond[kGreen][j];
         uint8_t* p = l.pOut + size_t(x) * DstBytes;
         if constexpr (Site == kSiteGreenR) {
             StoreBgr<DstBytes>(p, lut.pBlue[second], lut.pGreen[c], lut.pRed[first]);
@@ -199,24 +201,30 @@ void RunGrouping(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32
         (bRed ? lastGreen.red : lastGreen.blue)({}, line, w - 2, w - 1);
     };
     const TColour k{lut};
-    int32_t first[kStretch], second[kStretch];
+    int32_t first[2][kStretch / 2], second[2][kStretch / 2];
     TWideWindow wide;
     makeGreen(1);
     makeGreen(2);
     for (uint32_t y = 2; y < h - 2; ++y) {
         makeGreen(y + 1);
         const TWindow5<Bits> s = Window5<Bits>(p, y);
-        const int32_t *pGreenUp = greenLine(y - 1), *pGreenCur = greenLine(y), *pGreenDown = greenLine(y + 1);
         const bool bRedLine = IsRedLine(y, p.bShiftLine);
-        const int32_t* pIsGreen = g_GreenColumns.at + (bRedLine == p.bShiftColumn ? 0 : 1);  // stretches start even
+        const uint32_t greenParity = bRedLine == p.bShiftColumn ? 0 : 1;  // stretches start at even columns
         const auto line = bRedLine ? colour.red : colour.blue;
         uint8_t* pOut = p.pDst + size_t(y) * p.dwDstLineIncrement;
         for (uint32_t x0 = 2; x0 < w - 2; x0 += kStretch) {
-            const uint32_t x1 = std::min(x0 + kStretch, w - 2);
-            WidenWindow(s, x0, x1, wide);
-            ColourEstimates<Bits>(wide.At(-2), wide.At(-1), wide.At(0), wide.At(1), wide.At(2), pGreenUp + x0,
-                                  pGreenCur + x0, pGreenDown + x0, pIsGreen, x1 - x0, first, second);
-            line(k, {s.pLine[2], first, second, x0, pOut}, x0, x1);
+            const uint32_t n = std::min(x0 + kStretch, w - 2) - x0;
+            WidenWindow(s, x0, x0 + n, wide);
+            // Columns of parity `par` of the stretch, green or not.
+            auto estimate = [&](auto bGreen, uint32_t par) {
+                const uint32_t x = x0 + par;
+                ColourEstimates<Bits, bGreen>(wide.At(-2) + par, wide.At(-1) + par, wide.At(0) + par, wide.At(1) + par,
+                                              wide.At(2) + par, greenLine(y - 1) + x, greenLine(y) + x,
+                                              greenLine(y + 1) + x, (n + 1 - par) / 2, first[bGreen], second[bGreen]);
+            };
+            estimate(std::true_type{}, greenParity);
+            estimate(std::false_type{}, 1 - greenParity);
+            line(k, {s.pLine[2], {first[0], first[1]}, {second[0], second[1]}, x0, pOut}, x0, x0 + n);
         }
     }
 }
