@@ -43,7 +43,7 @@ __attribute__((optimize("no-tree-pre"))) void GreenEstimates(const TSplitWindow<
 // One line of green from column 2 to w - 3 in stretches: estimates at red and blue columns,
 // the samples at green ones. greenParity is that of the green columns (stretches start even).
 template <unsigned Bits>
-void GreenStretches(const TWindow5<Bits>& s, uint32_t w, int greenParity, int32_t* pGreen)
+void GreenStretches(const TWindow5<Bits>& s, uint32_t w, int greenParity, bool bAvx2, int32_t* pGreen)
 {
     TSplitWindow<int32_t> split;
     int32_t est[kStretch / 2];
@@ -51,11 +51,13 @@ void GreenStretches(const TWindow5<Bits>& s, uint32_t w, int greenParity, int32_
         const uint32_t n = std::min(x0 + kStretch, w - 2) - x0;
         WidenSplit(s, x0, x0 + n, split);
         const uint32_t count = greenParity == 1 ? (n + 1) / 2 : n / 2;
-        if (greenParity == 1) {
-            GreenEstimates<Bits, 0>(split, count, est);
-        } else {
-            GreenEstimates<Bits, 1>(split, count, est);
-        }
+        AnyAvx2(bAvx2, [&] {
+            if (greenParity == 1) {
+                GreenEstimates<Bits, 0>(split, count, est);
+            } else {
+                GreenEstimates<Bits, 1>(split, count, est);
+            }
+        });
         int32_t* pOut = pGreen + x0;
         const int own = 1 - greenParity;
         for (uint32_t j = 0; j < count; ++j) pOut[2 * j + own] = est[j];
@@ -180,7 +182,8 @@ TWindow5<Bits> ClampedWindow(const TBayerPlanes& p, uint32_t y, uint32_t dwHeigh
 }
 
 // Interior (lines and columns 2 .. size-3) with three lines of green in a ring: the green of
-// line y+1 is made just before the colours of line y, so every line is estimated once.
+// line y+1 is made just before the colours of line y, so every line is estimated once. The
+// estimate loops build for AVX2 too, used behind its switch.
 template <unsigned Bits, uint32_t DstBytes>
 void RunGrouping(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32_t h, int32_t* pGreen)
 {
@@ -188,6 +191,7 @@ void RunGrouping(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32
     const TSiteLines<TBilinearGreen<Bits>> ringGreen(1, p.bShiftColumn);
     const TSiteLines<TBilinearGreen<Bits>> lastGreen(w - 2, p.bShiftColumn);
     const TSiteLines<TColour> colour(2, p.bShiftColumn);
+    const bool bAvx2 = g_SSEChecker.UseAVX2();
     auto greenLine = [&](uint32_t y) { return pGreen + size_t(y % 3) * w; };
     auto makeGreen = [&](uint32_t y) {
         const TGreenLine<Bits> line{ClampedWindow<Bits>(p, y, h), greenLine(y)};
@@ -197,7 +201,7 @@ void RunGrouping(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32
             return;
         }
         (bRed ? ringGreen.red : ringGreen.blue)({}, line, 1, 2);
-        GreenStretches<Bits>(line.s, w, bRed == p.bShiftColumn ? 0 : 1, line.pGreen);
+        GreenStretches<Bits>(line.s, w, bRed == p.bShiftColumn ? 0 : 1, bAvx2, line.pGreen);
         (bRed ? lastGreen.red : lastGreen.blue)({}, line, w - 2, w - 1);
     };
     const TColour k{lut};
@@ -222,8 +226,10 @@ void RunGrouping(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32
                                               wide.At(2) + par, greenLine(y - 1) + x, greenLine(y) + x,
                                               greenLine(y + 1) + x, (n + 1 - par) / 2, first[bGreen], second[bGreen]);
             };
-            estimate(std::true_type{}, greenParity);
-            estimate(std::false_type{}, 1 - greenParity);
+            AnyAvx2(bAvx2, [&] {
+                estimate(std::true_type{}, greenParity);
+                estimate(std::false_type{}, 1 - greenParity);
+            });
             line(k, {s.pLine[2], {first[0], first[1]}, {second[0], second[1]}, x0, pOut}, x0, x0 + n);
         }
     }
