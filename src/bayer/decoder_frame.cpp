@@ -272,5 +272,3 @@ void CalculateFrame2(const uint8_t* pSrc, uint32_t dwWidth, uint32_t dwHeight, u
         });
     });
 }
-
-const TGreenColumns g_GreenColumns;

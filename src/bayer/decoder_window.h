@@ -78,16 +78,6 @@ inline void FinishFrames(const TBayerJob& job, uint32_t dwDstBytes, KaipHLut hLu
 // Columns per stretch; results wait in small arrays on the stack. Stretches start at even columns.
 constexpr uint32_t kStretch = 256;
 
-// All ones at green columns of a stretch that starts with one (read from offset 0) or not (offset 1).
-struct TGreenColumns {
-    int32_t at[kStretch + 1];
-    TGreenColumns()
-    {
-        for (uint32_t i = 0; i <= kStretch; ++i) at[i] = -int32_t((i & 1) == 0);
-    }
-};
-extern const TGreenColumns g_GreenColumns;
-
 // The five lines of a stretch widened to 32 bits (masked to the depth) with two columns on
 // either side, so the loops over it work on one lane width throughout.
 struct TWideWindow {
