@@ -15,8 +15,8 @@ constexpr uint32_t kSmallWidth = 641, kSmallHeight = 479;
 // Reports megapixels per second for a benchmark that processed `pixels` per iteration.
 inline void SetPixelRate(benchmark::State& state, uint64_t pixels)
 {
-    state.counters["MP/s"] = benchmark::Counter(double(pixels) * double(state.iterations()) / 1e6,
-                                                benchmark::Counter::kIsRate);
+    state.counters["MP/s"] =
+        benchmark::Counter(double(pixels) * double(state.iterations()) / 1e6, benchmark::Counter::kIsRate);
 }
 
 // The physical limit for moving `bytes`: copying them once.

@@ -15,30 +15,83 @@
 namespace {
 
 const uint32_t kFormats[] = {
-    KaipPixelFormat_Mono8, KaipPixelFormat_BayerGR8, KaipPixelFormat_BayerRG8, KaipPixelFormat_BayerGB8,
-    KaipPixelFormat_BayerBG8, KaipPixelFormat_Mono9, KaipPixelFormat_Mono10, KaipPixelFormat_BayerGR10,
-    KaipPixelFormat_BayerRG10, KaipPixelFormat_BayerGB10, KaipPixelFormat_BayerBG10, KaipPixelFormat_Mono11,
-    KaipPixelFormat_Mono12, KaipPixelFormat_BayerGR12, KaipPixelFormat_BayerRG12, KaipPixelFormat_BayerGB12,
-    KaipPixelFormat_BayerBG12, KaipPixelFormat_Mono13, KaipPixelFormat_Mono14, KaipPixelFormat_Mono15,
-    KaipPixelFormat_Mono16, KaipPixelFormat_BayerGR16, KaipPixelFormat_BayerRG16, KaipPixelFormat_BayerGB16,
-    KaipPixelFormat_BayerBG16, KaipPixelFormat_Mono10Packed, KaipPixelFormat_BayerGR10Packed,
-    KaipPixelFormat_BayerRG10Packed, KaipPixelFormat_BayerGB10Packed, KaipPixelFormat_BayerBG10Packed,
-    KaipPixelFormat_Mono12Packed, KaipPixelFormat_BayerGR12Packed, KaipPixelFormat_BayerRG12Packed,
-    KaipPixelFormat_BayerGB12Packed, KaipPixelFormat_BayerBG12Packed, KaipPixelFormat_Mono10Mipi,
-    KaipPixelFormat_BayerGR10Mipi, KaipPixelFormat_BayerRG10Mipi, KaipPixelFormat_BayerGB10Mipi,
-    KaipPixelFormat_BayerBG10Mipi, KaipPixelFormat_Mono12Mipi, KaipPixelFormat_BGR555,
-    KaipPixelFormat_BGR565Packed, KaipPixelFormat_BGR8Packed, KaipPixelFormat_BGRA8Packed,
-    KaipPixelFormat_RGB8Packed, KaipPixelFormat_RGBA8Packed, KaipPixelFormat_RGB10V1Packed,
-    KaipPixelFormat_RGB10V2Packed, KaipPixelFormat_BGR10Packed, KaipPixelFormat_RGB10Packed,
-    KaipPixelFormat_BGR12Packed, KaipPixelFormat_RGB12Packed, KaipPixelFormat_BGR16,
-    KaipPixelFormat_RGB16Packed, KaipPixelFormat_YUV411Packed, KaipPixelFormat_YCbCr411_8_CbYYCrYY,
-    KaipPixelFormat_YCbCr411_8, KaipPixelFormat_YCbCr601_411_8_CbYYCrYY, KaipPixelFormat_YCbCr709_411_8_CbYYCrYY,
-    KaipPixelFormat_YUV422Packed, KaipPixelFormat_YUV422_YUYV_Packed, KaipPixelFormat_YUV444Packed,
-    KaipPixelFormat_YCbCr8, KaipPixelFormat_YCbCr8_CbYCr, KaipPixelFormat_YCbCr422_8,
-    KaipPixelFormat_YCbCr422_8_CbYCrY, KaipPixelFormat_YCbCr601_422_8, KaipPixelFormat_YCbCr601_422_8_CbYCrY,
-    KaipPixelFormat_YCbCr709_422_8, KaipPixelFormat_YCbCr709_422_8_CbYCrY, KaipPixelFormat_YCbCr601_8_CbYCr,
-    KaipPixelFormat_YCbCr709_8_CbYCr, KaipPixelFormat_RGB8Planar, KaipPixelFormat_RGB10Planar,
-    KaipPixelFormat_RGB12Planar, KaipPixelFormat_RGB16Planar,
+    KaipPixelFormat_Mono8,
+    KaipPixelFormat_BayerGR8,
+    KaipPixelFormat_BayerRG8,
+    KaipPixelFormat_BayerGB8,
+    KaipPixelFormat_BayerBG8,
+    KaipPixelFormat_Mono9,
+    KaipPixelFormat_Mono10,
+    KaipPixelFormat_BayerGR10,
+    KaipPixelFormat_BayerRG10,
+    KaipPixelFormat_BayerGB10,
+    KaipPixelFormat_BayerBG10,
+    KaipPixelFormat_Mono11,
+    KaipPixelFormat_Mono12,
+    KaipPixelFormat_BayerGR12,
+    KaipPixelFormat_BayerRG12,
+    KaipPixelFormat_BayerGB12,
+    KaipPixelFormat_BayerBG12,
+    KaipPixelFormat_Mono13,
+    KaipPixelFormat_Mono14,
+    KaipPixelFormat_Mono15,
+    KaipPixelFormat_Mono16,
+    KaipPixelFormat_BayerGR16,
+    KaipPixelFormat_BayerRG16,
+    KaipPixelFormat_BayerGB16,
+    KaipPixelFormat_BayerBG16,
+    KaipPixelFormat_Mono10Packed,
+    KaipPixelFormat_BayerGR10Packed,
+    KaipPixelFormat_BayerRG10Packed,
+    KaipPixelFormat_BayerGB10Packed,
+    KaipPixelFormat_BayerBG10Packed,
+    KaipPixelFormat_Mono12Packed,
+    KaipPixelFormat_BayerGR12Packed,
+    KaipPixelFormat_BayerRG12Packed,
+    KaipPixelFormat_BayerGB12Packed,
+    KaipPixelFormat_BayerBG12Packed,
+    KaipPixelFormat_Mono10Mipi,
+    KaipPixelFormat_BayerGR10Mipi,
+    KaipPixelFormat_BayerRG10Mipi,
+    KaipPixelFormat_BayerGB10Mipi,
+    KaipPixelFormat_BayerBG10Mipi,
+    KaipPixelFormat_Mono12Mipi,
+    KaipPixelFormat_BGR555,
+    KaipPixelFormat_BGR565Packed,
+    KaipPixelFormat_BGR8Packed,
+    KaipPixelFormat_BGRA8Packed,
+    KaipPixelFormat_RGB8Packed,
+    KaipPixelFormat_RGBA8Packed,
+    KaipPixelFormat_RGB10V1Packed,
+    KaipPixelFormat_RGB10V2Packed,
+    KaipPixelFormat_BGR10Packed,
+    KaipPixelFormat_RGB10Packed,
+    KaipPixelFormat_BGR12Packed,
+    KaipPixelFormat_RGB12Packed,
+    KaipPixelFormat_BGR16,
+    KaipPixelFormat_RGB16Packed,
+    KaipPixelFormat_YUV411Packed,
+    KaipPixelFormat_YCbCr411_8_CbYYCrYY,
+    KaipPixelFormat_YCbCr411_8,
+    KaipPixelFormat_YCbCr601_411_8_CbYYCrYY,
+    KaipPixelFormat_YCbCr709_411_8_CbYYCrYY,
+    KaipPixelFormat_YUV422Packed,
+    KaipPixelFormat_YUV422_YUYV_Packed,
+    KaipPixelFormat_YUV444Packed,
+    KaipPixelFormat_YCbCr8,
+    KaipPixelFormat_YCbCr8_CbYCr,
+    KaipPixelFormat_YCbCr422_8,
+    KaipPixelFormat_YCbCr422_8_CbYCrY,
+    KaipPixelFormat_YCbCr601_422_8,
+    KaipPixelFormat_YCbCr601_422_8_CbYCrY,
+    KaipPixelFormat_YCbCr709_422_8,
+    KaipPixelFormat_YCbCr709_422_8_CbYCrY,
+    KaipPixelFormat_YCbCr601_8_CbYCr,
+    KaipPixelFormat_YCbCr709_8_CbYCr,
+    KaipPixelFormat_RGB8Planar,
+    KaipPixelFormat_RGB10Planar,
+    KaipPixelFormat_RGB12Planar,
+    KaipPixelFormat_RGB16Planar,
 };
 
 // Bits of one pixel: the GigE Vision code carries them in bits 16..23; the library's own
@@ -63,8 +116,8 @@ struct FuzzImage {
         info.Width = width;
         info.Height = height;
         info.PixelFormat = format;
-        info.Flags = (fdp.ConsumeIntegral<uint32_t>() & (KaipImgFlag_InitMask | KaipImgFlag_Align4 |
-                                                          KaipImgFlag_Align8 | KaipImgFlag_Align16)) |
+        info.Flags = (fdp.ConsumeIntegral<uint32_t>() &
+                      (KaipImgFlag_InitMask | KaipImgFlag_Align4 | KaipImgFlag_Align8 | KaipImgFlag_Align16)) |
                      extraFlags;
         info.PixelIncrement = fdp.ConsumeIntegralInRange<uint32_t>(0, 8);
         const uint32_t bits = PixelBits(format);
@@ -132,31 +185,81 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     KaipStatus status = 0;
     uint32_t wb[3] = {1000, 1000, 1000};
     switch (op % 25) {
-        case 0: status = KaipConvertToPixelFormat(&src.info, pAny, dstFormat, options); break;
-        case 1: status = KaipBdShowMosaic(&src.info, pAny, dstFormat, options); break;
-        case 2: status = KaipBdGreenToGreyscale(&src.info, pAny, dstFormat, options); break;
-        case 3: status = KaipBdNearestNeighbour(&src.info, pAny, dstFormat, options, hLut); break;
-        case 4: status = KaipBdBilinearInterpolation(&src.info, pAny, dstFormat, options, hLut); break;
-        case 5: status = KaipBdEncodeToBayer(&src.info, pAny, dstFormat, options); break;
-        case 6: status = KaipCalcWbFactors(&src.info, &wb[0], &wb[1], &wb[2], options & 3); break;
-        case 7: status = KaipMirror(&src.info, pDst, a & 1, b & 1, options, hLut); break;
-        case 8: status = KaipReverseLines(&src.info, pDst, options); break;
-        case 9: status = KaipReverseLinesFast(&src.info, pDst, nullptr, options); break;
-        case 10: status = KaipRotate90AndMirror(&src.info, pAny, a & 1, b & 1, c & 1, options, hLut); break;
-        case 11: status = KaipDeinterlace(&src.info, pDst, options); break;
-        case 12: status = KaipCopyArea(&src.info, pAny, a, b, c, d, options); break;
-        case 13: status = KaipApplyLut(&src.info, pDst, hLut, options); break;
-        case 14: status = KaipApplyRgbColorCorrection(&src.info, pDst, matrix.data(), options, hLut); break;
-        case 15: status = KaipApply3x3Convolution(&src.info, pAny, matrix.data(), options, hLut); break;
-        case 16: status = KaipFillWithColor(&src.info, uint8_t(a), uint8_t(b), uint8_t(c)); break;
-        case 17: status = KaipApplyShadingCorrection(&src.info, &src.info, &src.info, pDst, options); break;
-        case 18: status = Kaip3x3ThresholdSharpening(&src.info, pAny, matrix.data(), a * 20, options, hLut); break;
-        case 19: status = KaipSaveToBmp("/dev/null", &src.info, options & KaipBmpOption_BottomUpFile); break;
-        case 20: status = KaipSaveToTiff("/dev/null", &src.info, options & KaipTiffOption_Scale16); break;
-        case 21: status = KaipSaveToJpeg("/dev/null", &src.info, uint32_t(a + 50)); break;
-        case 22: status = KaipBdVariableGradients(&src.info, pAny, dstFormat, options, hLut); break;
-        case 23: status = KaipBdPixelGrouping(&src.info, pAny, dstFormat, options, hLut); break;
-        case 24: status = KaipBdBilinearColorCorrection(&src.info, pAny, dstFormat, options, hLut); break;
+        case 0:
+            status = KaipConvertToPixelFormat(&src.info, pAny, dstFormat, options);
+            break;
+        case 1:
+            status = KaipBdShowMosaic(&src.info, pAny, dstFormat, options);
+            break;
+        case 2:
+            status = KaipBdGreenToGreyscale(&src.info, pAny, dstFormat, options);
+            break;
+        case 3:
+            status = KaipBdNearestNeighbour(&src.info, pAny, dstFormat, options, hLut);
+            break;
+        case 4:
+            status = KaipBdBilinearInterpolation(&src.info, pAny, dstFormat, options, hLut);
+            break;
+        case 5:
+            status = KaipBdEncodeToBayer(&src.info, pAny, dstFormat, options);
+            break;
+        case 6:
+            status = KaipCalcWbFactors(&src.info, &wb[0], &wb[1], &wb[2], options & 3);
+            break;
+        case 7:
+            status = KaipMirror(&src.info, pDst, a & 1, b & 1, options, hLut);
+            break;
+        case 8:
+            status = KaipReverseLines(&src.info, pDst, options);
+            break;
+        case 9:
+            status = KaipReverseLinesFast(&src.info, pDst, nullptr, options);
+            break;
+        case 10:
+            status = KaipRotate90AndMirror(&src.info, pAny, a & 1, b & 1, c & 1, options, hLut);
+            break;
+        case 11:
+            status = KaipDeinterlace(&src.info, pDst, options);
+            break;
+        case 12:
+            status = KaipCopyArea(&src.info, pAny, a, b, c, d, options);
+            break;
+        case 13:
+            status = KaipApplyLut(&src.info, pDst, hLut, options);
+            break;
+        case 14:
+            status = KaipApplyRgbColorCorrection(&src.info, pDst, matrix.data(), options, hLut);
+            break;
+        case 15:
+            status = KaipApply3x3Convolution(&src.info, pAny, matrix.data(), options, hLut);
+            break;
+        case 16:
+            status = KaipFillWithColor(&src.info, uint8_t(a), uint8_t(b), uint8_t(c));
+            break;
+        case 17:
+            status = KaipApplyShadingCorrection(&src.info, &src.info, &src.info, pDst, options);
+            break;
+        case 18:
+            status = Kaip3x3ThresholdSharpening(&src.info, pAny, matrix.data(), a * 20, options, hLut);
+            break;
+        case 19:
+            status = KaipSaveToBmp("/dev/null", &src.info, options & KaipBmpOption_BottomUpFile);
+            break;
+        case 20:
+            status = KaipSaveToTiff("/dev/null", &src.info, options & KaipTiffOption_Scale16);
+            break;
+        case 21:
+            status = KaipSaveToJpeg("/dev/null", &src.info, uint32_t(a + 50));
+            break;
+        case 22:
+            status = KaipBdVariableGradients(&src.info, pAny, dstFormat, options, hLut);
+            break;
+        case 23:
+            status = KaipBdPixelGrouping(&src.info, pAny, dstFormat, options, hLut);
+            break;
+        case 24:
+            status = KaipBdBilinearColorCorrection(&src.info, pAny, dstFormat, options, hLut);
+            break;
     }
     CheckStatus(status);
     // A destination rebuilt by the library (its buffers then carry KaipImgFlag_DataAllocated)

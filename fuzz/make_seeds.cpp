@@ -47,7 +47,8 @@ int main(int argc, char** argv)
     for (uint32_t format : bmpFormats) {
         KaipImgInfo img = Pattern(format, 6, 3, KaipImgFlag_Align4);
         for (uint32_t options : {0u, KaipBmpOption_BottomUpFile}) {
-            const fs::path file = root / "fuzz_load_bmp" / (std::to_string(format) + "_" + std::to_string(options) + ".bmp");
+            const fs::path file =
+                root / "fuzz_load_bmp" / (std::to_string(format) + "_" + std::to_string(options) + ".bmp");
             Check(KaipSaveToBmp(file.c_str(), &img, options), file.string());
         }
         tagBITMAPINFO bmi{};
@@ -64,7 +65,8 @@ int main(int argc, char** argv)
                                                    {KaipPixelFormat_RGB8Packed, 0}};
     for (const auto& [format, options] : tiffs) {
         KaipImgInfo img = Pattern(format, 5, 3);
-        const fs::path file = root / "fuzz_load_tiff" / (std::to_string(format) + "_" + std::to_string(options) + ".tif");
+        const fs::path file =
+            root / "fuzz_load_tiff" / (std::to_string(format) + "_" + std::to_string(options) + ".tif");
         Check(KaipSaveToTiff(file.c_str(), &img, options), file.string());
         KaipDeallocateImageData(&img);
     }

@@ -89,138 +89,138 @@ typedef int32_t KaipStatus;
 typedef uint32_t* KaipHLut;
 
 /* Flags of KaipImgInfo.Flags. */
-#define KaipImgFlag_ColorPlanes       0x00000001u /* three planes pDataR/G/B instead of pData */
-#define KaipImgFlag_BottomUp          0x00000002u /* first line in memory is the bottom line */
-#define KaipImgFlag_Align4            0x00000004u /* line increment rounded up to 4 bytes */
-#define KaipImgFlag_Align8            0x00000008u /* ... to 8 bytes */
-#define KaipImgFlag_Align16           0x00000010u /* ... to 16 bytes */
-#define KaipImgFlag_DataAllocated     0x00000020u /* buffers allocated by the library */
-#define KaipImgFlag_BayerShiftLine    0x00000100u /* mosaic starts one line later (GB, BG) */
-#define KaipImgFlag_BayerShiftColumn  0x00000200u /* mosaic starts one column later (GR, BG) */
-#define KaipImgFlag_NoDeallocate      0x00000800u /* buffers belong to someone else */
-#define KaipImgFlag_InitMask          0x00000B03u /* caller flags that initialisation keeps */
+#define KaipImgFlag_ColorPlanes 0x00000001u      /* three planes pDataR/G/B instead of pData */
+#define KaipImgFlag_BottomUp 0x00000002u         /* first line in memory is the bottom line */
+#define KaipImgFlag_Align4 0x00000004u           /* line increment rounded up to 4 bytes */
+#define KaipImgFlag_Align8 0x00000008u           /* ... to 8 bytes */
+#define KaipImgFlag_Align16 0x00000010u          /* ... to 16 bytes */
+#define KaipImgFlag_DataAllocated 0x00000020u    /* buffers allocated by the library */
+#define KaipImgFlag_BayerShiftLine 0x00000100u   /* mosaic starts one line later (GB, BG) */
+#define KaipImgFlag_BayerShiftColumn 0x00000200u /* mosaic starts one column later (GR, BG) */
+#define KaipImgFlag_NoDeallocate 0x00000800u     /* buffers belong to someone else */
+#define KaipImgFlag_InitMask 0x00000B03u         /* caller flags that initialisation keeps */
 
 /* Options word. */
-#define KaipOption_ReallocateDst      0x00001000u
+#define KaipOption_ReallocateDst 0x00001000u
 
 /* Pixel formats (GigE Vision codes, and a few of the library's own). */
-#define KaipPixelFormat_Mono8                   0x01080001u
-#define KaipPixelFormat_BayerGR8                0x01080008u
-#define KaipPixelFormat_BayerRG8                0x01080009u
-#define KaipPixelFormat_BayerGB8                0x0108000Au
-#define KaipPixelFormat_BayerBG8                0x0108000Bu
-#define KaipPixelFormat_Mono9                   0x000003F1u /* library's own, 1009 */
-#define KaipPixelFormat_Mono10                  0x01100003u
-#define KaipPixelFormat_BayerGR10               0x0110000Cu
-#define KaipPixelFormat_BayerRG10               0x0110000Du
-#define KaipPixelFormat_BayerGB10               0x0110000Eu
-#define KaipPixelFormat_BayerBG10               0x0110000Fu
-#define KaipPixelFormat_Mono11                  0x000003F3u /* library's own, 1011 */
-#define KaipPixelFormat_Mono12                  0x01100005u
-#define KaipPixelFormat_BayerGR12               0x01100010u
-#define KaipPixelFormat_BayerRG12               0x01100011u
-#define KaipPixelFormat_BayerGB12               0x01100012u
-#define KaipPixelFormat_BayerBG12               0x01100013u
-#define KaipPixelFormat_Mono13                  0x000003F5u /* library's own, 1013 */
-#define KaipPixelFormat_Mono14                  0x01100025u
-#define KaipPixelFormat_Mono15                  0x000003F7u /* library's own, 1015 */
-#define KaipPixelFormat_Mono16                  0x01100007u
-#define KaipPixelFormat_BayerGR16               0x0110002Eu
-#define KaipPixelFormat_BayerRG16               0x0110002Fu
-#define KaipPixelFormat_BayerGB16               0x01100030u
-#define KaipPixelFormat_BayerBG16               0x01100031u
-#define KaipPixelFormat_Mono10Packed            0x010C0004u
-#define KaipPixelFormat_BayerGR10Packed         0x010C0026u
-#define KaipPixelFormat_BayerRG10Packed         0x010C0027u
-#define KaipPixelFormat_BayerGB10Packed         0x010C0028u
-#define KaipPixelFormat_BayerBG10Packed         0x010C0029u
-#define KaipPixelFormat_Mono12Packed            0x010C0006u
-#define KaipPixelFormat_BayerGR12Packed         0x010C002Au
-#define KaipPixelFormat_BayerRG12Packed         0x010C002Bu
-#define KaipPixelFormat_BayerGB12Packed         0x010C002Cu
-#define KaipPixelFormat_BayerBG12Packed         0x010C002Du
-#define KaipPixelFormat_Mono10Mipi              0x010A1004u /* library's own */
-#define KaipPixelFormat_BayerGR10Mipi           0x010A1026u /* library's own */
-#define KaipPixelFormat_BayerRG10Mipi           0x010A1027u
-#define KaipPixelFormat_BayerGB10Mipi           0x010A1028u
-#define KaipPixelFormat_BayerBG10Mipi           0x010A1029u
-#define KaipPixelFormat_Mono12Mipi              0x010C1006u /* library's own */
-#define KaipPixelFormat_BGR555                  0x021000E1u /* library's own, 5-5-5 in 16 bits */
-#define KaipPixelFormat_BGR565Packed            0x02100036u
-#define KaipPixelFormat_BGR8Packed              0x02180015u
-#define KaipPixelFormat_BGRA8Packed             0x02200017u
-#define KaipPixelFormat_RGB8Packed              0x02180014u
-#define KaipPixelFormat_RGBA8Packed             0x02200016u
-#define KaipPixelFormat_RGB10V1Packed           0x0220001Cu
-#define KaipPixelFormat_RGB10V2Packed           0x0220001Du
-#define KaipPixelFormat_BGR10Packed             0x02300019u
-#define KaipPixelFormat_RGB10Packed             0x02300018u
-#define KaipPixelFormat_BGR12Packed             0x0230001Bu
-#define KaipPixelFormat_RGB12Packed             0x0230001Au
-#define KaipPixelFormat_BGR16                   0x0230004Bu
-#define KaipPixelFormat_RGB16Packed             0x02300033u
-#define KaipPixelFormat_YUV411Packed            0x020C001Eu
-#define KaipPixelFormat_YCbCr411_8_CbYYCrYY     0x020C003Cu
-#define KaipPixelFormat_YCbCr411_8              0x020C005Au
+#define KaipPixelFormat_Mono8 0x01080001u
+#define KaipPixelFormat_BayerGR8 0x01080008u
+#define KaipPixelFormat_BayerRG8 0x01080009u
+#define KaipPixelFormat_BayerGB8 0x0108000Au
+#define KaipPixelFormat_BayerBG8 0x0108000Bu
+#define KaipPixelFormat_Mono9 0x000003F1u /* library's own, 1009 */
+#define KaipPixelFormat_Mono10 0x01100003u
+#define KaipPixelFormat_BayerGR10 0x0110000Cu
+#define KaipPixelFormat_BayerRG10 0x0110000Du
+#define KaipPixelFormat_BayerGB10 0x0110000Eu
+#define KaipPixelFormat_BayerBG10 0x0110000Fu
+#define KaipPixelFormat_Mono11 0x000003F3u /* library's own, 1011 */
+#define KaipPixelFormat_Mono12 0x01100005u
+#define KaipPixelFormat_BayerGR12 0x01100010u
+#define KaipPixelFormat_BayerRG12 0x01100011u
+#define KaipPixelFormat_BayerGB12 0x01100012u
+#define KaipPixelFormat_BayerBG12 0x01100013u
+#define KaipPixelFormat_Mono13 0x000003F5u /* library's own, 1013 */
+#define KaipPixelFormat_Mono14 0x01100025u
+#define KaipPixelFormat_Mono15 0x000003F7u /* library's own, 1015 */
+#define KaipPixelFormat_Mono16 0x01100007u
+#define KaipPixelFormat_BayerGR16 0x0110002Eu
+#define KaipPixelFormat_BayerRG16 0x0110002Fu
+#define KaipPixelFormat_BayerGB16 0x01100030u
+#define KaipPixelFormat_BayerBG16 0x01100031u
+#define KaipPixelFormat_Mono10Packed 0x010C0004u
+#define KaipPixelFormat_BayerGR10Packed 0x010C0026u
+#define KaipPixelFormat_BayerRG10Packed 0x010C0027u
+#define KaipPixelFormat_BayerGB10Packed 0x010C0028u
+#define KaipPixelFormat_BayerBG10Packed 0x010C0029u
+#define KaipPixelFormat_Mono12Packed 0x010C0006u
+#define KaipPixelFormat_BayerGR12Packed 0x010C002Au
+#define KaipPixelFormat_BayerRG12Packed 0x010C002Bu
+#define KaipPixelFormat_BayerGB12Packed 0x010C002Cu
+#define KaipPixelFormat_BayerBG12Packed 0x010C002Du
+#define KaipPixelFormat_Mono10Mipi 0x010A1004u    /* library's own */
+#define KaipPixelFormat_BayerGR10Mipi 0x010A1026u /* library's own */
+#define KaipPixelFormat_BayerRG10Mipi 0x010A1027u
+#define KaipPixelFormat_BayerGB10Mipi 0x010A1028u
+#define KaipPixelFormat_BayerBG10Mipi 0x010A1029u
+#define KaipPixelFormat_Mono12Mipi 0x010C1006u /* library's own */
+#define KaipPixelFormat_BGR555 0x021000E1u     /* library's own, 5-5-5 in 16 bits */
+#define KaipPixelFormat_BGR565Packed 0x02100036u
+#define KaipPixelFormat_BGR8Packed 0x02180015u
+#define KaipPixelFormat_BGRA8Packed 0x02200017u
+#define KaipPixelFormat_RGB8Packed 0x02180014u
+#define KaipPixelFormat_RGBA8Packed 0x02200016u
+#define KaipPixelFormat_RGB10V1Packed 0x0220001Cu
+#define KaipPixelFormat_RGB10V2Packed 0x0220001Du
+#define KaipPixelFormat_BGR10Packed 0x02300019u
+#define KaipPixelFormat_RGB10Packed 0x02300018u
+#define KaipPixelFormat_BGR12Packed 0x0230001Bu
+#define KaipPixelFormat_RGB12Packed 0x0230001Au
+#define KaipPixelFormat_BGR16 0x0230004Bu
+#define KaipPixelFormat_RGB16Packed 0x02300033u
+#define KaipPixelFormat_YUV411Packed 0x020C001Eu
+#define KaipPixelFormat_YCbCr411_8_CbYYCrYY 0x020C003Cu
+#define KaipPixelFormat_YCbCr411_8 0x020C005Au
 #define KaipPixelFormat_YCbCr601_411_8_CbYYCrYY 0x020C003Fu
 #define KaipPixelFormat_YCbCr709_411_8_CbYYCrYY 0x020C0042u
-#define KaipPixelFormat_YUV422Packed            0x0210001Fu
-#define KaipPixelFormat_YUV422_YUYV_Packed      0x02100032u
-#define KaipPixelFormat_YUV444Packed            0x02180020u
-#define KaipPixelFormat_YCbCr8                  0x0218005Bu
-#define KaipPixelFormat_YCbCr8_CbYCr            0x0218003Au
-#define KaipPixelFormat_YCbCr422_8              0x0210003Bu
-#define KaipPixelFormat_YCbCr422_8_CbYCrY       0x02100043u
-#define KaipPixelFormat_YCbCr601_422_8          0x0210003Eu
-#define KaipPixelFormat_YCbCr601_422_8_CbYCrY   0x02100044u
-#define KaipPixelFormat_YCbCr709_422_8          0x02100041u
-#define KaipPixelFormat_YCbCr709_422_8_CbYCrY   0x02100045u
-#define KaipPixelFormat_YCbCr601_8_CbYCr        0x0218003Du
-#define KaipPixelFormat_YCbCr709_8_CbYCr        0x02180040u
-#define KaipPixelFormat_RGB8Planar              0x02180021u
-#define KaipPixelFormat_RGB10Planar             0x02300022u
-#define KaipPixelFormat_RGB12Planar             0x02300023u
-#define KaipPixelFormat_RGB16Planar             0x02300024u
+#define KaipPixelFormat_YUV422Packed 0x0210001Fu
+#define KaipPixelFormat_YUV422_YUYV_Packed 0x02100032u
+#define KaipPixelFormat_YUV444Packed 0x02180020u
+#define KaipPixelFormat_YCbCr8 0x0218005Bu
+#define KaipPixelFormat_YCbCr8_CbYCr 0x0218003Au
+#define KaipPixelFormat_YCbCr422_8 0x0210003Bu
+#define KaipPixelFormat_YCbCr422_8_CbYCrY 0x02100043u
+#define KaipPixelFormat_YCbCr601_422_8 0x0210003Eu
+#define KaipPixelFormat_YCbCr601_422_8_CbYCrY 0x02100044u
+#define KaipPixelFormat_YCbCr709_422_8 0x02100041u
+#define KaipPixelFormat_YCbCr709_422_8_CbYCrY 0x02100045u
+#define KaipPixelFormat_YCbCr601_8_CbYCr 0x0218003Du
+#define KaipPixelFormat_YCbCr709_8_CbYCr 0x02180040u
+#define KaipPixelFormat_RGB8Planar 0x02180021u
+#define KaipPixelFormat_RGB10Planar 0x02300022u
+#define KaipPixelFormat_RGB12Planar 0x02300023u
+#define KaipPixelFormat_RGB16Planar 0x02300024u
 
 /* ---------------------------------------------------------------- status codes */
 
-#define KASTATUS_OK                                     0
-#define KASTATUS_KAIP_INVALID_POINTER                   100001
-#define KASTATUS_KAIP_INVALID_SRC_POINTER               100002
-#define KASTATUS_KAIP_INVALID_DST_POINTER               100003
-#define KASTATUS_KAIP_INVALID_PIXEL_FORMAT              100004
-#define KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED           100005
-#define KASTATUS_KAIP_MEMORY_ALLOC_FAILED               100006
-#define KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER            100007
-#define KASTATUS_KAIP_INCOMPATIBLE_PIXEL_FORMAT         100008
-#define KASTATUS_KAIP_INCOMPATIBLE_LINE_INCREMENT       100009
-#define KASTATUS_KAIP_IMGINFOS_NOT_EQUAL                100011
-#define KASTATUS_KAIP_NOT_SUPPORTED                     100012
-#define KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT      100013
-#define KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT      100014
-#define KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED        100015
-#define KASTATUS_KAIP_LINE_REVERSION_NOT_SUPPORTED      100016 /* also: orientations differ */
-#define KASTATUS_KAIP_LINE_INCREMENT_TOO_BIG            100017
-#define KASTATUS_KAIP_INCOMPATIBLE_DST                  100018
-#define KASTATUS_KAIP_INCOMPATIBLE_SIZE                 100020
-#define KASTATUS_KAIP_INCOMPATIBLE_ROTATED_SIZE         100021
+#define KASTATUS_OK 0
+#define KASTATUS_KAIP_INVALID_POINTER 100001
+#define KASTATUS_KAIP_INVALID_SRC_POINTER 100002
+#define KASTATUS_KAIP_INVALID_DST_POINTER 100003
+#define KASTATUS_KAIP_INVALID_PIXEL_FORMAT 100004
+#define KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED 100005
+#define KASTATUS_KAIP_MEMORY_ALLOC_FAILED 100006
+#define KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER 100007
+#define KASTATUS_KAIP_INCOMPATIBLE_PIXEL_FORMAT 100008
+#define KASTATUS_KAIP_INCOMPATIBLE_LINE_INCREMENT 100009
+#define KASTATUS_KAIP_IMGINFOS_NOT_EQUAL 100011
+#define KASTATUS_KAIP_NOT_SUPPORTED 100012
+#define KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT 100013
+#define KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT 100014
+#define KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED 100015
+#define KASTATUS_KAIP_LINE_REVERSION_NOT_SUPPORTED 100016 /* also: orientations differ */
+#define KASTATUS_KAIP_LINE_INCREMENT_TOO_BIG 100017
+#define KASTATUS_KAIP_INCOMPATIBLE_DST 100018
+#define KASTATUS_KAIP_INCOMPATIBLE_SIZE 100020
+#define KASTATUS_KAIP_INCOMPATIBLE_ROTATED_SIZE 100021
 #define KASTATUS_KAIP_INCOMPATIBLE_SRC_DST_PIXEL_FORMAT 100023
-#define KASTATUS_KAIP_INCOMPATIBLE_FLAGS                100024
-#define KASTATUS_KAIP_DST_RECT_OUTSIDE_SRC              100025
-#define KASTATUS_KAIP_SRC_NOT_ALLOCATED                 100026
-#define KASTATUS_KAIP_DST_NOT_ALLOCATED                 100027
-#define KASTATUS_KAIP_NOT_DISPLAYABLE_FORMAT            100028
-#define KASTATUS_KAIP_INVALID_LUT_HANDLE                100029
-#define KASTATUS_KAIP_INVALID_LUT_TYPE                  100030
-#define KASTATUS_KAIP_REF_PIXEL_FORMAT_DIFFERS          100032
-#define KASTATUS_KAIP_REF_FLAGS_DIFFER                  100033
-#define KASTATUS_KAIP_CANNOT_OPEN_READ_FILE             100034
-#define KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE          100035
-#define KASTATUS_KAIP_INVALID_TIFF_FILE                 100036
-#define KASTATUS_KAIP_INVALID_BMP_FILE                  100037
-#define KASTATUS_KAIP_NOT_BAYER_PIXEL_FORMAT            100038
-#define KASTATUS_KAIP_JPEG_SAVE_FAILED                  100039
-#define KASTATUS_KAIP_JPEG_LOAD_FAILED                  100040
+#define KASTATUS_KAIP_INCOMPATIBLE_FLAGS 100024
+#define KASTATUS_KAIP_DST_RECT_OUTSIDE_SRC 100025
+#define KASTATUS_KAIP_SRC_NOT_ALLOCATED 100026
+#define KASTATUS_KAIP_DST_NOT_ALLOCATED 100027
+#define KASTATUS_KAIP_NOT_DISPLAYABLE_FORMAT 100028
+#define KASTATUS_KAIP_INVALID_LUT_HANDLE 100029
+#define KASTATUS_KAIP_INVALID_LUT_TYPE 100030
+#define KASTATUS_KAIP_REF_PIXEL_FORMAT_DIFFERS 100032
+#define KASTATUS_KAIP_REF_FLAGS_DIFFER 100033
+#define KASTATUS_KAIP_CANNOT_OPEN_READ_FILE 100034
+#define KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE 100035
+#define KASTATUS_KAIP_INVALID_TIFF_FILE 100036
+#define KASTATUS_KAIP_INVALID_BMP_FILE 100037
+#define KASTATUS_KAIP_NOT_BAYER_PIXEL_FORMAT 100038
+#define KASTATUS_KAIP_JPEG_SAVE_FAILED 100039
+#define KASTATUS_KAIP_JPEG_LOAD_FAILED 100040
 
 /* ---------------------------------------------------------------- descriptor and buffers */
 
@@ -235,8 +235,8 @@ typedef uint32_t* KaipHLut;
  * pointers are then already written, Flags and LineIncrement are left as they were.
  * KASTATUS_KAIP_NOT_SUPPORTED when the line increment would not fit in 32 bits (the plain
  * product would wrap and describe a buffer too small for the image). */
-KAIP_API KaipStatus KaipInitImgInfo(KaipImgInfo* pImgInfo, uint32_t dwWidth, uint32_t dwHeight,
-                                    uint32_t dwPixelFormat, uint32_t dwFlags);
+KAIP_API KaipStatus KaipInitImgInfo(KaipImgInfo* pImgInfo, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwPixelFormat,
+                                    uint32_t dwFlags);
 
 /* Returns the size in bytes of the image buffer (of one plane in colour-planes mode):
  * Height x LineIncrement as a 32-bit product; 0 for a null pointer. Not a status. */
@@ -422,7 +422,7 @@ KAIP_API KaipStatus KaipBdEncodeToBayer(const KaipImgInfo* pSrcImgInfo, KaipImgI
 /* Options of KaipCalcWbFactors. Any non-zero options word refines the caller's factors on
  * RGB images (Bayer mosaics ignore all but KaipWbOption_NoNormalize). */
 #define KaipWbOption_NoNormalize 0x00000001u /* exactly 1: green stays 1000, others may be below */
-#define KaipWbOption_Refine      0x00000002u /* multiply into the factors passed in (RGB only) */
+#define KaipWbOption_Refine 0x00000002u      /* multiply into the factors passed in (RGB only) */
 
 /* Measures white-balance factors in thousandths (1000 = gain 1.0) that make the image's
  * average colour grey, green being the reference; unless dwOptions is exactly 1 they are then
@@ -457,17 +457,17 @@ KAIP_API KaipStatus KaipCalcWbFactors(const KaipImgInfo* pSrcImgInfo, uint32_t* 
  * Any other handle must be one returned by KaipAllocateLut and not yet freed: the library
  * cannot detect a pointer to anything else, and reads or writes through it as a LUT. */
 #define KAIP_LUT_ALL_DEPTHS 0x00000000u /* universal object: 8-, 10- and 12-bit tables */
-#define KAIP_LUT_8BIT       0x00000008u
-#define KAIP_LUT_10BIT      0x0000000Au
-#define KAIP_LUT_12BIT      0x0000000Cu
-#define KAIP_LUT_BAYER      0x00010000u /* 10/12-bit tables also give 8-bit Bayer outputs */
-#define KAIP_LUT_BAYER_16   0x00100000u /* with KAIP_LUT_BAYER: replicated 16/32-bit Bayer tables */
+#define KAIP_LUT_8BIT 0x00000008u
+#define KAIP_LUT_10BIT 0x0000000Au
+#define KAIP_LUT_12BIT 0x0000000Cu
+#define KAIP_LUT_BAYER 0x00010000u    /* 10/12-bit tables also give 8-bit Bayer outputs */
+#define KAIP_LUT_BAYER_16 0x00100000u /* with KAIP_LUT_BAYER: replicated 16/32-bit Bayer tables */
 
 /* Channel selectors of the single-value functions; any other value addresses no table. */
-#define KAIP_LUT_CHANNEL_MONO  0x502D0000u /* the green table */
-#define KAIP_LUT_CHANNEL_RED   0x502D0001u
+#define KAIP_LUT_CHANNEL_MONO 0x502D0000u /* the green table */
+#define KAIP_LUT_CHANNEL_RED 0x502D0001u
 #define KAIP_LUT_CHANNEL_GREEN 0x502D0002u
-#define KAIP_LUT_CHANNEL_BLUE  0x502D0003u
+#define KAIP_LUT_CHANNEL_BLUE 0x502D0003u
 
 /* Returns a new LUT object of the given type, set to identity, or null. An unknown depth
  * byte gives null (and a log line). When memory runs out the global LUT is reset to
@@ -492,12 +492,9 @@ KAIP_API KaipStatus KaipResetLut(KaipHLut hLut);
  * universal object also sets its other two depths: upward by linear interpolation (the last
  * entry held flat over the last 4 or 16 entries), downward by taking every 4th or 16th entry
  * shifted down. Getting copies the tables of the function's depth as they stand. */
-KAIP_API KaipStatus KaipSet8BitLut(KaipHLut hLut, const uint8_t* pRed, const uint8_t* pGreen,
-                                   const uint8_t* pBlue);
-KAIP_API KaipStatus KaipSet10BitLut(KaipHLut hLut, const uint16_t* pRed, const uint16_t* pGreen,
-                                    const uint16_t* pBlue);
-KAIP_API KaipStatus KaipSet12BitLut(KaipHLut hLut, const uint16_t* pRed, const uint16_t* pGreen,
-                                    const uint16_t* pBlue);
+KAIP_API KaipStatus KaipSet8BitLut(KaipHLut hLut, const uint8_t* pRed, const uint8_t* pGreen, const uint8_t* pBlue);
+KAIP_API KaipStatus KaipSet10BitLut(KaipHLut hLut, const uint16_t* pRed, const uint16_t* pGreen, const uint16_t* pBlue);
+KAIP_API KaipStatus KaipSet12BitLut(KaipHLut hLut, const uint16_t* pRed, const uint16_t* pGreen, const uint16_t* pBlue);
 KAIP_API KaipStatus KaipGet8BitLut(KaipHLut hLut, uint8_t* pRed, uint8_t* pGreen, uint8_t* pBlue);
 KAIP_API KaipStatus KaipGet10BitLut(KaipHLut hLut, uint16_t* pRed, uint16_t* pGreen, uint16_t* pBlue);
 KAIP_API KaipStatus KaipGet12BitLut(KaipHLut hLut, uint16_t* pRed, uint16_t* pGreen, uint16_t* pBlue);
@@ -526,8 +523,7 @@ KAIP_API KaipStatus KaipGet12BitLutValue(KaipHLut hLut, uint32_t dwChannel, uint
  * the handle. */
 KAIP_API KaipStatus KaipAddGammaToLut(uint32_t dwGamma, KaipHLut hLut);
 /* White balance: v -> v * factor / 1000 rounded, per channel. */
-KAIP_API KaipStatus KaipAddWbToLut(uint32_t dwRedFactor, uint32_t dwGreenFactor, uint32_t dwBlueFactor,
-                                   KaipHLut hLut);
+KAIP_API KaipStatus KaipAddWbToLut(uint32_t dwRedFactor, uint32_t dwGreenFactor, uint32_t dwBlueFactor, KaipHLut hLut);
 /* v -> v * iGain / 1000 + M * iOffset / 1000, truncated toward zero (not rounded). */
 KAIP_API KaipStatus KaipAddOffsetAndGainToLut(int32_t iOffset, int32_t iGain, KaipHLut hLut);
 /* Offset and gain with offset = iBrightness - iContrast / 2 - 500 and gain = iContrast:
@@ -545,17 +541,16 @@ KAIP_API KaipStatus KaipAddBrightnessAndContrastToLut(int32_t iBrightness, int32
  * Returns 0, a status of the common checks, KASTATUS_KAIP_INVALID_LUT_TYPE (LUT object of
  * another depth, or any other format with a LUT object),
  * KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT (any other format with the global LUT). */
-KAIP_API KaipStatus KaipApplyLut(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, KaipHLut hLut,
-                                 uint32_t dwOptions);
+KAIP_API KaipStatus KaipApplyLut(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, KaipHLut hLut, uint32_t dwOptions);
 /* ==== end lut ======================================================================= */
 
 /* ==== geometry ====================================================================== */
 
 /* Direction arguments of KaipMirror and KaipRotate90AndMirror: any non-zero value means yes. */
-#define KaipMirror_No                   0
-#define KaipMirror_Yes                  1
-#define KaipRotate_CounterClockwise     0u
-#define KaipRotate_Clockwise            1u
+#define KaipMirror_No 0
+#define KaipMirror_Yes 1
+#define KaipRotate_CounterClockwise 0u
+#define KaipRotate_Clockwise 1u
 
 /* Longest line (in bytes) that KaipDeinterlace accepts in place. */
 #define KaipDeinterlace_MaxLineIncrement 8192u
@@ -614,8 +609,8 @@ KAIP_API KaipStatus KaipReverseLinesFast(KaipImgInfo* pSrcImgInfo, KaipImgInfo* 
  * Returns 0 or the statuses of the common checks (also KASTATUS_KAIP_INVALID_DST_POINTER and
  * _INCOMPATIBLE_ROTATED_SIZE) and of the reallocation. */
 KAIP_API KaipStatus KaipRotate90AndMirror(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
-                                          uint32_t dwClockwise, uint32_t dwMirrorTopBottom,
-                                          uint32_t dwMirrorLeftRight, uint32_t dwOptions, KaipHLut hLut);
+                                          uint32_t dwClockwise, uint32_t dwMirrorTopBottom, uint32_t dwMirrorLeftRight,
+                                          uint32_t dwOptions, KaipHLut hLut);
 
 /* Removes the comb of an interlaced frame: every line but the last becomes the average
  * (rounded down) of itself and the line below, as they were before the call; the last line
@@ -676,15 +671,15 @@ KAIP_API KaipStatus KaipFillWithColor(KaipImgInfo* pImgInfo, uint8_t red, uint8_
  * the byte order of the format. A kernel's rows are the previous, the same and the next
  * line in memory order (whatever KaipImgFlag_BottomUp says), its columns left, same, right;
  * it is applied as written and divided by 1000. */
-#define KaipMatrix_One                1000
+#define KaipMatrix_One 1000
 
 /* Sharpness range of KaipSet3x3MatrixSharpening: -100 smooths most, 0 is the identity. */
-#define KaipSharpness_Min             (-100)
-#define KaipSharpness_Max             100
+#define KaipSharpness_Min (-100)
+#define KaipSharpness_Max 100
 
 /* Option of KaipSet3x3MatrixSharpening: weight all eight neighbours (else only the four
  * edge neighbours, with the corners 0). */
-#define KaipSharpening_AllNeighbours  0x00000001u
+#define KaipSharpening_AllNeighbours 0x00000001u
 
 /* Multiplies every pixel of a packed RGB/BGR image by the colour matrix piMatrix and writes
  * the result into pDstImgInfo, or back into the source when pDstImgInfo is null.
@@ -855,16 +850,17 @@ typedef struct tagBITMAPINFO {
     RGBQUAD bmiColors[256];
 } tagBITMAPINFO, BITMAPINFO;
 
-#define KAIP_BI_RGB       0u /* uncompressed */
+#define KAIP_BI_RGB 0u       /* uncompressed */
 #define KAIP_BI_BITFIELDS 3u /* uncompressed with colour masks (16-bit 5-6-5) */
 
 /* Option bits of the file functions (besides KaipOption_ReallocateDst). */
-#define KaipBmpOption_BottomUpFile  0x00000002u /* save: write a bottom-up file (positive biHeight);
+#define KaipBmpOption_BottomUpFile                                                                   \
+    0x00000002u                                 /* save: write a bottom-up file (positive biHeight); \
                                                    load: deliver a bottom-up file top-down */
 #define KaipBmpOption_BottomUpImage 0x00008000u /* load: deliver a bottom-up image */
-#define KaipTiffOption_Scale16      0x00002000u /* save: scale 9..15-bit grey to the full 16 bits */
-#define KaipJpegOption_BGR          0x00004000u /* load: deliver colour as BGR8Packed */
-#define KaipJpegOption_HeaderOnly   0x00008000u /* load: only fill the descriptor, read no pixels */
+#define KaipTiffOption_Scale16 0x00002000u      /* save: scale 9..15-bit grey to the full 16 bits */
+#define KaipJpegOption_BGR 0x00004000u          /* load: deliver colour as BGR8Packed */
+#define KaipJpegOption_HeaderOnly 0x00008000u   /* load: only fill the descriptor, read no pixels */
 
 /* Hostile files. Every loader accepts regular files only, computes every size in 64 bits and
  * refuses, before it allocates anything from the file's numbers, a file whose dimensions are

@@ -99,27 +99,29 @@ const int kRegistered = [] {
          3, TLut::None},
         {"ColorCorrection8_BGR8_Lut", KaipBdBilinearColorCorrection, KaipPixelFormat_BayerRG8,
          KaipPixelFormat_BGR8Packed, 3, TLut::Gamma},
-        {"ColorCorrection12_BGR8", KaipBdBilinearColorCorrection, KaipPixelFormat_BayerRG12,
-         KaipPixelFormat_BGR8Packed, 3, TLut::None},
+        {"ColorCorrection12_BGR8", KaipBdBilinearColorCorrection, KaipPixelFormat_BayerRG12, KaipPixelFormat_BGR8Packed,
+         3, TLut::None},
         {"PixelGrouping8_BGR8_Lut", KaipBdPixelGrouping, KaipPixelFormat_BayerRG8, KaipPixelFormat_BGR8Packed, 3,
          TLut::Gamma},
         {"PixelGrouping12_BGR8", KaipBdPixelGrouping, KaipPixelFormat_BayerRG12, KaipPixelFormat_BGR8Packed, 3,
          TLut::None},
         {"VariableGradients8_BGR8_Lut", KaipBdVariableGradients, KaipPixelFormat_BayerRG8, KaipPixelFormat_BGR8Packed,
          3, TLut::Gamma},
-        {"VariableGradients12_BGR8", KaipBdVariableGradients, KaipPixelFormat_BayerRG12,
-         KaipPixelFormat_BGR8Packed, 3, TLut::None},
+        {"VariableGradients12_BGR8", KaipBdVariableGradients, KaipPixelFormat_BayerRG12, KaipPixelFormat_BGR8Packed, 3,
+         TLut::None},
         {"Nearest8_BGR8", KaipBdNearestNeighbour, KaipPixelFormat_BayerRG8, KaipPixelFormat_BGR8Packed, 3, TLut::None},
         {"Nearest8_BGRA8", KaipBdNearestNeighbour, KaipPixelFormat_BayerRG8, KaipPixelFormat_BGRA8Packed, 4,
          TLut::None},
     };
     for (const TCase& c : cases) {
-        FrameSizes(RegisterRole("Bayer", c.name, "Ours", [c](benchmark::State& s) { Ours(s, c); }))
-            ->Unit(benchmark::kMicrosecond);
+        FrameSizes(RegisterRole("Bayer", c.name, "Ours", [c](benchmark::State& s) {
+            Ours(s, c);
+        }))->Unit(benchmark::kMicrosecond);
 #if defined(KAIP_BENCH_OPENCV)
         if (c.decode == KaipBdBilinearInterpolation) {
-            FrameSizes(RegisterRole("Bayer", c.name, "OpenCV", [c](benchmark::State& s) { OpenCv(s, c); }))
-                ->Unit(benchmark::kMicrosecond);
+            FrameSizes(RegisterRole("Bayer", c.name, "OpenCV", [c](benchmark::State& s) {
+                OpenCv(s, c);
+            }))->Unit(benchmark::kMicrosecond);
         }
 #endif
         FrameSizes(RegisterMemcpy("Bayer", c.name, c.dstBytes))->Unit(benchmark::kMicrosecond);

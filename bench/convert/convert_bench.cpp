@@ -30,7 +30,10 @@ void Convert(benchmark::State& state, uint32_t srcFormat, uint32_t srcBitsPerPix
     KaipDeallocateImageData(&dst);
 }
 
-void Memcpy(benchmark::State& state, uint32_t dstPixelBytes) { MemcpyYardstick(state, kPixels * dstPixelBytes, kPixels); }
+void Memcpy(benchmark::State& state, uint32_t dstPixelBytes)
+{
+    MemcpyYardstick(state, kPixels * dstPixelBytes, kPixels);
+}
 
 #define KAIP_CONVERT_BENCH(name, src, bits, dst) \
     BENCHMARK_CAPTURE(Convert, name, KaipPixelFormat_##src, bits, KaipPixelFormat_##dst)->Unit(benchmark::kMillisecond)

@@ -138,11 +138,13 @@ const int kRegistered = [] {
                 })->Unit(benchmark::kMillisecond);
 #if defined(KAIP_BENCH_OPENCV)
                 RegisterRole("File", kase, "OpenCV", [=](benchmark::State& s) {
-                    bSave ? OpenCvSaveBench(s, kExtensions[kind], f.code) : OpenCvLoadBench(s, kExtensions[kind], f.code);
+                    bSave ? OpenCvSaveBench(s, kExtensions[kind], f.code)
+                          : OpenCvLoadBench(s, kExtensions[kind], f.code);
                 })->Unit(benchmark::kMillisecond);
 #endif
-                RegisterRole("File", kase, "Memcpy", [=](benchmark::State& s) { MemcpyBench(s, f.bytes); })
-                    ->Unit(benchmark::kMillisecond);
+                RegisterRole("File", kase, "Memcpy", [=](benchmark::State& s) {
+                    MemcpyBench(s, f.bytes);
+                })->Unit(benchmark::kMillisecond);
             }
         }
     }

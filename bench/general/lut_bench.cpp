@@ -35,7 +35,8 @@ void Ours(benchmark::State& state, TCase c)
 void OpenCv(benchmark::State& state, TCase c)
 {
     TBenchImage src(uint32_t(state.range(0)), uint32_t(state.range(1)), c.format);
-    cv::Mat in(int(state.range(1)), int(state.range(0)), CV_8UC(c.channels), src.info.pData, src.info.LineIncrement), out;
+    cv::Mat in(int(state.range(1)), int(state.range(0)), CV_8UC(c.channels), src.info.pData, src.info.LineIncrement),
+        out;
     cv::Mat table(1, 256, CV_8UC1);
     for (int i = 0; i < 256; ++i) table.at<uint8_t>(i) = uint8_t(255.0 * std::pow(i / 255.0, 1 / 1.8) + 0.5);
     cv::setNumThreads(1);
@@ -56,12 +57,14 @@ const int kRegistered = [] {
         {"Apply_Mono12", KaipPixelFormat_Mono12, 2, false, 0},
     };
     for (const TCase& c : cases) {
-        FrameSizes(RegisterRole("Lut", c.name, "Ours", [c](benchmark::State& s) { Ours(s, c); }))
-            ->Unit(benchmark::kMicrosecond);
+        FrameSizes(RegisterRole("Lut", c.name, "Ours", [c](benchmark::State& s) {
+            Ours(s, c);
+        }))->Unit(benchmark::kMicrosecond);
 #if defined(KAIP_BENCH_OPENCV)
         if (c.channels > 0) {
-            FrameSizes(RegisterRole("Lut", c.name, "OpenCV", [c](benchmark::State& s) { OpenCv(s, c); }))
-                ->Unit(benchmark::kMicrosecond);
+            FrameSizes(RegisterRole("Lut", c.name, "OpenCV", [c](benchmark::State& s) {
+                OpenCv(s, c);
+            }))->Unit(benchmark::kMicrosecond);
         }
 #endif
         FrameSizes(RegisterMemcpy("Lut", c.name, c.bytes))->Unit(benchmark::kMicrosecond);

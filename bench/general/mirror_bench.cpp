@@ -11,12 +11,12 @@ namespace {
 struct TCase {
     const char* name;
     uint32_t format, bytes;
-    int tb, lr;      // the mirrors
-    bool bLut;       // through the global LUT
-    bool bInPlace;   // no destination
-    bool bReverse;   // KaipReverseLinesFast instead
-    int cvFlip;      // cv::flip's code: 0 top-bottom, 1 left-right, -1 both
-    int cvType;      // the peer's image type
+    int tb, lr;     // the mirrors
+    bool bLut;      // through the global LUT
+    bool bInPlace;  // no destination
+    bool bReverse;  // KaipReverseLinesFast instead
+    int cvFlip;     // cv::flip's code: 0 top-bottom, 1 left-right, -1 both
+    int cvType;     // the peer's image type
 };
 
 // Arguments: width, height.
@@ -70,11 +70,13 @@ const int kRegistered = [] {
         {"ReverseLinesFast_Mono8", m8, 1, 0, 0, false, false, true, 0, mono8},
     };
     for (const TCase& c : cases) {
-        FrameSizes(RegisterRole("Mirror", c.name, "Ours", [c](benchmark::State& s) { Ours(s, c); }))
-            ->Unit(benchmark::kMicrosecond);
+        FrameSizes(RegisterRole("Mirror", c.name, "Ours", [c](benchmark::State& s) {
+            Ours(s, c);
+        }))->Unit(benchmark::kMicrosecond);
 #if defined(KAIP_BENCH_OPENCV)
-        FrameSizes(RegisterRole("Mirror", c.name, "OpenCV", [c](benchmark::State& s) { OpenCv(s, c); }))
-            ->Unit(benchmark::kMicrosecond);
+        FrameSizes(RegisterRole("Mirror", c.name, "OpenCV", [c](benchmark::State& s) {
+            OpenCv(s, c);
+        }))->Unit(benchmark::kMicrosecond);
 #endif
         FrameSizes(RegisterMemcpy("Mirror", c.name, c.bytes))->Unit(benchmark::kMicrosecond);
     }

@@ -56,11 +56,13 @@ const int kRegistered = [] {
         {"Clockwise_BGRA8", KaipPixelFormat_BGRA8Packed, 4, true, bgra8},
     };
     for (const TCase& c : cases) {
-        FrameSizes(RegisterRole("Rotate90", c.name, "Ours", [c](benchmark::State& s) { Ours(s, c); }))
-            ->Unit(benchmark::kMicrosecond);
+        FrameSizes(RegisterRole("Rotate90", c.name, "Ours", [c](benchmark::State& s) {
+            Ours(s, c);
+        }))->Unit(benchmark::kMicrosecond);
 #if defined(KAIP_BENCH_OPENCV)
-        FrameSizes(RegisterRole("Rotate90", c.name, "OpenCV", [c](benchmark::State& s) { OpenCv(s, c); }))
-            ->Unit(benchmark::kMicrosecond);
+        FrameSizes(RegisterRole("Rotate90", c.name, "OpenCV", [c](benchmark::State& s) {
+            OpenCv(s, c);
+        }))->Unit(benchmark::kMicrosecond);
 #endif
         FrameSizes(RegisterMemcpy("Rotate90", c.name, c.bytes))->Unit(benchmark::kMicrosecond);
     }

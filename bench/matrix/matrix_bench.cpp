@@ -127,7 +127,8 @@ const int kRegistered = [] {
     const uint32_t all = KaipSharpening_AllNeighbours;
     for (TCorrection c : {TCorrection{"BGR8", KaipPixelFormat_BGR8Packed, 3, bgr8},
                           TCorrection{"BGRA8", KaipPixelFormat_BGRA8Packed, 4, bgra8}}) {
-        Register("ColorCorrection", c.name, "Ours", [c](benchmark::State& s) { ColorCorrection(s, c.format, c.bytes); });
+        Register("ColorCorrection", c.name, "Ours",
+                 [c](benchmark::State& s) { ColorCorrection(s, c.format, c.bytes); });
 #if KAIP_BENCH_OPENCV
         Register("ColorCorrection", c.name, "OpenCV", [c](benchmark::State& s) { OpenCvTransform(s, c.cvType); });
 #endif
@@ -137,7 +138,8 @@ const int kRegistered = [] {
                            TConvolution{"Mono8_full", KaipPixelFormat_Mono8, 1, all, mono8},
                            TConvolution{"BGR8_cross", KaipPixelFormat_BGR8Packed, 3, 0, bgr8},
                            TConvolution{"BGR8_full", KaipPixelFormat_BGR8Packed, 3, all, bgr8}}) {
-        Register("Convolution", c.name, "Ours", [c](benchmark::State& s) { Convolution(s, c.format, c.bytes, c.options); });
+        Register("Convolution", c.name, "Ours",
+                 [c](benchmark::State& s) { Convolution(s, c.format, c.bytes, c.options); });
 #if KAIP_BENCH_OPENCV
         Register("Convolution", c.name, "OpenCV", [c](benchmark::State& s) { OpenCvFilter2D(s, c.cvType, c.options); });
 #endif

@@ -61,7 +61,8 @@ void GreenStretches(const TWindow5<Bits>& s, uint32_t w, int greenParity, bool b
         int32_t* pOut = pGreen + x0;
         const int own = 1 - greenParity;
         for (uint32_t j = 0; j < count; ++j) pOut[2 * j + own] = est[j];
-        for (uint32_t j = 0; 2 * j + greenParity < n; ++j) pOut[2 * j + greenParity] = split.half[greenParity][2][j + 1];
+        for (uint32_t j = 0; 2 * j + greenParity < n; ++j)
+            pOut[2 * j + greenParity] = split.half[greenParity][2][j + 1];
     }
 }
 

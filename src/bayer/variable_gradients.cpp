@@ -195,7 +195,8 @@ KaipStatus BdVariableGradients(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDst
                 if (g_SSEChecker.UseAVX2()) {
                     RunGradients<bits, bytes, int32_t>(planes, lut, w, h, true);
                 } else {
-                    RunGradients<bits, bytes, std::conditional_t<bits == 8, int16_t, int32_t>>(planes, lut, w, h, false);
+                    RunGradients<bits, bytes, std::conditional_t<bits == 8, int16_t, int32_t>>(planes, lut, w, h,
+                                                                                               false);
                 }
             });
         });

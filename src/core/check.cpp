@@ -10,7 +10,10 @@
 
 namespace {
 
-bool InClassMask(int iClass, uint64_t qwMask) { return iClass >= 0 && (qwMask & (1ull << iClass)) != 0; }
+bool InClassMask(int iClass, uint64_t qwMask)
+{
+    return iClass >= 0 && (qwMask & (1ull << iClass)) != 0;
+}
 
 bool HasBuffers(const KaipImgInfo* pImgInfo)
 {
@@ -21,8 +24,8 @@ bool HasBuffers(const KaipImgInfo* pImgInfo)
 // A misfit of the destination: with KaipOption_ReallocateDst the caller rebuilds it, without
 // it the lines are logged and the status returned.
 template <typename... TDetails>
-KaipStatus Misfit(bool& bReallocate, uint32_t dwOptions, KaipStatus status, const char* pszFunc,
-                  const char* pszFormat, TDetails... details)
+KaipStatus Misfit(bool& bReallocate, uint32_t dwOptions, KaipStatus status, const char* pszFunc, const char* pszFormat,
+                  TDetails... details)
 {
     if (dwOptions & KaipOption_ReallocateDst) {
         bReallocate = true;
@@ -35,17 +38,17 @@ KaipStatus Misfit(bool& bReallocate, uint32_t dwOptions, KaipStatus status, cons
 
 }  // namespace
 
-KaipStatus CheckSrcImgInfo(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, uint64_t qwClassMask,
-                           uint64_t qwCheck)
+KaipStatus CheckSrcImgInfo(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, uint64_t qwClassMask, uint64_t qwCheck)
 {
     if (!pSrcImgInfo) return Refuse(KASTATUS_KAIP_INVALID_SRC_POINTER, "%s: pSrcImgInfo is NULL!", pszFunc);
     if (!IsImgInfoInitialized(pSrcImgInfo))
         return Refuse(KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED, "%s: pSrcImgInfo is not initialized!", pszFunc);
     const bool planes = (pSrcImgInfo->Flags & KaipImgFlag_ColorPlanes) != 0;
     if (!HasBuffers(pSrcImgInfo))
-        return Refuse(KASTATUS_KAIP_SRC_NOT_ALLOCATED,
-                      planes ? "%s: pSrcImgInfo->pDataR or pDataG or pDataB is NULL!" : "%s: pSrcImgInfo->pData is NULL!",
-                      pszFunc);
+        return Refuse(
+            KASTATUS_KAIP_SRC_NOT_ALLOCATED,
+            planes ? "%s: pSrcImgInfo->pDataR or pDataG or pDataB is NULL!" : "%s: pSrcImgInfo->pData is NULL!",
+            pszFunc);
     // The callers log their own line for an unsupported source format.
     if (qwClassMask != 0 && !InClassMask(GetSrcPixelFormatClass(pSrcImgInfo->PixelFormat), qwClassMask))
         return KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT;
@@ -56,8 +59,7 @@ KaipStatus CheckSrcImgInfo(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, 
 
 KaipStatus CheckImgInfos(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, const KaipImgInfo* pDstImgInfo,
                          uint32_t dwOptions, uint64_t qwSrcClassMask, uint32_t dwDstPixelFormat,
-                         uint64_t qwDstClassMask, uint64_t qwCheck, uint32_t ChkFlagsMustBeEqual,
-                         bool* pbReallocate)
+                         uint64_t qwDstClassMask, uint64_t qwCheck, uint32_t ChkFlagsMustBeEqual, bool* pbReallocate)
 {
     bool bReallocate = false;
     if (pbReallocate) *pbReallocate = false;
@@ -83,19 +85,19 @@ KaipStatus CheckImgInfos(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, co
     if ((qwCheck & KaipCheck_RotatedSize) && (src.Width != dst.Height || src.Height != dst.Width)) {
         std::snprintf(srcDetail, sizeof srcDetail, "Src: w=%d, h=%d", int(src.Width), int(src.Height));
         std::snprintf(dstDetail, sizeof dstDetail, "Dst: w=%d, h=%d", int(dst.Width), int(dst.Height));
-        status = Misfit(
-            bReallocate, dwOptions, KASTATUS_KAIP_INCOMPATIBLE_ROTATED_SIZE, pszFunc,
-            "%s: Src and Dst (rotated) images differ in size and KaipOption_ReallocateDst flag is not present.",
-            srcDetail, dstDetail);
+        status =
+            Misfit(bReallocate, dwOptions, KASTATUS_KAIP_INCOMPATIBLE_ROTATED_SIZE, pszFunc,
+                   "%s: Src and Dst (rotated) images differ in size and KaipOption_ReallocateDst flag is not present.",
+                   srcDetail, dstDetail);
         if (status != KASTATUS_OK) return status;
     }
     if ((qwCheck & KaipCheck_SamePixelFormat) && src.PixelFormat != dst.PixelFormat) {
         std::snprintf(srcDetail, sizeof srcDetail, "Src pixel format=0x%.8x, Dst pixel format=0x%.8x", src.PixelFormat,
-                 dst.PixelFormat);
-        status = Misfit(
-            bReallocate, dwOptions, KASTATUS_KAIP_INCOMPATIBLE_SRC_DST_PIXEL_FORMAT, pszFunc,
-            "%s: Src and Dst images differ in pixel format and KaipOption_ReallocateDst flag is not present.",
-            srcDetail);
+                      dst.PixelFormat);
+        status =
+            Misfit(bReallocate, dwOptions, KASTATUS_KAIP_INCOMPATIBLE_SRC_DST_PIXEL_FORMAT, pszFunc,
+                   "%s: Src and Dst images differ in pixel format and KaipOption_ReallocateDst flag is not present.",
+                   srcDetail);
         if (status != KASTATUS_OK) return status;
     }
     if (!HasBuffers(pDstImgInfo)) {
@@ -116,8 +118,8 @@ KaipStatus CheckImgInfos(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, co
         if (status != KASTATUS_OK) return status;
     }
     if (ChkFlagsMustBeEqual & (src.Flags ^ dst.Flags)) {
-        std::snprintf(srcDetail, sizeof srcDetail, "Src Flags=0x%x, Dst Flags=0x%x, ChkFlagsMustBeEqual=0x%x", src.Flags,
-                 dst.Flags, ChkFlagsMustBeEqual);
+        std::snprintf(srcDetail, sizeof srcDetail, "Src Flags=0x%x, Dst Flags=0x%x, ChkFlagsMustBeEqual=0x%x",
+                      src.Flags, dst.Flags, ChkFlagsMustBeEqual);
         status = Misfit(bReallocate, dwOptions, KASTATUS_KAIP_INCOMPATIBLE_FLAGS, pszFunc,
                         "%s: Src and Dst images differ in flags and KaipOption_ReallocateDst flag is not present.",
                         srcDetail);

@@ -34,8 +34,8 @@ enum : uint64_t {
     KaipPixelFormatClass_YCbCr601_422_8_CbYCrY = 1ull << 25,
     KaipPixelFormatClass_YCbCr709_422_8 = 1ull << 26,
     KaipPixelFormatClass_YCbCr709_422_8_CbYCrY = 1ull << 27,
-    KaipPixelFormatClass_Mono10Packed = 1ull << 28,  // Mono10Packed, Bayer10Packed, Mono10Mipi
-    KaipPixelFormatClass_Mono12Packed = 1ull << 29,  // Mono12Packed, Bayer12Packed, Mono12Mipi
+    KaipPixelFormatClass_Mono10Packed = 1ull << 28,   // Mono10Packed, Bayer10Packed, Mono10Mipi
+    KaipPixelFormatClass_Mono12Packed = 1ull << 29,   // Mono12Packed, Bayer12Packed, Mono12Mipi
     KaipPixelFormatClass_RGB10V1Packed = 1ull << 30,  // RGB10V1Packed, RGB10V2Packed
     KaipPixelFormatClass_BGR10Packed = 1ull << 32,
     KaipPixelFormatClass_RGB10Packed = 1ull << 33,
@@ -60,12 +60,10 @@ enum : uint64_t {
 // fit and KaipOption_ReallocateDst lets the caller rebuild it with ReallocateDst.
 KaipStatus CheckImgInfos(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, const KaipImgInfo* pDstImgInfo,
                          uint32_t dwOptions, uint64_t qwSrcClassMask, uint32_t dwDstPixelFormat,
-                         uint64_t qwDstClassMask, uint64_t qwCheck, uint32_t ChkFlagsMustBeEqual,
-                         bool* pbReallocate);
+                         uint64_t qwDstClassMask, uint64_t qwCheck, uint32_t ChkFlagsMustBeEqual, bool* pbReallocate);
 
 // The source-only part of CheckImgInfos (descriptor, buffers, class, colour planes).
-KaipStatus CheckSrcImgInfo(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, uint64_t qwClassMask,
-                           uint64_t qwCheck);
+KaipStatus CheckSrcImgInfo(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, uint64_t qwClassMask, uint64_t qwCheck);
 
 // True when a rebuild would free a buffer that the source reads: the destination holds one of
 // the source's buffers, allocated by the library, and does not carry KaipImgFlag_NoDeallocate.

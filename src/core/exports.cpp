@@ -5,8 +5,8 @@
 
 extern "C" {
 
-KAIP_API KaipStatus KaipInitImgInfo(KaipImgInfo* pImgInfo, uint32_t dwWidth, uint32_t dwHeight,
-                                    uint32_t dwPixelFormat, uint32_t dwFlags)
+KAIP_API KaipStatus KaipInitImgInfo(KaipImgInfo* pImgInfo, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwPixelFormat,
+                                    uint32_t dwFlags)
 {
     if (!pImgInfo) return Refuse(KASTATUS_KAIP_INVALID_POINTER, "%s: pImgInfo is NULL!", "KaipInitImgInfo");
     return InitImgInfo(pImgInfo, dwWidth, dwHeight, dwPixelFormat, dwFlags);

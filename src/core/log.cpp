@@ -7,10 +7,7 @@
 
 namespace ka {
 
-CLog::CLog(const char* pszName, const char* pszSecond)
-    : m_hLog(kalog_Register(pszName, pszSecond, 1)), m_dwState(0)
-{
-}
+CLog::CLog(const char* pszName, const char* pszSecond) : m_hLog(kalog_Register(pszName, pszSecond, 1)), m_dwState(0) {}
 
 void CLog::Debug(const char* pszFormat, ...)
 {
@@ -37,7 +34,7 @@ void CLog::Fatal(const char* pszFormat, ...)
 }  // namespace ka
 
 // The logger comes first among the load-time objects: the configuration reader logs through it.
-ka::CLog Log __attribute__((init_priority(101)))("ImgProc", nullptr);
+ka::CLog Log __attribute__((init_priority(101))) ("ImgProc", nullptr);
 
 thread_local char g_szErrorMessage[2048];
 

@@ -1,7 +1,7 @@
 // status.cpp: the message text of every status code.
-#include <cstring>
-
 #include "core/status.h"
+
+#include <cstring>
 
 namespace {
 

@@ -39,24 +39,63 @@ const TCpuFeatures& Features()
 
 }  // namespace
 
-int pmSSE2Supported() { return Features().bSSE2; }
-int pmSSSE3Supported() { return Features().bSSSE3; }
-int pmSSE42Supported() { return Features().bSSE42; }
-int pmAVXSupported() { return Features().bAVX; }
-int pmAVX2Supported() { return Features().bAVX2; }
-int pmNEONSupported() { return 0; }
+int pmSSE2Supported()
+{
+    return Features().bSSE2;
+}
+int pmSSSE3Supported()
+{
+    return Features().bSSSE3;
+}
+int pmSSE42Supported()
+{
+    return Features().bSSE42;
+}
+int pmAVXSupported()
+{
+    return Features().bAVX;
+}
+int pmAVX2Supported()
+{
+    return Features().bAVX2;
+}
+int pmNEONSupported()
+{
+    return 0;
+}
 
 #else  // other processors: no x86 sets; NEON is part of every 64-bit Arm processor
 
-int pmSSE2Supported() { return 0; }
-int pmSSSE3Supported() { return 0; }
-int pmSSE42Supported() { return 0; }
-int pmAVXSupported() { return 0; }
-int pmAVX2Supported() { return 0; }
+int pmSSE2Supported()
+{
+    return 0;
+}
+int pmSSSE3Supported()
+{
+    return 0;
+}
+int pmSSE42Supported()
+{
+    return 0;
+}
+int pmAVXSupported()
+{
+    return 0;
+}
+int pmAVX2Supported()
+{
+    return 0;
+}
 #if defined(__aarch64__)
-int pmNEONSupported() { return 1; }
+int pmNEONSupported()
+{
+    return 1;
+}
 #else
-int pmNEONSupported() { return 0; }
+int pmNEONSupported()
+{
+    return 0;
+}
 #endif
 
 #endif

@@ -78,9 +78,12 @@ bool ParseInteger(const std::string& text, int& out)
     for (; i < text.size(); ++i) {
         const char c = char(std::tolower(static_cast<unsigned char>(text[i])));
         int digit;
-        if (c >= '0' && c <= '9') digit = c - '0';
-        else if (base == 16 && c >= 'a' && c <= 'f') digit = c - 'a' + 10;
-        else return false;
+        if (c >= '0' && c <= '9')
+            digit = c - '0';
+        else if (base == 16 && c >= 'a' && c <= 'f')
+            digit = c - 'a' + 10;
+        else
+            return false;
         value = value * base + digit;
         if (value > (long long)INT_MAX + 1) return false;
     }
@@ -141,4 +144,7 @@ int KaIniGetInteger(KaIniHandle hIni, const char* pszSection, const char* pszKey
     return (it != ini->values.end() && ParseInteger(it->second, value)) ? value : iDefault;
 }
 
-void KaIniClose(KaIniHandle hIni) { delete static_cast<TIni*>(hIni); }
+void KaIniClose(KaIniHandle hIni)
+{
+    delete static_cast<TIni*>(hIni);
+}

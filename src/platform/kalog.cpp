@@ -49,7 +49,10 @@ TLogService& Service()
     return *s_pService;
 }
 
-const char* LevelName(int iLevel) { return iLevel == KALOG_FATAL ? "fatal" : "debug"; }
+const char* LevelName(int iLevel)
+{
+    return iLevel == KALOG_FATAL ? "fatal" : "debug";
+}
 
 }  // namespace
 

@@ -81,4 +81,7 @@ int oxOsBufferFree(void* pBuffer)
     return 0;
 }
 
-void oxOsBufferFailAfter(int n) { g_iAllocationsLeft.store(n); }
+void oxOsBufferFailAfter(int n)
+{
+    g_iAllocationsLeft.store(n);
+}

@@ -1,8 +1,9 @@
 // common_test.cpp: the pixel-format table, descriptor init, allocation with rollback, and release.
+#include "core/common.h"
+
 #include <gtest/gtest.h>
 
 #include "core/check.h"
-#include "core/common.h"
 #include "platform/os_buffer.h"
 
 namespace {
@@ -52,21 +53,28 @@ std::vector<TFormatRow> KnownFormats()
         {0x0230004B, 6, 48, false, 36, 0x0230004B, 0, false, 0x0230004B},
         {0x02300033, 6, 48, false, 37, 0x02300033, 0, false, 0x02300033},
     };
-    const struct { uint32_t code, bits; int cls; } yuv[] = {
-        {0x020C001E, 12, 16}, {0x020C003C, 12, 16}, {0x020C005A, 12, 16}, {0x020C003F, 12, -1},
-        {0x020C0042, 12, -1}, {0x0210001F, 16, 17}, {0x02100032, 16, 18}, {0x02180020, 24, 19},
-        {0x0218005B, 24, 20}, {0x0218003A, 24, 21}, {0x0210003B, 16, 22}, {0x02100043, 16, 23},
-        {0x0210003E, 16, 24}, {0x02100044, 16, 25}, {0x02100041, 16, 26}, {0x02100045, 16, 27},
-        {0x0218003D, 24, -1}, {0x02180040, 24, -1}};
+    const struct {
+        uint32_t code, bits;
+        int cls;
+    } yuv[] = {{0x020C001E, 12, 16}, {0x020C003C, 12, 16}, {0x020C005A, 12, 16}, {0x020C003F, 12, -1},
+               {0x020C0042, 12, -1}, {0x0210001F, 16, 17}, {0x02100032, 16, 18}, {0x02180020, 24, 19},
+               {0x0218005B, 24, 20}, {0x0218003A, 24, 21}, {0x0210003B, 16, 22}, {0x02100043, 16, 23},
+               {0x0210003E, 16, 24}, {0x02100044, 16, 25}, {0x02100041, 16, 26}, {0x02100045, 16, 27},
+               {0x0218003D, 24, -1}, {0x02180040, 24, -1}};
     for (const auto& y : yuv) rows.push_back({y.code, 0, y.bits, false, y.cls, y.code, 0, false, y.code});
-    const struct { uint32_t code, bits; } planar[] = {
-        {0x02180021, 8}, {0x02300022, 10}, {0x02300023, 12}, {0x02300024, 16}};
+    const struct {
+        uint32_t code, bits;
+    } planar[] = {{0x02180021, 8}, {0x02300022, 10}, {0x02300023, 12}, {0x02300024, 16}};
     for (const auto& p : planar) rows.push_back({p.code, 0, p.bits, false, -1, p.code, 1, false, p.code});
-    const struct { uint32_t first, base, increment, bits; bool dib; int cls; bool monoMapped; } bayer[] = {
-        {0x01080008, M8, 1, 8, true, 0, true},         {0x0110000C, M10, 2, 10, false, 2, true},
-        {0x01100010, M12, 2, 12, false, 4, true},      {0x0110002E, M16, 2, 16, false, 8, true},
-        {0x010C0026, M10P, 2, 10, false, 28, true},    {0x010C002A, M12P, 2, 12, false, 29, true},
-        {0x010A1026, M10MIPI, 0, 10, false, -1, false}};
+    const struct {
+        uint32_t first, base, increment, bits;
+        bool dib;
+        int cls;
+        bool monoMapped;
+    } bayer[] = {{0x01080008, M8, 1, 8, true, 0, true},         {0x0110000C, M10, 2, 10, false, 2, true},
+                 {0x01100010, M12, 2, 12, false, 4, true},      {0x0110002E, M16, 2, 16, false, 8, true},
+                 {0x010C0026, M10P, 2, 10, false, 28, true},    {0x010C002A, M12P, 2, 12, false, 29, true},
+                 {0x010A1026, M10MIPI, 0, 10, false, -1, false}};
     for (const auto& b : bayer)
         for (uint32_t i = 0; i < 4; ++i)
             rows.push_back({b.first + i, b.increment, b.bits, b.dib, b.cls, b.base, kPatterns[i], true,
@@ -123,11 +131,12 @@ TEST(PixelFormatTable, UnknownCodes)
 
 TEST(InitImgInfo, AlignmentAndFlags)
 {
-    const struct { uint32_t width, format, flags, lineIncrement, resultFlags; } cases[] = {
-        {5, M8, 0x14, 16, 0x10},        {5, M8, 0x0C, 8, 0x08},        {5, M8, 0x04, 8, 0x04},
-        {5, M8, 0x00, 5, 0x00},         {5, M8, 0x20, 5, 0x00},        {5, M8, 0x80, 5, 0x00},
-        {5, M8, 0xB03, 5, 0xB03},       {7, 0x02180015, 0x04, 24, 0x04}, {3, 0x02300019, 0x1010, 32, 0x10},
-        {16, M8, 0x10, 16, 0x10},       {1, M16, 0xFFFFFFFF, 16, 0xB13}};
+    const struct {
+        uint32_t width, format, flags, lineIncrement, resultFlags;
+    } cases[] = {{5, M8, 0x14, 16, 0x10},  {5, M8, 0x0C, 8, 0x08},          {5, M8, 0x04, 8, 0x04},
+                 {5, M8, 0x00, 5, 0x00},   {5, M8, 0x20, 5, 0x00},          {5, M8, 0x80, 5, 0x00},
+                 {5, M8, 0xB03, 5, 0xB03}, {7, 0x02180015, 0x04, 24, 0x04}, {3, 0x02300019, 0x1010, 32, 0x10},
+                 {16, M8, 0x10, 16, 0x10}, {1, M16, 0xFFFFFFFF, 16, 0xB13}};
     for (const auto& c : cases) {
         KaipImgInfo info{};
         info.Reserved = 77;
@@ -197,8 +206,8 @@ TEST(ImageData, AllocateRefusals)
     EXPECT_EQ(KaipAllocateImageData(nullptr), KASTATUS_KAIP_INVALID_POINTER);
     KaipImgInfo info{};
     ASSERT_EQ(KaipInitImgInfo(&info, 8, 8, M8, 0), KASTATUS_OK);
-    for (uint32_t KaipImgInfo::*field : {&KaipImgInfo::Width, &KaipImgInfo::Height, &KaipImgInfo::LineIncrement,
-                                         &KaipImgInfo::PixelFormat}) {
+    for (uint32_t KaipImgInfo::*field :
+         {&KaipImgInfo::Width, &KaipImgInfo::Height, &KaipImgInfo::LineIncrement, &KaipImgInfo::PixelFormat}) {
         KaipImgInfo copy = info;
         copy.*field = 0;
         EXPECT_EQ(KaipAllocateImageData(&copy), KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED);

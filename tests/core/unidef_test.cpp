@@ -1,4 +1,6 @@
 // unidef_test.cpp: the SIMD switches and their log lines, each read by a child process at load time.
+#include "core/unidef.h"
+
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -8,7 +10,6 @@
 #include <string>
 #include <vector>
 
-#include "core/unidef.h"
 #include "platform/cpu.h"
 
 namespace {
@@ -20,8 +21,8 @@ TEST(SSECheckerChild, Report)
     if (!out) GTEST_SKIP() << "runs only as a child of the SSEChecker tests";
     const SSEChecker& c = g_SSEChecker;
     std::ofstream(out) << c.m_bUseSSE2 << c.m_bUseSSSE3 << c.m_bUseSSE4 << c.m_bUseAVX << c.m_bUseNEON << ' '
-                       << c.m_iSIMDLevel << ' ' << c.m_iMPLevel << ' ' << c.m_iEffectiveMPLevel << ' '
-                       << c.m_szIniFile << '\n';
+                       << c.m_iSIMDLevel << ' ' << c.m_iMPLevel << ' ' << c.m_iEffectiveMPLevel << ' ' << c.m_szIniFile
+                       << '\n';
 }
 
 struct TChildResult {
@@ -68,9 +69,13 @@ std::string Switches(bool sse2, bool ssse3, bool sse4, bool avx)
 
 TEST(SSEChecker, LevelsFromTheIniFile)
 {
-    const bool sse2 = pmSSE2Supported(), ssse3 = pmSSSE3Supported(), sse4 = pmSSE42Supported(),
-               avx = pmAVXSupported();
-    const struct { const char* ini; std::string switches; int simd, mp, effective; bool configLine; } cases[] = {
+    const bool sse2 = pmSSE2Supported(), ssse3 = pmSSSE3Supported(), sse4 = pmSSE42Supported(), avx = pmAVXSupported();
+    const struct {
+        const char* ini;
+        std::string switches;
+        int simd, mp, effective;
+        bool configLine;
+    } cases[] = {
         {nullptr, Switches(sse2, false, false, false), 1, 1, 1, false},
         {"[Processing.Options]\nSIMD.Level=0\n", Switches(false, false, false, false), 0, 1, 1, true},
         {"[Processing.Options]\nSIMD.Level = 2\n", Switches(sse2, ssse3, false, false), 2, 1, 1, true},

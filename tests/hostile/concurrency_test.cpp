@@ -31,7 +31,8 @@ void Hash(uint64_t& h, const KaipImgInfo& img)
 {
     const uint32_t lineBytes = img.Width * img.PixelIncrement;
     for (uint32_t y = 0; y < img.Height; ++y)
-        for (uint32_t x = 0; x < lineBytes; ++x) h = (h ^ img.pData[size_t(y) * img.LineIncrement + x]) * 0x100000001B3ull;
+        for (uint32_t x = 0; x < lineBytes; ++x)
+            h = (h ^ img.pData[size_t(y) * img.LineIncrement + x]) * 0x100000001B3ull;
 }
 
 // A frame-sized image of zeros.

@@ -88,7 +88,10 @@ struct Case {
     std::function<KaipStatus()> call;
 };
 
-void PrintTo(const Case& c, std::ostream* os) { *os << c.name; }
+void PrintTo(const Case& c, std::ostream* os)
+{
+    *os << c.name;
+}
 struct FileKind;
 void PrintTo(const FileKind& kind, std::ostream* os);
 
@@ -99,11 +102,17 @@ const std::vector<ImageFunction>& ImageFunctions()
 {
     static const std::vector<ImageFunction> functions = {
         {"KaipConvertToPixelFormat", KaipPixelFormat_Mono8, KaipPixelFormat_BGR8Packed, true, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipConvertToPixelFormat(s, d, KaipPixelFormat_BGR8Packed, o); }},
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
+             return KaipConvertToPixelFormat(s, d, KaipPixelFormat_BGR8Packed, o);
+         }},
         {"KaipBdShowMosaic", KaipPixelFormat_BayerRG8, KaipPixelFormat_BGR8Packed, true, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipBdShowMosaic(s, d, KaipPixelFormat_BGR8Packed, o); }},
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
+             return KaipBdShowMosaic(s, d, KaipPixelFormat_BGR8Packed, o);
+         }},
         {"KaipBdGreenToGreyscale", KaipPixelFormat_BayerGB8, KaipPixelFormat_Mono8, true, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipBdGreenToGreyscale(s, d, KaipPixelFormat_Mono8, o); }},
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
+             return KaipBdGreenToGreyscale(s, d, KaipPixelFormat_Mono8, o);
+         }},
         {"KaipBdNearestNeighbour", KaipPixelFormat_BayerGR8, KaipPixelFormat_RGB8Packed, true, false,
          [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
              return KaipBdNearestNeighbour(s, d, KaipPixelFormat_RGB8Packed, o, nullptr);
@@ -139,11 +148,17 @@ const std::vector<ImageFunction>& ImageFunctions()
         {"KaipApplyLut", KaipPixelFormat_RGB8Packed, KaipPixelFormat_RGB8Packed, false, false,
          [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipApplyLut(s, d, nullptr, o); }},
         {"KaipApplyRgbColorCorrection", KaipPixelFormat_BGR8Packed, KaipPixelFormat_BGR8Packed, false, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipApplyRgbColorCorrection(s, d, kIdentity, o, nullptr); }},
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
+             return KaipApplyRgbColorCorrection(s, d, kIdentity, o, nullptr);
+         }},
         {"KaipApply3x3Convolution", KaipPixelFormat_Mono8, KaipPixelFormat_Mono8, true, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipApply3x3Convolution(s, d, kIdentity, o, nullptr); }},
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
+             return KaipApply3x3Convolution(s, d, kIdentity, o, nullptr);
+         }},
         {"Kaip3x3ThresholdSharpening", KaipPixelFormat_Mono8, KaipPixelFormat_Mono8, true, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return Kaip3x3ThresholdSharpening(s, d, kIdentity, 3, o, nullptr); }},
+         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
+             return Kaip3x3ThresholdSharpening(s, d, kIdentity, 3, o, nullptr);
+         }},
         {"KaipApplyShadingCorrection", KaipPixelFormat_Mono8, KaipPixelFormat_Mono8, false, false,
          [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
              // The source is its own black and white reference (it outlives the call).
@@ -194,7 +209,8 @@ void AddImageCases(std::vector<Case>& cases)
             cases.push_back({std::string(f.name) + "_" + what, expected, [f, spoil, withDst, options] {
                                  Images images(f.srcFormat, f.dstFormat);
                                  spoil(images);
-                                 KaipImgInfo* dst = withDst ? (f.rotated ? &images.rot.info : &images.dst.info) : nullptr;
+                                 KaipImgInfo* dst =
+                                     withDst ? (f.rotated ? &images.rot.info : &images.dst.info) : nullptr;
                                  const KaipStatus status = f.call(&images.src.info, dst, options);
                                  if (!images.Untouched()) ADD_FAILURE() << "bytes changed";
                                  return status;
@@ -206,7 +222,8 @@ void AddImageCases(std::vector<Case>& cases)
                          }});
         add("ZeroWidth", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED, [](Images& i) { i.src.info.Width = 0; });
         add("ZeroHeight", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED, [](Images& i) { i.src.info.Height = 0; });
-        add("ZeroLineIncrement", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED, [](Images& i) { i.src.info.LineIncrement = 0; });
+        add("ZeroLineIncrement", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED,
+            [](Images& i) { i.src.info.LineIncrement = 0; });
         add("ZeroFormat", bayer ? unknownFormat : KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED,
             [](Images& i) { i.src.info.PixelFormat = 0; });
         add("UnknownFormat", unknownFormat, [](Images& i) { i.src.info.PixelFormat = kUnknownFormat; });
@@ -219,14 +236,16 @@ void AddImageCases(std::vector<Case>& cases)
             i.src.info.pDataB = nullptr;
         });
         if (f.dstRequired)
-            add("NullDestination", KASTATUS_KAIP_INVALID_DST_POINTER, [](Images&) {}, false);
+            add(
+                "NullDestination", KASTATUS_KAIP_INVALID_DST_POINTER, [](Images&) {}, false);
         add("DestinationNoData", KASTATUS_KAIP_DST_NOT_ALLOCATED,
             [](Images& i) { i.dst.info.pData = i.rot.info.pData = nullptr; });
         // The area copy measures the clipped rectangle itself.
         const bool area = std::strcmp(f.name, "KaipCopyArea") == 0;
         add("DestinationOtherSize",
             f.rotated ? KASTATUS_KAIP_INCOMPATIBLE_ROTATED_SIZE
-                      : area ? KASTATUS_KAIP_INCOMPATIBLE_DST : KASTATUS_KAIP_INCOMPATIBLE_SIZE,
+            : area    ? KASTATUS_KAIP_INCOMPATIBLE_DST
+                      : KASTATUS_KAIP_INCOMPATIBLE_SIZE,
             [](Images& i) {
                 i.dst.info.Height -= 1;
                 i.rot.info.Width -= 1;
@@ -237,7 +256,8 @@ void AddImageCases(std::vector<Case>& cases)
         // correction measures its references (here the source) before it rebuilds.
         const bool lineWraps = !f.rotated && uint64_t(Bytes(f.dstFormat)) * 0x80000000u > UINT32_MAX;
         if (!area && std::strcmp(f.name, "KaipApplyShadingCorrection") != 0)
-            add("HugeSizeRebuilt", lineWraps ? KASTATUS_KAIP_NOT_SUPPORTED : KASTATUS_KAIP_MEMORY_ALLOC_FAILED,
+            add(
+                "HugeSizeRebuilt", lineWraps ? KASTATUS_KAIP_NOT_SUPPORTED : KASTATUS_KAIP_MEMORY_ALLOC_FAILED,
                 [](Images& i) {
                     i.src.info.Width = 0x80000000u;
                     i.src.info.Height = 0x10000u;
@@ -247,18 +267,18 @@ void AddImageCases(std::vector<Case>& cases)
         // format or shape of its own) the rebuild would free the source under the reader, so it is
         // refused; elsewhere the call works on the one buffer.
         const bool rebuilds = f.rotated || f.srcFormat != f.dstFormat;
-        cases.push_back({std::string(f.name) + "_SourceAsDestination", rebuilds ? KASTATUS_KAIP_INCOMPATIBLE_DST : 0, [f] {
-                             KaipImgInfo img{};
-                             KaipInitImgInfo(&img, kW, kH, f.srcFormat, 0);
-                             KaipAllocateImageData(&img);
-                             FillRandom(img.pData, KaipGetImageDataSize(&img), 3);
-                             const KaipImgInfo before = img;
-                             const KaipStatus status = f.call(&img, &img, KaipOption_ReallocateDst);
-                             if (status != 0 && std::memcmp(&before, &img, sizeof img) != 0)
-                                 ADD_FAILURE() << "descriptor changed";
-                             KaipDeallocateImageData(&img);
-                             return status;
-                         }});
+        cases.push_back(
+            {std::string(f.name) + "_SourceAsDestination", rebuilds ? KASTATUS_KAIP_INCOMPATIBLE_DST : 0, [f] {
+                 KaipImgInfo img{};
+                 KaipInitImgInfo(&img, kW, kH, f.srcFormat, 0);
+                 KaipAllocateImageData(&img);
+                 FillRandom(img.pData, KaipGetImageDataSize(&img), 3);
+                 const KaipImgInfo before = img;
+                 const KaipStatus status = f.call(&img, &img, KaipOption_ReallocateDst);
+                 if (status != 0 && std::memcmp(&before, &img, sizeof img) != 0) ADD_FAILURE() << "descriptor changed";
+                 KaipDeallocateImageData(&img);
+                 return status;
+             }});
     }
 }
 
@@ -274,10 +294,12 @@ void AddSourceCases(std::vector<Case>& cases)
                                  return status;
                              }});
         };
-        cases.push_back({std::string(f.name) + "_NullSource", KASTATUS_KAIP_INVALID_SRC_POINTER, [f] { return f.call(nullptr); }});
+        cases.push_back(
+            {std::string(f.name) + "_NullSource", KASTATUS_KAIP_INVALID_SRC_POINTER, [f] { return f.call(nullptr); }});
         add("ZeroWidth", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED, [](Images& i) { i.src.info.Width = 0; });
         add("ZeroHeight", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED, [](Images& i) { i.src.info.Height = 0; });
-        add("ZeroLineIncrement", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED, [](Images& i) { i.src.info.LineIncrement = 0; });
+        add("ZeroLineIncrement", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED,
+            [](Images& i) { i.src.info.LineIncrement = 0; });
         add("UnknownFormat", f.unknownFormat, [](Images& i) { i.src.info.PixelFormat = kUnknownFormat; });
         add("NullData", KASTATUS_KAIP_SRC_NOT_ALLOCATED, [](Images& i) { i.src.info.pData = nullptr; });
         add("ColourPlanes", f.planes, [](Images& i) { i.UsePlanes(); });
@@ -345,7 +367,8 @@ void AddArgumentCases(std::vector<Case>& cases)
     add("KaipConvertToPixelFormat_ShortDestinationLine", KASTATUS_KAIP_INCOMPATIBLE_SIZE, [] {
         Images images(KaipPixelFormat_Mono8, KaipPixelFormat_BGR8Packed);
         images.dst.info.LineIncrement = kW * 3 - 1;
-        const KaipStatus status = KaipConvertToPixelFormat(&images.src.info, &images.dst.info, KaipPixelFormat_BGR8Packed, 0);
+        const KaipStatus status =
+            KaipConvertToPixelFormat(&images.src.info, &images.dst.info, KaipPixelFormat_BGR8Packed, 0);
         return images.Untouched() ? status : -1;
     });
     add("KaipConvertToPixelFormat_UnknownTarget", KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT, [] {
@@ -399,8 +422,7 @@ void AddArgumentCases(std::vector<Case>& cases)
         KaipFreeLut(h);
         return status;
     });
-    add("KaipSet12BitLutValue_UnknownChannel", 0,
-        [] { return KaipSet12BitLutValue(KaipHLut(1), 0x12345678u, 5, 9); });
+    add("KaipSet12BitLutValue_UnknownChannel", 0, [] { return KaipSet12BitLutValue(KaipHLut(1), 0x12345678u, 5, 9); });
     add("KaipGet10BitLutValue_NullValue", 0,
         [] { return KaipGet10BitLutValue(KaipHLut(1), KAIP_LUT_CHANNEL_MONO, 5, nullptr); });
     add("KaipGet8BitLut_On12BitObject", KASTATUS_KAIP_INVALID_LUT_TYPE, [] {
@@ -519,7 +541,8 @@ void AddArgumentCases(std::vector<Case>& cases)
         white.Height -= 1;
         return KaipApplyShadingCorrection(&images.src.info, &images.src.info, &white, &images.dst.info, 0);
     });
-    add("KaipSetSaturationMatrix_Null", KASTATUS_KAIP_INVALID_POINTER, [] { return KaipSetSaturationMatrix(100, nullptr); });
+    add("KaipSetSaturationMatrix_Null", KASTATUS_KAIP_INVALID_POINTER,
+        [] { return KaipSetSaturationMatrix(100, nullptr); });
     add("KaipSet3x3MatrixSharpening_Null", KASTATUS_KAIP_INVALID_POINTER,
         [] { return KaipSet3x3MatrixSharpening(50, nullptr, 0); });
     add("KaipCopyArea_OutsideSource", KASTATUS_KAIP_DST_RECT_OUTSIDE_SRC, [] {
@@ -588,7 +611,8 @@ void AddArgumentCases(std::vector<Case>& cases)
     };
     for (const auto& [name, load] : loaders) {
         Loader f = load;
-        add(std::string(name) + "_NullDescriptor", KASTATUS_KAIP_INVALID_DST_POINTER, [f] { return f("/dev/null", nullptr); });
+        add(std::string(name) + "_NullDescriptor", KASTATUS_KAIP_INVALID_DST_POINTER,
+            [f] { return f("/dev/null", nullptr); });
         for (const auto& [what, path] : {std::pair<const char*, const char*>{"NullName", nullptr},
                                          {"Missing", "/nonexistent/kaip.img"},
                                          {"Folder", "/"},
@@ -602,15 +626,18 @@ void AddArgumentCases(std::vector<Case>& cases)
     }
     using Saver = std::function<KaipStatus(const char*)>;
     const std::pair<const char*, Saver> savers[] = {
-        {"KaipSaveToBmp", [](const char* n) {
+        {"KaipSaveToBmp",
+         [](const char* n) {
              Images images(KaipPixelFormat_BGR8Packed, KaipPixelFormat_BGR8Packed);
              return KaipSaveToBmp(n, &images.src.info, 0);
          }},
-        {"KaipSaveToTiff", [](const char* n) {
+        {"KaipSaveToTiff",
+         [](const char* n) {
              Images images(KaipPixelFormat_Mono16, KaipPixelFormat_Mono16);
              return KaipSaveToTiff(n, &images.src.info, KaipTiffOption_Scale16);
          }},
-        {"KaipSaveToJpeg", [](const char* n) {
+        {"KaipSaveToJpeg",
+         [](const char* n) {
              Images images(KaipPixelFormat_Mono8, KaipPixelFormat_Mono8);
              return KaipSaveToJpeg(n, &images.src.info, 1000);
          }},
@@ -624,7 +651,8 @@ void AddArgumentCases(std::vector<Case>& cases)
         // A device is written in place; libjpeg reports the failed write itself.
         const bool jpeg = std::strcmp(name, "KaipSaveToJpeg") == 0;
         add(std::string(name) + "_FullDevice",
-            jpeg ? KASTATUS_KAIP_JPEG_SAVE_FAILED : KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE, [f] { return f("/dev/full"); });
+            jpeg ? KASTATUS_KAIP_JPEG_SAVE_FAILED : KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE,
+            [f] { return f("/dev/full"); });
     }
 }
 
@@ -690,7 +718,10 @@ KaipStatus LoadAndRelease(const FileKind& kind, const std::string& path)
     return status;
 }
 
-void PrintTo(const FileKind& kind, std::ostream* os) { *os << kind.name; }
+void PrintTo(const FileKind& kind, std::ostream* os)
+{
+    *os << kind.name;
+}
 
 class HostileFile : public testing::TestWithParam<FileKind> {};
 
@@ -719,7 +750,8 @@ TEST_P(HostileFile, EveryTruncationIsRefusedAndEveryCorruptionGivesAStatus)
             spoilt[i] = value;
             WriteAll(bad, spoilt.data(), spoilt.size());
             const KaipStatus status = LoadAndRelease(kind, bad);
-            EXPECT_TRUE(status == 0 || (status >= KASTATUS_KAIP_INVALID_POINTER && status <= KASTATUS_KAIP_JPEG_LOAD_FAILED))
+            EXPECT_TRUE(status == 0 ||
+                        (status >= KASTATUS_KAIP_INVALID_POINTER && status <= KASTATUS_KAIP_JPEG_LOAD_FAILED))
                 << kind.name << " byte " << i << " = " << int(value) << ": " << status;
         }
     std::remove(good.c_str());
@@ -732,7 +764,8 @@ INSTANTIATE_TEST_SUITE_P(
         FileKind{"Bmp", KaipPixelFormat_BGR8Packed,
                  [](const char* n, const KaipImgInfo* i) { return KaipSaveToBmp(n, i, KaipBmpOption_BottomUpFile); },
                  [](const char* n, KaipImgInfo* i) { return KaipLoadFromBmp(n, i, 0); }},
-        FileKind{"Tiff", KaipPixelFormat_Mono12, [](const char* n, const KaipImgInfo* i) { return KaipSaveToTiff(n, i, 0); },
+        FileKind{"Tiff", KaipPixelFormat_Mono12,
+                 [](const char* n, const KaipImgInfo* i) { return KaipSaveToTiff(n, i, 0); },
                  [](const char* n, KaipImgInfo* i) { return KaipLoadFromTiff(n, i); }},
         FileKind{"TiffColour", KaipPixelFormat_RGB8Packed,
                  [](const char* n, const KaipImgInfo* i) { return KaipSaveToTiff(n, i, 0); },

@@ -1,11 +1,11 @@
 // ini_test.cpp: the ini reader on good, odd and hostile files.
+#include "platform/ini.h"
+
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <fstream>
 #include <string>
-
-#include "platform/ini.h"
 
 namespace {
 
@@ -22,7 +22,10 @@ public:
         KaIniClose(m_hIni);
         unlink(m_path.c_str());
     }
-    int Get(const char* section, const char* key, int def = -7) { return KaIniGetInteger(m_hIni, section, key, def, 1); }
+    int Get(const char* section, const char* key, int def = -7)
+    {
+        return KaIniGetInteger(m_hIni, section, key, def, 1);
+    }
     int loaded() const { return m_loaded; }
 
 private:
@@ -33,18 +36,19 @@ private:
 
 TEST(Ini, ReadsSectionsKeysAndIntegers)
 {
-    IniFile ini("; the kit's settings\n"
-                "[Processing.Options]\n"
-                "  SIMD.Level =  4   \n"
-                "MP.Level=0x10 ; hexadecimal\r\n"
-                "Negative = -12\n"
-                "Octal-looking = 010\n"
-                "Text = four\n"
-                "Empty =\n"
-                "Overflow = 99999999999\n"
-                "[ Other ]\n"
-                "SIMD.Level = 2\n"
-                "simd.level = 3\n");
+    IniFile ini(
+        "; the kit's settings\n"
+        "[Processing.Options]\n"
+        "  SIMD.Level =  4   \n"
+        "MP.Level=0x10 ; hexadecimal\r\n"
+        "Negative = -12\n"
+        "Octal-looking = 010\n"
+        "Text = four\n"
+        "Empty =\n"
+        "Overflow = 99999999999\n"
+        "[ Other ]\n"
+        "SIMD.Level = 2\n"
+        "simd.level = 3\n");
     ASSERT_TRUE(ini.loaded());
     EXPECT_EQ(ini.Get("Processing.Options", "SIMD.Level"), 4);
     EXPECT_EQ(ini.Get("Processing.Options", "MP.Level"), 16);

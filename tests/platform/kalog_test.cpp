@@ -1,4 +1,6 @@
 // kalog_test.cpp: log levels, the file destination, verbatim lines, and whole lines from many threads.
+#include "platform/kalog.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -7,16 +9,17 @@
 #include <vector>
 
 #include "core/log.h"
-#include "platform/kalog.h"
 #include "support/log_capture.h"
 
 namespace {
 
 TEST(Kalog, LevelsDecideWhatIsWritten)
 {
-    const struct { const char* level; bool fatal, debug; } cases[] = {
-        {"off", false, false}, {"0", false, false},  {"fatal", true, false}, {"1", true, false},
-        {"debug", true, true}, {"16", true, true},   {"bogus", true, false}};
+    const struct {
+        const char* level;
+        bool fatal, debug;
+    } cases[] = {{"off", false, false}, {"0", false, false}, {"fatal", true, false}, {"1", true, false},
+                 {"debug", true, true}, {"16", true, true},  {"bogus", true, false}};
     for (const auto& c : cases) {
         LogCapture log;
         setenv("KAIP_LOG_LEVEL", c.level, 1);

@@ -1,10 +1,10 @@
 // os_buffer_test.cpp: alignment of every power of two, refusal of foreign pointers, failure injection.
+#include "platform/os_buffer.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <cstdlib>
-
-#include "platform/os_buffer.h"
 
 namespace {
 

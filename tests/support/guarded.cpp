@@ -18,7 +18,10 @@ GuardedBuffer::GuardedBuffer(size_t size) : m_size(size)
     m_pData = m_pMap + dataPages * page - size;
 }
 
-GuardedBuffer::~GuardedBuffer() { munmap(m_pMap, m_mapSize); }
+GuardedBuffer::~GuardedBuffer()
+{
+    munmap(m_pMap, m_mapSize);
+}
 
 GuardedImage::GuardedImage(uint32_t width, uint32_t height, uint32_t pixelFormat, uint32_t lineIncrement,
                            uint32_t flags, uint32_t pixelIncrement)

@@ -30,8 +30,8 @@ private:
 // An image whose buffer is a GuardedBuffer; the descriptor is filled by hand, so any format
 // (YUV and planar ones included) can be described.
 struct GuardedImage {
-    GuardedImage(uint32_t width, uint32_t height, uint32_t pixelFormat, uint32_t lineIncrement,
-                 uint32_t flags = 0, uint32_t pixelIncrement = 0);
+    GuardedImage(uint32_t width, uint32_t height, uint32_t pixelFormat, uint32_t lineIncrement, uint32_t flags = 0,
+                 uint32_t pixelIncrement = 0);
     KaipImgInfo info{};
     GuardedBuffer buffer;
 };
