@@ -23,12 +23,12 @@ namespace kaip {
 
 namespace {
 
-RawSpec SpecFromOptions(const std::string& format, const std::string& size)
+RawLayout LayoutFromOptions(const std::string& format, const std::string& size)
 {
-    RawSpec spec;
-    if (!format.empty()) spec.format = FindFormat(format)->code;  // names are validated while parsing
-    if (!size.empty()) ParseSize(size, &spec.width, &spec.height);
-    return spec;
+    RawLayout raw;
+    if (!format.empty()) raw.format = FindFormat(format)->code;  // names are validated while parsing
+    if (!size.empty()) ParseSize(size, &raw.width, &raw.height);
+    return raw;
 }
 
 uint32_t Thousandths(double value)
@@ -143,7 +143,7 @@ private:
 std::string ProcessOne(const std::string& input, const std::string& output, const ProcessOptions& options,
                        const PipelineSettings& settings, Timings* timings)
 {
-    Image raw = LoadAny(input, SpecFromOptions(options.format, options.size));
+    Image raw = LoadAny(input, LayoutFromOptions(options.format, options.size));
     std::string format = FormatName(raw.Format());
     Image picture = Develop(std::move(raw), settings, timings);
     timings->Run(std::string("save ") + FileTypeName(FileTypeOf(output)), picture.Megapixels(),
@@ -173,10 +173,10 @@ void PrintWhiteBalance(const Image& image)
                 wb[0] / 1e3, wb[1] / 1e3, wb[2] / 1e3);
 }
 
-void InfoOne(const std::string& path, const RawSpec& spec)
+void InfoOne(const std::string& path, const RawLayout& raw)
 {
     FileType type = FileTypeOf(path);
-    Image image = LoadAny(path, spec);
+    Image image = LoadAny(path, raw);
     std::printf("%s\n  file         %s, %ju bytes\n", path.c_str(), FileTypeName(type), uintmax_t(fs::file_size(path)));
     std::printf("  size         %u x %u\n", image.Width(), image.Height());
     std::printf("  format       %s (0x%08X)\n", FormatName(image.Format()).c_str(), image.Format());
@@ -299,7 +299,7 @@ int RunProcess(const ProcessOptions& options)
 
 int RunConvert(const ConvertOptions& options)
 {
-    Image image = ForSaving(LoadAny(options.input, SpecFromOptions(options.inFormat, options.size)), options);
+    Image image = ForSaving(LoadAny(options.input, LayoutFromOptions(options.inFormat, options.size)), options);
     SaveAny(options.output, image, options.quality);
     std::printf("%s -> %s (%s %ux%u)\n", options.input.c_str(), options.output.c_str(),
                 FormatName(image.Format()).c_str(), image.Width(), image.Height());
@@ -308,8 +308,8 @@ int RunConvert(const ConvertOptions& options)
 
 int RunInfo(const InfoOptions& options)
 {
-    RawSpec spec = SpecFromOptions(options.format, options.size);
-    for (const std::string& path : options.files) InfoOne(path, spec);
+    RawLayout raw = LayoutFromOptions(options.format, options.size);
+    for (const std::string& path : options.files) InfoOne(path, raw);
     return 0;
 }
 

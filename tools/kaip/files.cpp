@@ -32,15 +32,15 @@ uint64_t FileSize(const std::string& path)
     return uint64_t(info.st_size);
 }
 
-RawSpec CompleteSpec(const std::string& path, RawSpec spec)
+RawLayout CompleteLayout(const std::string& path, RawLayout raw)
 {
-    RawSpec named = RawSpecFromFileName(path);
-    if (!spec.format) spec.format = named.format;
-    if (!spec.width) spec.width = named.width, spec.height = named.height;
-    if (!spec.format)
+    RawLayout named = RawSpecFromFileName(path);
+    if (!raw.format) raw.format = named.format;
+    if (!raw.width) raw.width = named.width, raw.height = named.height;
+    if (!raw.format)
         throw ToolError(path + ": raw dump without a pixel format: give --format NAME (see kaip formats)", 2);
-    if (!spec.width) throw ToolError(path + ": raw dump without a size: give --size WxH", 2);
-    return spec;
+    if (!raw.width) throw ToolError(path + ": raw dump without a size: give --size WxH", 2);
+    return raw;
 }
 
 Image LoadImageFile(const std::string& path, FileType type)
@@ -91,28 +91,28 @@ const char* FileTypeName(FileType type)
     return names[int(type)];
 }
 
-Image LoadRaw(const std::string& path, RawSpec spec)
+Image LoadRaw(const std::string& path, RawLayout raw)
 {
     uint64_t fileBytes = FileSize(path);
-    spec = CompleteSpec(path, spec);
-    uint64_t lineBytes = RawLineBytes(spec.format, spec.width);
-    uint64_t expected = lineBytes * spec.height;
+    raw = CompleteLayout(path, raw);
+    uint64_t lineBytes = RawLineBytes(raw.format, raw.width);
+    uint64_t expected = lineBytes * raw.height;
     if (fileBytes != expected)
-        throw ToolError(path + " has " + std::to_string(fileBytes) + " bytes, but " + FormatName(spec.format) + " at " +
-                        std::to_string(spec.width) + "x" + std::to_string(spec.height) + " takes " +
+        throw ToolError(path + " has " + std::to_string(fileBytes) + " bytes, but " + FormatName(raw.format) + " at " +
+                        std::to_string(raw.width) + "x" + std::to_string(raw.height) + " takes " +
                         std::to_string(expected) + " bytes");
     if (lineBytes > 0xFFFFFFFFu) throw ToolError(path + ": lines too long for the library");
     std::vector<uint8_t> bytes(expected);
     std::ifstream file(path, std::ios::binary);
     if (!file.read(reinterpret_cast<char*>(bytes.data()), std::streamsize(expected)))
         throw ToolError("cannot read " + path + ": " + std::strerror(errno));
-    return Image::Own(std::move(bytes), spec.width, spec.height, spec.format, uint32_t(lineBytes));
+    return Image::Own(std::move(bytes), raw.width, raw.height, raw.format, uint32_t(lineBytes));
 }
 
-Image LoadAny(const std::string& path, const RawSpec& spec)
+Image LoadAny(const std::string& path, const RawLayout& raw)
 {
     FileType type = FileTypeOf(path);
-    return type == FileType::Raw ? LoadRaw(path, spec) : LoadImageFile(path, type);
+    return type == FileType::Raw ? LoadRaw(path, raw) : LoadImageFile(path, type);
 }
 
 void SaveAny(const std::string& path, const Image& image, uint32_t jpegQuality)

@@ -178,18 +178,18 @@ uint32_t FormatInName(const std::string& text)
 
 }  // namespace
 
-RawSpec RawSpecFromFileName(const std::string& path)
+RawLayout RawSpecFromFileName(const std::string& path)
 {
-    RawSpec spec;
+    RawLayout raw;
     std::string name = path.substr(path.find_last_of('/') + 1);
-    spec.format = FormatInName(name);
+    raw.format = FormatInName(name);
     for (size_t start = 0; start < name.size();) {
         size_t end = name.find_first_of("._- ", start);
         if (end == std::string::npos) end = name.size();
-        ParseSize(name.substr(start, end - start), &spec.width, &spec.height);
+        ParseSize(name.substr(start, end - start), &raw.width, &raw.height);
         start = end + 1;
     }
-    return spec;
+    return raw;
 }
 
 }  // namespace kaip

@@ -38,12 +38,12 @@ char SiteColour(Pattern pattern, uint32_t x, uint32_t y);
 
 // What a file name tells about a raw dump, e.g. "frame.BayerRG12.2448x2048.raw": a token that is a
 // pixel-format name and a token WxH. Fields the name does not give stay 0.
-struct RawSpec {
+struct RawLayout {
     uint32_t format = 0;
     uint32_t width = 0;
     uint32_t height = 0;
 };
-RawSpec RawSpecFromFileName(const std::string& path);
+RawLayout RawSpecFromFileName(const std::string& path);
 // "2448x2048" into width and height; false when it is not two positive numbers.
 bool ParseSize(const std::string& text, uint32_t* width, uint32_t* height);
 
