@@ -978,10 +978,12 @@ KAIP_API KaipStatus KaipSaveToJpeg(const char* pszFileName, const KaipImgInfo* p
  * not given); KASTATUS_KAIP_MEMORY_ALLOC_FAILED; KASTATUS_KAIP_JPEG_LOAD_FAILED (the JPEG
  * library failed, CMYK or YCCK colour, and, stricter: any warning of the JPEG library such as
  * a truncated or corrupt scan, or an image whose line increment x height does not fit in 32
- * bits; the destination may then hold a partly decoded buffer).
- * The buffer is allocated from the header's dimensions before the compressed data is read, so
- * a file of a few hundred bytes can ask for up to 4 GiB; a caller that takes files from
- * anywhere loads with KaipJpegOption_HeaderOnly first and checks the size. */
+ * bits, or, stricter still, a Huffman-coded file too short to hold one bit for every 8x8
+ * block of the frame it declares; the destination may then hold a partly decoded buffer).
+ * The buffer is allocated from the header's dimensions before the compressed data is read: the
+ * length check above stops a file of a few hundred bytes from asking for gigabytes, but a file
+ * of some megabytes can still ask for up to 4 GiB, so a caller that takes files from anywhere
+ * loads with KaipJpegOption_HeaderOnly first and checks the size. */
 KAIP_API KaipStatus KaipLoadFromJpeg(const char* pszFileName, KaipImgInfo* pDstImgInfo, uint32_t dwOptions);
 
 /* ==== end file ====================================================================== */

@@ -224,6 +224,13 @@ KaipStatus LoadFromJpeg(const char* pszFileName, KaipImgInfo* pDstImgInfo, uint3
     if (((qwLineBytes + 3) & ~uint64_t(3)) * h > UINT32_MAX)
         return Refuse(KASTATUS_KAIP_JPEG_LOAD_FAILED, "%s: KASTATUS_KAIP_JPEG_LOAD_FAILED: image of %ux%u too large",
                       pszFunc, w, h);
+    // Huffman-coded data spends at least one bit on every 8x8 block of the first component, so a
+    // file far too short for the frame it declares is refused before that frame is allocated.
+    const uint64_t qwBlocks = ((uint64_t(c.image_width) + 7) / 8) * ((uint64_t(c.image_height) + 7) / 8);
+    if (!c.arith_code && qwBlocks > file.Size() * 16 && !(dwOptions & KaipJpegOption_HeaderOnly))
+        return Refuse(KASTATUS_KAIP_JPEG_LOAD_FAILED,
+                      "%s: KASTATUS_KAIP_JPEG_LOAD_FAILED: %llu bytes cannot hold an image of %ux%u", pszFunc,
+                      static_cast<unsigned long long>(file.Size()), w, h);
 
     KaipImgInfo& dst = *pDstImgInfo;
     const bool bFits = dst.Width == w && dst.Height == h && dst.PixelFormat == dwTarget &&

@@ -10,6 +10,7 @@
 
 #include "file_test_util.h"
 #include "platform/kalog.h"
+#include "platform/os_buffer.h"
 
 using namespace filetest;
 
@@ -290,6 +291,18 @@ TEST(JpegHostile, RefusedFiles)
         }
     WriteBytes(path, huge);
     EXPECT_EQ(KASTATUS_KAIP_JPEG_LOAD_FAILED, KaipLoadFromJpeg(path.c_str(), &img, 0x1000));
+    EXPECT_EQ(nullptr, img.pData);
+    // 20000 x 20000 fits the 32-bit sizes but not a file of a few hundred bytes: refused without
+    // an allocation (with allocations failing, an attempt would answer 100006 instead).
+    for (size_t i = 0; i + 9 < huge.size(); ++i)
+        if (huge[i] == 0xFF && huge[i + 1] == 0xC0) {
+            Put16(huge, i + 5, 0x204E), Put16(huge, i + 7, 0x204E);  // big-endian 20000
+            break;
+        }
+    WriteBytes(path, huge);
+    oxOsBufferFailAfter(0);
+    EXPECT_EQ(KASTATUS_KAIP_JPEG_LOAD_FAILED, KaipLoadFromJpeg(path.c_str(), &img, 0x1000));
+    oxOsBufferFailAfter(-1);
     EXPECT_EQ(nullptr, img.pData);
     EXPECT_EQ(KASTATUS_KAIP_CANNOT_OPEN_READ_FILE, KaipLoadFromJpeg((dir / "missing.jpg").c_str(), &img, 0x1000));
     EXPECT_EQ(KASTATUS_KAIP_CANNOT_OPEN_READ_FILE, KaipLoadFromJpeg(dir.path().c_str(), &img, 0x1000));
