@@ -210,6 +210,8 @@ int Run(KAIP_LINE_PARAMS, bool bReverseLines)
 
 #define KAIP_LINE_ARGS dwWidth, dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc
 
+KAIP_BYTE_MAP_CONVERTERS(KAIP_DEFINE_BYTE_MAP_CONVERTER)
+
 int CopyBitmapData(KAIP_LINE_PARAMS, bool bReverseLines)
 {
     (void)dwWidth;
@@ -217,29 +219,9 @@ int CopyBitmapData(KAIP_LINE_PARAMS, bool bReverseLines)
                     KCopy{dwSrcLineInc < dwDstLineInc ? dwSrcLineInc : dwDstLineInc});
 }
 
-int SwapColor8Data(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return Run<MSwap24, RRGB24, WBGR24>(KAIP_LINE_ARGS, bReverseLines);
-}
-
-int Convert_Mono8_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return Run<MMono8ToBGR24, RMono8, WBGR24>(KAIP_LINE_ARGS, bReverseLines);
-}
-
 int Convert_Mono8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
     return Run<MMono8ToBGR32, RMono8, WBGR32>(KAIP_LINE_ARGS, bReverseLines);
-}
-
-int Convert_BGR24_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return Run<MBGR24ToBGR32, RBGR24, WBGR32>(KAIP_LINE_ARGS, bReverseLines);
-}
-
-int Convert_RGB24_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return Run<MRGB24ToBGR32, RRGB24, WBGR32Kept>(KAIP_LINE_ARGS, bReverseLines);
 }
 
 int Convert_RGB32_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
@@ -251,21 +233,6 @@ int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRevers
 {
     return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines,
                     KMonoWordToMono8{dwWidth, dwSrcBits});
-}
-
-int Convert_MonoPacked_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return Run<MPackedHigh, RPacked<8>, WMono8, true>(KAIP_LINE_ARGS, bReverseLines);
-}
-
-int Convert_MonoMipi10_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return Run<MMipi10High, RMipi10<8>, WMono8>(KAIP_LINE_ARGS, bReverseLines);
-}
-
-int Convert_MonoMipi12_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return Run<MMipi12High, RMipi12<8>, WMono8>(KAIP_LINE_ARGS, bReverseLines);
 }
 
 int Convert_YCbCr422_8_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)

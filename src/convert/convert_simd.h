@@ -27,28 +27,35 @@ int Convert_YCbCr422_8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
 int Convert_YCbCr422_8_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines);
 }  // namespace sse2
 
+// The converters made of one byte map alone, each with the scalar reader and writer of its line tail and
+// whether the last group is cut at the line end. The SSSE3 and AVX2 builds both instantiate this list.
+#define KAIP_BYTE_MAP_CONVERTERS(X)                                        \
+    X(SwapColor8Data, MSwap24, RRGB24, WBGR24, false)                      \
+    X(Convert_Mono8_to_BGR24, MMono8ToBGR24, RMono8, WBGR24, false)        \
+    X(Convert_BGR24_to_BGR32, MBGR24ToBGR32, RBGR24, WBGR32, false)        \
+    X(Convert_RGB24_to_BGR32, MRGB24ToBGR32, RRGB24, WBGR32Kept, false)    \
+    X(Convert_MonoPacked_to_Mono8, MPackedHigh, RPacked<8>, WMono8, true)  \
+    X(Convert_MonoMipi10_to_Mono8, MMipi10High, RMipi10<8>, WMono8, false) \
+    X(Convert_MonoMipi12_to_Mono8, MMipi12High, RMipi12<8>, WMono8, false)
+
+#define KAIP_DECLARE_BYTE_MAP_CONVERTER(name, M, R, W, kCut) int name(KAIP_LINE_PARAMS, bool bReverseLines);
+// In a vector file, next to its Run<M, R, W, kCut>: the entry point of one list member.
+#define KAIP_DEFINE_BYTE_MAP_CONVERTER(name, M, R, W, kCut)                                                  \
+    int name(KAIP_LINE_PARAMS, bool bReverseLines)                                                           \
+    {                                                                                                        \
+        return Run<M, R, W, kCut>(dwWidth, dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines); \
+    }
+
 namespace ssse3 {
-int SwapColor8Data(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_Mono8_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_BGR24_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_RGB24_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_MonoPacked_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_MonoMipi10_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_MonoMipi12_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines);
+KAIP_BYTE_MAP_CONVERTERS(KAIP_DECLARE_BYTE_MAP_CONVERTER)
 }  // namespace ssse3
 
 namespace avx2 {
+KAIP_BYTE_MAP_CONVERTERS(KAIP_DECLARE_BYTE_MAP_CONVERTER)
 int CopyBitmapData(KAIP_LINE_PARAMS, bool bReverseLines);
-int SwapColor8Data(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_Mono8_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines);
 int Convert_Mono8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_BGR24_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_RGB24_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
 int Convert_RGB32_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
 int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bReverseLines);
-int Convert_MonoPacked_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_MonoMipi10_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_MonoMipi12_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines);
 int Convert_YCbCr422_8_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines);
 int Convert_YCbCr422_8_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines);
 int Convert_YCbCr422_8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);

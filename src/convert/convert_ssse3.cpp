@@ -76,41 +76,6 @@ int Run(KAIP_LINE_PARAMS, bool bReverseLines)
 
 }  // namespace
 
-#define KAIP_LINE_ARGS dwWidth, dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc
-
-int SwapColor8Data(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return Run<MSwap24, RRGB24, WBGR24>(KAIP_LINE_ARGS, bReverseLines);
-}
-
-int Convert_Mono8_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return Run<MMono8ToBGR24, RMono8, WBGR24>(KAIP_LINE_ARGS, bReverseLines);
-}
-
-int Convert_BGR24_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return Run<MBGR24ToBGR32, RBGR24, WBGR32>(KAIP_LINE_ARGS, bReverseLines);
-}
-
-int Convert_RGB24_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return Run<MRGB24ToBGR32, RRGB24, WBGR32Kept>(KAIP_LINE_ARGS, bReverseLines);
-}
-
-int Convert_MonoPacked_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return Run<MPackedHigh, RPacked<8>, WMono8, true>(KAIP_LINE_ARGS, bReverseLines);
-}
-
-int Convert_MonoMipi10_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return Run<MMipi10High, RMipi10<8>, WMono8>(KAIP_LINE_ARGS, bReverseLines);
-}
-
-int Convert_MonoMipi12_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return Run<MMipi12High, RMipi12<8>, WMono8>(KAIP_LINE_ARGS, bReverseLines);
-}
+KAIP_BYTE_MAP_CONVERTERS(KAIP_DEFINE_BYTE_MAP_CONVERTER)
 
 }  // namespace convert::ssse3
