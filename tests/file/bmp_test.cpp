@@ -143,6 +143,8 @@ TEST(BmpInfo, BmpInfoToImgInfo)
     EXPECT_EQ(KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, KaipBmpInfoToImgInfo(&bmi, &img));
     bmi.bmiHeader = {40, -4, 4, 1, 8, 0, 0, 0, 0, 0, 0};
     EXPECT_EQ(KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, KaipBmpInfoToImgInfo(&bmi, &img));
+    bmi.bmiHeader = {40, 5, INT32_MIN, 1, 24, 0, 0, 0, 0, 0, 0};  // a height whose size cannot be negated
+    EXPECT_EQ(KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, KaipBmpInfoToImgInfo(&bmi, &img));
     EXPECT_EQ(KASTATUS_KAIP_INVALID_POINTER, KaipBmpInfoToImgInfo(nullptr, &img));
     EXPECT_EQ(KASTATUS_KAIP_INVALID_POINTER, KaipBmpInfoToImgInfo(&bmi, nullptr));
 }
@@ -240,21 +242,13 @@ TEST(BmpFile, ConvertsBeforeSaving)
     EXPECT_EQ(0xAC, b[1079]);
 }
 
-TEST(BmpFile, SaveRefusals)
+// Null pointers, names that cannot be written and colour planes are refused by every saver alike
+// (tests/hostile); a format without a bitmap twin is refused here, leaving no file behind.
+TEST(BmpFile, SaveRefusesFormatsWithoutABitmapTwin)
 {
     TempDir dir;
-    TestImage src(4, 4, KaipPixelFormat_Mono8, 1, 4, 0, 3);
-    EXPECT_EQ(KASTATUS_KAIP_INVALID_SRC_POINTER, KaipSaveToBmp((dir / "x.bmp").c_str(), nullptr, 0));
-    EXPECT_EQ(KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE, KaipSaveToBmp((dir / "none/x.bmp").c_str(), &src.info, 0));
-    EXPECT_EQ(KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE, KaipSaveToBmp(dir.path().c_str(), &src.info, 0));
-    EXPECT_EQ(KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE, KaipSaveToBmp(nullptr, &src.info, 0));
-    KaipImgInfo planes = src.info;
-    planes.Flags |= KaipImgFlag_ColorPlanes;
-    planes.pDataR = planes.pDataG = planes.pDataB = src.info.pData;
-    EXPECT_EQ(KASTATUS_KAIP_NOT_SUPPORTED, KaipSaveToBmp((dir / "x.bmp").c_str(), &planes, 0));
-    KaipImgInfo yuv = src.info;
-    yuv.PixelFormat = KaipPixelFormat_YUV422Packed;
-    EXPECT_EQ(KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT, KaipSaveToBmp((dir / "x.bmp").c_str(), &yuv, 0));
+    TestImage yuv(4, 4, KaipPixelFormat_YUV422Packed, 2, 8, 0, 3);
+    EXPECT_EQ(KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT, KaipSaveToBmp((dir / "x.bmp").c_str(), &yuv.info, 0));
     EXPECT_EQ(0u, dir.Count());
 }
 
@@ -363,10 +357,6 @@ TEST(BmpHostile, RefusedBeforeAllocating)
         EXPECT_EQ(KASTATUS_KAIP_CANNOT_OPEN_READ_FILE, KaipLoadFromBmp(path.c_str(), &img, 0)) << "cut at " << cut;
         EXPECT_EQ(nullptr, img.pData);
     }
-    KaipImgInfo img{};
-    EXPECT_EQ(KASTATUS_KAIP_INVALID_DST_POINTER, KaipLoadFromBmp(path.c_str(), nullptr, 0));
-    EXPECT_EQ(KASTATUS_KAIP_CANNOT_OPEN_READ_FILE, KaipLoadFromBmp((dir / "missing.bmp").c_str(), &img, 0));
-    EXPECT_EQ(KASTATUS_KAIP_CANNOT_OPEN_READ_FILE, KaipLoadFromBmp(dir.path().c_str(), &img, 0));
 }
 
 // The skip rule: an empty bfOffBits puts the pixels right behind the header, the colour table
