@@ -198,6 +198,7 @@ TEST(TiffFile, PresetFormatsForColour)
     EXPECT_EQ(0, std::memcmp(rgb.info.pData, none.info.pData, 30));
 }
 
+// A failed save keeps the old file; the refusals every saver shares are in tests/hostile.
 TEST(TiffFile, SaveFailures)
 {
     TempDir dir;
@@ -209,14 +210,6 @@ TEST(TiffFile, SaveFailures)
     oxOsBufferFailAfter(-1);
     EXPECT_EQ(KASTATUS_KAIP_MEMORY_ALLOC_FAILED, status);
     EXPECT_EQ(std::vector<uint8_t>{7}, ReadBytes(path));
-    EXPECT_EQ(1u, dir.Count());
-    EXPECT_EQ(KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE, KaipSaveToTiff((dir / "no/x.tif").c_str(), &src.info, 0));
-    EXPECT_EQ(KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE, KaipSaveToTiff(dir.path().c_str(), &src.info, 0));
-    KaipImgInfo planes = src.info;
-    planes.Flags |= KaipImgFlag_ColorPlanes;
-    planes.pDataR = planes.pDataG = planes.pDataB = src.info.pData;
-    EXPECT_EQ(KASTATUS_KAIP_NOT_SUPPORTED, KaipSaveToTiff(path.c_str(), &planes, 0));
-    EXPECT_EQ(KASTATUS_KAIP_INVALID_SRC_POINTER, KaipSaveToTiff(path.c_str(), nullptr, 0));
     EXPECT_EQ(1u, dir.Count());
 }
 
@@ -291,10 +284,6 @@ TEST(TiffHostile, WrongTagsAndCuts)
             EXPECT_EQ(nullptr, img.pData);
         }
     }
-    KaipImgInfo img{};
-    EXPECT_EQ(KASTATUS_KAIP_INVALID_DST_POINTER, KaipLoadFromTiff(path.c_str(), nullptr));
-    EXPECT_EQ(KASTATUS_KAIP_CANNOT_OPEN_READ_FILE, KaipLoadFromTiff((dir / "missing.tif").c_str(), &img));
-    EXPECT_EQ(KASTATUS_KAIP_CANNOT_OPEN_READ_FILE, KaipLoadFromTiff(dir.path().c_str(), &img));
 }
 
 TEST(TiffHostile, RandomDirectoryDamage)
