@@ -144,7 +144,8 @@ TEST(Mirror, WorkedValues)
     EXPECT_EQ(bgrOut.info.pData[2], lut.pLut8->Blue[30]);
 }
 
-// Each refusal: one mutation of a valid Mono10 pair (2 x 3, top-down).
+// Each refusal of its own: one mutation of a valid Mono10 pair (2 x 3, top-down). The common
+// ones (null, uninitialised, no buffer, colour planes, other size) are in tests/hostile.
 TEST(Mirror, Refusals)
 {
     const TFormat mono10{KaipPixelFormat_Mono10, 2};
@@ -157,17 +158,11 @@ TEST(Mirror, Refusals)
         KaipStatus expected;
     };
     const TCase cases[] = {
-        {"uninitialised source", [](KaipImgInfo& s, KaipImgInfo&) { s.LineIncrement = 0; }, true, 0, 100005},
-        {"source without buffer", [](KaipImgInfo& s, KaipImgInfo&) { s.pData = nullptr; }, true, 0, 100026},
         {"packed source", [](KaipImgInfo& s, KaipImgInfo&) { s.PixelFormat = KaipPixelFormat_Mono10Packed; }, true, 0,
          100013},
         {"six-byte source", [](KaipImgInfo& s, KaipImgInfo&) { s.PixelFormat = KaipPixelFormat_BGR16; }, true, 0,
          100013},
-        {"colour planes", [](KaipImgInfo& s, KaipImgInfo&) { s.Flags = 1, s.pDataR = s.pDataG = s.pDataB = s.pData; },
-         false, 0, 100015},
-        {"other size", [](KaipImgInfo&, KaipImgInfo& d) { d.Width = 1; }, true, 0, 100020},
         {"other format", [](KaipImgInfo&, KaipImgInfo& d) { d.PixelFormat = KaipPixelFormat_Mono12; }, true, 0, 100023},
-        {"destination without buffer", [](KaipImgInfo&, KaipImgInfo& d) { d.pData = nullptr; }, true, 0, 100027},
         {"other orientation", [](KaipImgInfo&, KaipImgInfo& d) { d.Flags = KaipImgFlag_BottomUp; }, true, 0, 100024},
         {"8-bit LUT on Mono10", [](KaipImgInfo&, KaipImgInfo&) {}, false, 1, 100030},
         {"10-bit LUT on BayerGR10 (12-bit table)",
@@ -185,7 +180,6 @@ TEST(Mirror, Refusals)
         EXPECT_EQ(Bytes(*src), srcBefore);
         EXPECT_EQ(Bytes(*dst), dstBefore);
     }
-    EXPECT_EQ(KaipMirror(nullptr, nullptr, 1, 0, 0, nullptr), 100002);
     KaipFreeLut(lut8);
     KaipFreeLut(lut10);
 }
@@ -285,12 +279,9 @@ TEST(ReverseLinesFast, FailedScratchAllocationChangesNothing)
 TEST(ReverseLinesFast, Refusals)
 {
     auto src = RandomImage(4, 3, {KaipPixelFormat_Mono8, 1}, 0, 0, 3);
-    auto small = RandomImage(4, 2, {KaipPixelFormat_Mono8, 1}, 0, 0, 3);
     auto mono16 = RandomImage(4, 3, {KaipPixelFormat_Mono16, 2}, 0, 0, 3);
     auto rgb16 = RandomImage(4, 3, {KaipPixelFormat_RGB16Packed, 6}, 0, 0, 3);
-    EXPECT_EQ(KaipReverseLinesFast(nullptr, nullptr, nullptr, 0), 100002);
     EXPECT_EQ(KaipReverseLinesFast(&rgb16->info, nullptr, nullptr, 0), 100013);
-    EXPECT_EQ(KaipReverseLinesFast(&src->info, &small->info, nullptr, 0), 100020);
     EXPECT_EQ(KaipReverseLinesFast(&src->info, &mono16->info, nullptr, 0), 100023);
 }
 
