@@ -104,10 +104,7 @@ TEST(Rotate90AndMirror, RefusalsAndReallocation)
     auto turned = RandomImage(3, 4, mono8, 0, KaipImgFlag_BottomUp, 3);
     auto mono16 = RandomImage(3, 4, {KaipPixelFormat_Mono16, 2}, 0, 0, 4);
     auto rgb16 = RandomImage(4, 3, {KaipPixelFormat_RGB16Packed, 6}, 0, 0, 5);
-    EXPECT_EQ(KaipRotate90AndMirror(nullptr, &same->info, 1, 0, 0, 0, nullptr), 100002);
-    EXPECT_EQ(KaipRotate90AndMirror(&src->info, nullptr, 1, 0, 0, 0, nullptr), 100003);
     EXPECT_EQ(KaipRotate90AndMirror(&rgb16->info, &same->info, 1, 0, 0, 0, nullptr), 100013);
-    EXPECT_EQ(KaipRotate90AndMirror(&src->info, &same->info, 1, 0, 0, 0, nullptr), 100021);
     EXPECT_EQ(KaipRotate90AndMirror(&src->info, &mono16->info, 1, 0, 0, 0, nullptr), 100023);
     EXPECT_EQ(KaipRotate90AndMirror(&src->info, &turned->info, 1, 0, 0, 0, nullptr), 100024);
 
