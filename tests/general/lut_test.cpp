@@ -45,15 +45,6 @@ TEST(LutObjects, AllocateGivesIdentityOfEveryShape)
     }
 }
 
-TEST(LutObjects, BayerAloneLeavesTheEightBitBayerRowsZero)
-{
-    Lut l10(10 | KAIP_LUT_BAYER), l12(KAIP_LUT_BAYER);
-    const TKaIpLut10& b10 = *Body10(l10.h);
-    const TKaIpLut12& b12 = *Body12(l12.h);
-    for (unsigned i = 0; i < 1024; ++i) ASSERT_EQ(b10.BayerRed8[i] | b10.BayerGreen8[i] | b10.BayerBlue8[i], 0);
-    for (unsigned i = 0; i < 4096; ++i) ASSERT_EQ(b12.BayerRed8[i] | b12.BayerGreen8[i] | b12.BayerBlue8[i], 0);
-}
-
 TEST(LutObjects, SingleBodyFollowsTheTypeWord)
 {
     Lut l10(10);
