@@ -5,7 +5,6 @@
 #include <random>
 
 #include "general/lut.h"
-#include "general/lut_body.h"
 #include "lut_model.h"
 
 using namespace lutmodel;
@@ -239,25 +238,4 @@ TEST_F(LutContents, WorkedValues)
     EXPECT_EQ(Body10(u.h)->Green[2], (255 * 2 + 254 * 2));
     EXPECT_EQ(Body10(u.h)->Red[1021], 1021);
     EXPECT_EQ(Body12(u.h)->Blue[4095], 4095);
-}
-
-TEST_F(LutContents, BayerValueUpdateWithBayerAloneTouchesOnlyTheEightBitRow)
-{
-    TKaIpLut12 lut{};
-    lut.Blue[7] = 0x0AB0;
-    lut::UpdateBayerLutValue(lut, lut::EChannel::Blue, 7, KAIP_LUT_BAYER);
-    EXPECT_EQ(lut.BayerBlue8[7], 0xAB);
-    EXPECT_EQ(lut.BayerBlue16[7], 0);
-    EXPECT_EQ(lut.BayerBlue32[7], 0u);
-    lut::UpdateBayerLutValue(lut, lut::EChannel::Blue, 7, KAIP_LUT_BAYER | KAIP_LUT_BAYER_16);
-    EXPECT_EQ(lut.BayerBlue16[7], 0xABAB);
-    EXPECT_EQ(lut.BayerBlue32[7], 0xABABABABu);
-    // An 8-bit body has no 8-bit Bayer rows and needs both flags.
-    TKaIpLut8 lut8{};
-    lut8.Red[1] = 0x12;
-    lut::UpdateBayerLutValue(lut8, lut::EChannel::Red, 1, KAIP_LUT_BAYER);
-    EXPECT_EQ(lut8.BayerRed16[1], 0);
-    lut::UpdateBayerLutValue(lut8, lut::EChannel::Red, 1, KAIP_LUT_BAYER | KAIP_LUT_BAYER_16);
-    EXPECT_EQ(lut8.BayerRed16[1], 0x1212);
-    EXPECT_EQ(lut8.BayerGreen32[1], 0u);
 }
