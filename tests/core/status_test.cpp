@@ -77,8 +77,6 @@ TEST(StatusMsg, TruncatesAndAlwaysTerminates)
         EXPECT_EQ(buffer[size - 1], '\0');
         EXPECT_EQ(buffer[size], '#') << "wrote past the buffer";
     }
-    char buffer[64];
-    EXPECT_STREQ(KaipGetStatusMsg(100016, buffer, 64), "Line revrsion is not supported by this function");
 }
 
 TEST(StatusMsg, SizeZeroTerminatesTheByteBefore)
