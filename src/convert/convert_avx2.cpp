@@ -35,7 +35,8 @@ KAIP_AVX2 inline __m256i Load2(const uint8_t* pLow, const uint8_t* pHigh)
     return _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(pHigh), reinterpret_cast<const __m128i*>(pLow));
 }
 
-// The smaller line increment in bytes, 128 at a time, the rest by memcpy as the scalar member does.
+// The smaller line increment in bytes, 128 at a time, then 16 at a time (a streamed line keeps streaming up
+// to its last 16 bytes), the rest by memcpy as the scalar member does.
 struct KCopy {
     size_t bytes;
     template <bool kStream>
@@ -48,6 +49,13 @@ struct KCopy {
             Store<kStream>(pD + x + 32, b);
             Store<kStream>(pD + x + 64, c);
             Store<kStream>(pD + x + 96, d);
+        }
+        for (; x + 16 <= bytes; x += 16) {
+            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pS + x));
+            if constexpr (kStream)
+                _mm_stream_si128(reinterpret_cast<__m128i*>(pD + x), v);
+            else
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(pD + x), v);
         }
         std::memcpy(pD + x, pS + x, bytes - x);
     }

@@ -42,7 +42,8 @@ struct KSteps {
     }
 };
 
-// The smaller line increment in bytes, 64 at a time, the rest by memcpy as the scalar member does.
+// The smaller line increment in bytes, 64 at a time, then 16 at a time (a streamed line keeps streaming up
+// to its last 16 bytes), the rest by memcpy as the scalar member does.
 struct KCopy {
     size_t bytes;
     template <bool kStream>
@@ -56,6 +57,7 @@ struct KCopy {
             Store<kStream>(pD + x + 32, c);
             Store<kStream>(pD + x + 48, d);
         }
+        for (; x + 16 <= bytes; x += 16) Store<kStream>(pD + x, Load(pS + x));
         std::memcpy(pD + x, pS + x, bytes - x);
     }
 };
