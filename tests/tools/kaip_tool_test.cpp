@@ -58,13 +58,20 @@ protected:
 
     std::string Path(const std::string& name) const { return (m_dir / name).string(); }
 
-    // Runs the tool without a shell; standard output and error go to files in the scratch folder.
-    Outcome Kaip(std::vector<std::string> args) const
+    // The tool's path and the arguments as an argv (pointing into args).
+    static std::vector<char*> Argv(std::vector<std::string>& args)
     {
         args.insert(args.begin(), KAIP_TOOL_PATH);
         std::vector<char*> argv;
         for (std::string& arg : args) argv.push_back(arg.data());
         argv.push_back(nullptr);
+        return argv;
+    }
+
+    // Runs the tool without a shell; standard output and error go to files in the scratch folder.
+    Outcome Kaip(std::vector<std::string> args) const
+    {
+        std::vector<char*> argv = Argv(args);
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_addopen(&actions, 1, Path("stdout").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
@@ -79,10 +86,7 @@ protected:
     // Runs the tool on a terminal (standard output and error both on it) and returns what it showed.
     std::string KaipOnTerminal(std::vector<std::string> args) const
     {
-        args.insert(args.begin(), KAIP_TOOL_PATH);
-        std::vector<char*> argv;
-        for (std::string& arg : args) argv.push_back(arg.data());
-        argv.push_back(nullptr);
+        std::vector<char*> argv = Argv(args);
         int terminal = -1;
         pid_t pid = forkpty(&terminal, nullptr, nullptr, nullptr);
         if (pid == 0) {
@@ -264,64 +268,28 @@ const uint32_t kFixedWb[3] = {1500, 1000, 1250};
 
 TEST_F(KaipTool, ProcessGivesThePixelsOfTheLibraryCalledDirectly)
 {
+    // clang-format off
     const std::vector<ProcessCase> cases = {
-        {"bilinear, measured wb",
-         KaipPixelFormat_BayerGB12,
-         "BayerGB12",
-         false,
+        {"bilinear, measured wb", KaipPixelFormat_BayerGB12, "BayerGB12", false,
          {"--gamma", "2.2", "--saturation", "140", "--sharpen", "40"},
-         {KaipBdBilinearInterpolation, nullptr, 2200, 140, 40},
-         "out.bmp"},
-        {"nearest neighbour, given wb",
-         KaipPixelFormat_BayerRG8,
-         "BayerRG8",
-         false,
+         {KaipBdBilinearInterpolation, nullptr, 2200, 140, 40}, "out.bmp"},
+        {"nearest neighbour, given wb", KaipPixelFormat_BayerRG8, "BayerRG8", false,
          {"--decoder", "nn", "--wb", "1.5,1,1.25", "--saturation", "60"},
-         {KaipBdNearestNeighbour, kFixedWb, 1000, 60, 0},
-         "out.tif"},
-        {"packed mosaic",
-         KaipPixelFormat_BayerBG12,
-         "BayerBG12Packed",
-         true,
-         {"--sharpen", "-50", "--gamma", "0.8"},
-         {KaipBdBilinearInterpolation, nullptr, 800, 100, -50},
-         "out.bmp"},
-        {"variable gradients",
-         KaipPixelFormat_BayerGR12,
-         "BayerGR12",
-         false,
-         {"--decoder", "vng", "--gamma", "2.2"},
-         {KaipBdVariableGradients, nullptr, 2200, 100, 0},
-         "out.bmp"},
-        {"pixel grouping",
-         KaipPixelFormat_BayerRG8,
-         "BayerRG8",
-         false,
-         {"--decoder", "ppg", "--saturation", "120"},
-         {KaipBdPixelGrouping, nullptr, 1000, 120, 0},
-         "out.bmp"},
-        {"gradient-corrected bilinear",
-         KaipPixelFormat_BayerBG12,
-         "BayerBG12",
-         false,
-         {"--decoder", "hq"},
-         {KaipBdBilinearColorCorrection, nullptr, 1000, 100, 0},
-         "out.bmp"},
-        {"grey",
-         KaipPixelFormat_Mono12,
-         "Mono12",
-         false,
-         {"--gamma", "1.8", "--sharpen", "20"},
-         {nullptr, nullptr, 1800, 100, 20},
-         "out.bmp"},
-        {"colour",
-         KaipPixelFormat_RGB8Packed,
-         "RGB8Packed",
-         false,
-         {"--saturation", "150"},
-         {nullptr, nullptr, 1000, 150, 0},
-         "out.bmp"},
+         {KaipBdNearestNeighbour, kFixedWb, 1000, 60, 0}, "out.tif"},
+        {"packed mosaic", KaipPixelFormat_BayerBG12, "BayerBG12Packed", true,
+         {"--sharpen", "-50", "--gamma", "0.8"}, {KaipBdBilinearInterpolation, nullptr, 800, 100, -50}, "out.bmp"},
+        {"variable gradients", KaipPixelFormat_BayerGR12, "BayerGR12", false,
+         {"--decoder", "vng", "--gamma", "2.2"}, {KaipBdVariableGradients, nullptr, 2200, 100, 0}, "out.bmp"},
+        {"pixel grouping", KaipPixelFormat_BayerRG8, "BayerRG8", false,
+         {"--decoder", "ppg", "--saturation", "120"}, {KaipBdPixelGrouping, nullptr, 1000, 120, 0}, "out.bmp"},
+        {"gradient-corrected bilinear", KaipPixelFormat_BayerBG12, "BayerBG12", false,
+         {"--decoder", "hq"}, {KaipBdBilinearColorCorrection, nullptr, 1000, 100, 0}, "out.bmp"},
+        {"grey", KaipPixelFormat_Mono12, "Mono12", false,
+         {"--gamma", "1.8", "--sharpen", "20"}, {nullptr, nullptr, 1800, 100, 20}, "out.bmp"},
+        {"colour", KaipPixelFormat_RGB8Packed, "RGB8Packed", false,
+         {"--saturation", "150"}, {nullptr, nullptr, 1000, 150, 0}, "out.bmp"},
     };
+    // clang-format on
     const uint32_t width = 38, height = 26;
     uint32_t seed = 1;
     for (const ProcessCase& c : cases) {
@@ -434,31 +402,26 @@ TEST_F(KaipTool, ErrorsNameTheStepTheReasonAndTheExitCode)
     WriteBytes("short.raw", std::vector<uint8_t>(100));
     WriteBytes("tiny.raw", std::vector<uint8_t>(4));
     WriteBytes("bad.bmp", std::vector<uint8_t>(80, 'x'));
+    const std::string shortRaw = Path("short.raw");
+    // clang-format off
     const std::vector<ErrorCase> cases = {
-        {{"process", Path("short.raw"), "--format", "BayerRG12", "--size", "8x8"},
-         1,
+        {{"process", shortRaw, "--format", "BayerRG12", "--size", "8x8"}, 1,
          {"short.raw has 100 bytes, but BayerRG12 at 8x8 takes 128 bytes"}},
-        {{"process", Path("short.raw"), "--format", "BayerXY12", "--size", "8x8"},
-         2,
-         {"unknown pixel format BayerXY12"}},
-        {{"process", Path("short.raw"), "--format", "Mono8", "--size", "10"}, 2, {"expected WxH"}},
-        {{"process", Path("short.raw"), "--size", "10x10"}, 2, {"without a pixel format"}},
+        {{"process", shortRaw, "--format", "BayerXY12", "--size", "8x8"}, 2, {"unknown pixel format BayerXY12"}},
+        {{"process", shortRaw, "--format", "Mono8", "--size", "10"}, 2, {"expected WxH"}},
+        {{"process", shortRaw, "--size", "10x10"}, 2, {"without a pixel format"}},
         {{"process", Path("missing.raw"), "--format", "Mono8", "--size", "10x10"}, 1, {"cannot read", "missing.raw"}},
-        {{"process", Path("short.raw"), "--format", "BayerRG8", "--size", "10x10", "--decoder", "ahd"},
-         2,
-         {"--decoder"}},
-        {{"process", Path("short.raw"), "--format", "BayerRG8", "--size", "10x10", "--wb", "1,x,2"}, 2, {"--wb"}},
-        {{"process", Path("tiny.raw"), "--format", "BayerRG8", "--size", "1x4"},
-         1,
+        {{"process", shortRaw, "--format", "BayerRG8", "--size", "10x10", "--decoder", "ahd"}, 2, {"--decoder"}},
+        {{"process", shortRaw, "--format", "BayerRG8", "--size", "10x10", "--wb", "1,x,2"}, 2, {"--wb"}},
+        {{"process", Path("tiny.raw"), "--format", "BayerRG8", "--size", "1x4"}, 1,
          {"demosaicing with KaipBdBilinearInterpolation failed: ", "(status 100012)"}},
         {{"convert", Path("bad.bmp"), Path("x.tif")}, 1, {"loading the BMP file", "(status 1000"}},
-        {{"convert", Path("short.raw"), Path("x.raw"), "--in-format", "Mono8", "--size", "10x10", "--format",
-          "Mono10Packed"},
-         1,
+        {{"convert", shortRaw, Path("x.raw"), "--in-format", "Mono8", "--size", "10x10", "--format", "Mono10Packed"}, 1,
          {"converts nothing from Mono8 to Mono10Packed"}},
         {{"info"}, 2, {"FILE is required"}},
         {{}, 2, {"subcommand"}},
     };
+    // clang-format on
     for (const ErrorCase& c : cases) {
         Outcome run = Kaip(c.args);
         std::string command = c.args.empty() ? "(none)" : c.args[0] + " " + (c.args.size() > 1 ? c.args[1] : "");
