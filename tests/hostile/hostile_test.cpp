@@ -19,6 +19,8 @@ namespace {
 
 constexpr uint32_t kW = 8, kH = 6;
 constexpr uint32_t kUnknownFormat = 0x12345678u;
+constexpr uint32_t kBGR8 = KaipPixelFormat_BGR8Packed, kBGRA8 = KaipPixelFormat_BGRA8Packed,
+                   kMono8 = KaipPixelFormat_Mono8;
 constexpr uint8_t kSentinel = 0xA5;
 const int32_t kIdentity[9] = {0, 0, 0, 0, 1000, 0, 0, 0, 0};
 
@@ -100,71 +102,50 @@ const std::string kTmp = testing::TempDir() + "kaip_hostile_" + std::to_string(g
 
 const std::vector<ImageFunction>& ImageFunctions()
 {
+    using I = KaipImgInfo*;
+    // clang-format off
     static const std::vector<ImageFunction> functions = {
-        {"KaipConvertToPixelFormat", KaipPixelFormat_Mono8, KaipPixelFormat_BGR8Packed, true, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
-             return KaipConvertToPixelFormat(s, d, KaipPixelFormat_BGR8Packed, o);
-         }},
-        {"KaipBdShowMosaic", KaipPixelFormat_BayerRG8, KaipPixelFormat_BGR8Packed, true, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
-             return KaipBdShowMosaic(s, d, KaipPixelFormat_BGR8Packed, o);
-         }},
-        {"KaipBdGreenToGreyscale", KaipPixelFormat_BayerGB8, KaipPixelFormat_Mono8, true, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
-             return KaipBdGreenToGreyscale(s, d, KaipPixelFormat_Mono8, o);
-         }},
+        {"KaipConvertToPixelFormat", kMono8, kBGR8, true, false,
+         [](I s, I d, uint32_t o) { return KaipConvertToPixelFormat(s, d, kBGR8, o); }},
+        {"KaipBdShowMosaic", KaipPixelFormat_BayerRG8, kBGR8, true, false,
+         [](I s, I d, uint32_t o) { return KaipBdShowMosaic(s, d, kBGR8, o); }},
+        {"KaipBdGreenToGreyscale", KaipPixelFormat_BayerGB8, kMono8, true, false,
+         [](I s, I d, uint32_t o) { return KaipBdGreenToGreyscale(s, d, kMono8, o); }},
         {"KaipBdNearestNeighbour", KaipPixelFormat_BayerGR8, KaipPixelFormat_RGB8Packed, true, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
-             return KaipBdNearestNeighbour(s, d, KaipPixelFormat_RGB8Packed, o, nullptr);
-         }},
-        {"KaipBdBilinearInterpolation", KaipPixelFormat_BayerBG8, KaipPixelFormat_BGRA8Packed, true, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
-             return KaipBdBilinearInterpolation(s, d, KaipPixelFormat_BGRA8Packed, o, KaipHLut(1));
-         }},
-        {"KaipBdVariableGradients", KaipPixelFormat_BayerGR8, KaipPixelFormat_BGR8Packed, true, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
-             return KaipBdVariableGradients(s, d, KaipPixelFormat_BGR8Packed, o, nullptr);
-         }},
-        {"KaipBdPixelGrouping", KaipPixelFormat_BayerGB8, KaipPixelFormat_BGRA8Packed, true, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
-             return KaipBdPixelGrouping(s, d, KaipPixelFormat_BGRA8Packed, o, KaipHLut(1));
-         }},
-        {"KaipBdBilinearColorCorrection", KaipPixelFormat_BayerRG8, KaipPixelFormat_BGR8Packed, true, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
-             return KaipBdBilinearColorCorrection(s, d, KaipPixelFormat_BGR8Packed, o, nullptr);
-         }},
-        {"KaipMirror", KaipPixelFormat_BGR8Packed, KaipPixelFormat_BGR8Packed, false, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipMirror(s, d, 1, 1, o, nullptr); }},
+         [](I s, I d, uint32_t o) { return KaipBdNearestNeighbour(s, d, KaipPixelFormat_RGB8Packed, o, nullptr); }},
+        {"KaipBdBilinearInterpolation", KaipPixelFormat_BayerBG8, kBGRA8, true, false,
+         [](I s, I d, uint32_t o) { return KaipBdBilinearInterpolation(s, d, kBGRA8, o, KaipHLut(1)); }},
+        {"KaipBdVariableGradients", KaipPixelFormat_BayerGR8, kBGR8, true, false,
+         [](I s, I d, uint32_t o) { return KaipBdVariableGradients(s, d, kBGR8, o, nullptr); }},
+        {"KaipBdPixelGrouping", KaipPixelFormat_BayerGB8, kBGRA8, true, false,
+         [](I s, I d, uint32_t o) { return KaipBdPixelGrouping(s, d, kBGRA8, o, KaipHLut(1)); }},
+        {"KaipBdBilinearColorCorrection", KaipPixelFormat_BayerRG8, kBGR8, true, false,
+         [](I s, I d, uint32_t o) { return KaipBdBilinearColorCorrection(s, d, kBGR8, o, nullptr); }},
+        {"KaipMirror", kBGR8, kBGR8, false, false,
+         [](I s, I d, uint32_t o) { return KaipMirror(s, d, 1, 1, o, nullptr); }},
         {"KaipReverseLines", KaipPixelFormat_Mono16, KaipPixelFormat_Mono16, false, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipReverseLines(s, d, o); }},
-        {"KaipReverseLinesFast", KaipPixelFormat_Mono8, KaipPixelFormat_Mono8, false, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipReverseLinesFast(s, d, nullptr, o); }},
-        {"KaipRotate90AndMirror", KaipPixelFormat_BGRA8Packed, KaipPixelFormat_BGRA8Packed, true, true,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipRotate90AndMirror(s, d, 1, 0, 1, o, nullptr); }},
+         [](I s, I d, uint32_t o) { return KaipReverseLines(s, d, o); }},
+        {"KaipReverseLinesFast", kMono8, kMono8, false, false,
+         [](I s, I d, uint32_t o) { return KaipReverseLinesFast(s, d, nullptr, o); }},
+        {"KaipRotate90AndMirror", kBGRA8, kBGRA8, true, true,
+         [](I s, I d, uint32_t o) { return KaipRotate90AndMirror(s, d, 1, 0, 1, o, nullptr); }},
         {"KaipDeinterlace", KaipPixelFormat_BGR565Packed, KaipPixelFormat_BGR565Packed, false, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipDeinterlace(s, d, o); }},
-        {"KaipCopyArea", KaipPixelFormat_Mono8, KaipPixelFormat_Mono8, true, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipCopyArea(s, d, 0, 0, kW, kH, o); }},
+         [](I s, I d, uint32_t o) { return KaipDeinterlace(s, d, o); }},
+        {"KaipCopyArea", kMono8, kMono8, true, false,
+         [](I s, I d, uint32_t o) { return KaipCopyArea(s, d, 0, 0, kW, kH, o); }},
         {"KaipApplyLut", KaipPixelFormat_RGB8Packed, KaipPixelFormat_RGB8Packed, false, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) { return KaipApplyLut(s, d, nullptr, o); }},
-        {"KaipApplyRgbColorCorrection", KaipPixelFormat_BGR8Packed, KaipPixelFormat_BGR8Packed, false, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
-             return KaipApplyRgbColorCorrection(s, d, kIdentity, o, nullptr);
-         }},
-        {"KaipApply3x3Convolution", KaipPixelFormat_Mono8, KaipPixelFormat_Mono8, true, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
-             return KaipApply3x3Convolution(s, d, kIdentity, o, nullptr);
-         }},
-        {"Kaip3x3ThresholdSharpening", KaipPixelFormat_Mono8, KaipPixelFormat_Mono8, true, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
-             return Kaip3x3ThresholdSharpening(s, d, kIdentity, 3, o, nullptr);
-         }},
-        {"KaipApplyShadingCorrection", KaipPixelFormat_Mono8, KaipPixelFormat_Mono8, false, false,
-         [](KaipImgInfo* s, KaipImgInfo* d, uint32_t o) {
-             // The source is its own black and white reference (it outlives the call).
-             return KaipApplyShadingCorrection(s, s, s, d, o);
-         }},
+         [](I s, I d, uint32_t o) { return KaipApplyLut(s, d, nullptr, o); }},
+        {"KaipApplyRgbColorCorrection", kBGR8, kBGR8, false, false,
+         [](I s, I d, uint32_t o) { return KaipApplyRgbColorCorrection(s, d, kIdentity, o, nullptr); }},
+        {"KaipApply3x3Convolution", kMono8, kMono8, true, false,
+         [](I s, I d, uint32_t o) { return KaipApply3x3Convolution(s, d, kIdentity, o, nullptr); }},
+        {"Kaip3x3ThresholdSharpening", kMono8, kMono8, true, false,
+         [](I s, I d, uint32_t o) { return Kaip3x3ThresholdSharpening(s, d, kIdentity, 3, o, nullptr); }},
+        // The source is its own black and white reference (it outlives the call).
+        {"KaipApplyShadingCorrection", kMono8, kMono8, false, false,
+         [](I s, I d, uint32_t o) { return KaipApplyShadingCorrection(s, s, s, d, o); }},
     };
+    // clang-format on
     return functions;
 }
 
