@@ -71,6 +71,13 @@ inline void Put32(std::vector<uint8_t>& b, size_t at, uint32_t v)
     Put16(b, at + 2, v >> 16);
 }
 
+// Picture row r (0 = top) of any descriptor, whatever the memory order.
+inline const uint8_t* PictureRow(const KaipImgInfo& img, uint32_t r)
+{
+    const uint32_t line = (img.Flags & KaipImgFlag_BottomUp) ? img.Height - 1 - r : r;
+    return img.pData + size_t(line) * img.LineIncrement;
+}
+
 // A random image in a guarded buffer; padding bytes are random too.
 struct TestImage : GuardedImage {
     TestImage(uint32_t w, uint32_t h, uint32_t format, uint32_t pixelIncrement, uint32_t lineIncrement, uint32_t flags,
@@ -80,19 +87,8 @@ struct TestImage : GuardedImage {
         FillRandom(buffer.data(), buffer.size(), seed);
     }
     // Picture row r (0 = top) whatever the memory order.
-    const uint8_t* Row(uint32_t r) const
-    {
-        const uint32_t line = (info.Flags & KaipImgFlag_BottomUp) ? info.Height - 1 - r : r;
-        return info.pData + size_t(line) * info.LineIncrement;
-    }
+    const uint8_t* Row(uint32_t r) const { return PictureRow(info, r); }
 };
-
-// Picture row r of any descriptor.
-inline const uint8_t* PictureRow(const KaipImgInfo& img, uint32_t r)
-{
-    const uint32_t line = (img.Flags & KaipImgFlag_BottomUp) ? img.Height - 1 - r : r;
-    return img.pData + size_t(line) * img.LineIncrement;
-}
 
 // Frees a library-allocated descriptor at the end of a test.
 struct Loaded {
