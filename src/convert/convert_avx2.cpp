@@ -35,6 +35,19 @@ KAIP_AVX2 inline __m256i Load2(const uint8_t* pLow, const uint8_t* pHigh)
     return _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(pHigh), reinterpret_cast<const __m128i*>(pLow));
 }
 
+// The pixels of a line the 32-pixel steps cover: all its whole 16-pixel units when there are at least two, so
+// that a streamed line keeps streaming up to the scalar tail the 16-pixel builds would leave too. The step at
+// x starts at StepAt(x, covered): the last one moves back to end at `covered`, rewriting 16 pixels with the
+// same bytes (a kept destination byte is read back unchanged).
+inline uint32_t Covered(uint32_t dwWidth)
+{
+    return dwWidth >= 32 ? dwWidth / 16 * 16 : 0;
+}
+inline uint32_t StepAt(uint32_t x, uint32_t covered)
+{
+    return x + 32 <= covered ? x : covered - 32;
+}
+
 // The smaller line increment in bytes, 128 at a time, then 16 at a time (a streamed line keeps streaming up
 // to its last 16 bytes), the rest by memcpy as the scalar member does.
 struct KCopy {
@@ -79,7 +92,7 @@ struct TControls {
     __m256i a[kVectors], b[kVectors], keep[kVectors];
 };
 
-// 32 pixels per step through the byte map M, then the rest of the line (fewer than 32 pixels) by the
+// 32 pixels per step through the byte map M over the Covered pixels, then the rest of the line by the
 // scalar member's reader R and writer W, with the group cut short at the line end when kCut is set.
 template <class M, class R, class W, bool kCut = false>
 struct KGather {
@@ -90,10 +103,11 @@ struct KGather {
     KAIP_AVX2 void Line(const uint8_t* pS, uint8_t* pD) const
     {
         static const TControls<P> k;  // built once, on first use, by the thread-safe static initialisation
-        const uint32_t steps = dwWidth / 32;
-        const uint8_t* s = pS;
-        uint8_t* d = pD;
-        for (uint32_t i = 0; i < steps; ++i, s += P::kInBytes, d += P::kOutBytes) {
+        const uint32_t covered = Covered(dwWidth);
+        for (uint32_t x = 0; x < covered; x += 32) {
+            const uint32_t at = StepAt(x, covered) / M::kUnitPixels;
+            const uint8_t* s = pS + at * M::kUnitIn;
+            uint8_t* d = pD + at * M::kUnitOut;
             for (int o = 0; o < TControls<P>::kVectors; ++o) {
                 const auto& lo = P::kPlan[2 * o];
                 const auto& hi = P::kPlan[2 * o + 1];
@@ -105,12 +119,13 @@ struct KGather {
         }
         R rd;
         const W wr;
-        ConvertGroups(rd, wr, steps * 32 / R::kPixels, dwWidth / R::kPixels, pS, pD);
+        ConvertGroups(rd, wr, covered / R::kPixels, dwWidth / R::kPixels, pS, pD);
         if constexpr (kCut) ConvertCutGroup(rd, wr, dwWidth, pS, pD);
     }
 };
 
-// 32 words masked to their used bits and shifted down to 8; the rest of the line by the scalar member.
+// 32 words per step masked to their used bits and shifted down to 8 over the Covered pixels; the rest of the
+// line by the scalar member.
 struct KMonoWordToMono8 {
     uint32_t dwWidth, dwBits;
 
@@ -119,15 +134,16 @@ struct KMonoWordToMono8 {
     {
         const __m256i mask = _mm256_set1_epi16(int16_t(0xFFFFu >> (16 - dwBits)));
         const __m128i shift = _mm_cvtsi32_si128(int(dwBits - 8));
-        const uint32_t steps = dwWidth / 32;
-        for (uint32_t i = 0; i < steps; ++i) {
-            const __m256i a = _mm256_srl_epi16(_mm256_and_si256(Load(pS + 64 * i), mask), shift);
-            const __m256i b = _mm256_srl_epi16(_mm256_and_si256(Load(pS + 64 * i + 32), mask), shift);
+        const uint32_t covered = Covered(dwWidth);
+        for (uint32_t x = 0; x < covered; x += 32) {
+            const uint32_t at = StepAt(x, covered);
+            const __m256i a = _mm256_srl_epi16(_mm256_and_si256(Load(pS + 2 * at), mask), shift);
+            const __m256i b = _mm256_srl_epi16(_mm256_and_si256(Load(pS + 2 * at + 32), mask), shift);
             // The pack works per lane; the permutation puts its four quarters back in pixel order.
-            Store<kStream>(pD + 32 * i, _mm256_permute4x64_epi64(_mm256_packus_epi16(a, b), 0xD8));
+            Store<kStream>(pD + at, _mm256_permute4x64_epi64(_mm256_packus_epi16(a, b), 0xD8));
         }
         RMonoWord rd{dwBits};
-        ConvertGroups(rd, WMono8{}, steps * 32, dwWidth, pS, pD);
+        ConvertGroups(rd, WMono8{}, covered, dwWidth, pS, pD);
     }
 };
 
@@ -152,8 +168,8 @@ KAIP_AVX2 inline void YCbCrToWords(__m256i s, __m256i& b, __m256i& g, __m256i& r
     b = _mm256_add_epi16(_mm256_add_epi16(y, _mm256_add_epi16(cb, cb)), bp);
 }
 
-// 32 pixels of YCbCr 4:2:2 per step to 3 or 4 bytes each in the order O, the fourth byte 0; the rest of the
-// line by the scalar member's reader and writer.
+// 32 pixels of YCbCr 4:2:2 per step over the Covered pixels to 3 or 4 bytes each in the order O, the fourth
+// byte 0; the rest of the line by the scalar member's reader and writer.
 template <TOrder O, uint32_t kPixelBytes>
 struct KYCbCr422 {
     using W = WBytes<O, kPixelBytes == 4 ? kFourthZero : kNoFourth>;
@@ -162,10 +178,11 @@ struct KYCbCr422 {
     template <bool kStream>
     KAIP_AVX2 void Line(const uint8_t* pS, uint8_t* pD) const
     {
-        const uint32_t steps = dwWidth / 32;
-        const uint8_t* s = pS;
-        uint8_t* d = pD;
-        for (uint32_t i = 0; i < steps; ++i, s += 64, d += 32 * kPixelBytes) {
+        const uint32_t covered = Covered(dwWidth);
+        for (uint32_t x = 0; x < covered; x += 32) {
+            const uint32_t at = StepAt(x, covered);
+            const uint8_t* s = pS + 2 * at;
+            uint8_t* d = pD + at * kPixelBytes;
             __m256i b0, g0, r0, b1, g1, r1;
             YCbCrToWords(Load(s), b0, g0, r0);
             YCbCrToWords(Load(s + 32), b1, g1, r1);
@@ -204,7 +221,7 @@ struct KYCbCr422 {
             }
         }
         RYCbCr422_8 rd;
-        ConvertGroups(rd, W{}, steps * 16, dwWidth / 2, pS, pD);
+        ConvertGroups(rd, W{}, covered / 2, dwWidth / 2, pS, pD);
     }
 };
 
