@@ -33,8 +33,9 @@ KaipStatus ApplyRgbColorCorrection(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* 
         return Refuse(KASTATUS_KAIP_INVALID_POINTER, "%s: piMatrix is NULL, returning KASTATUS_KAIP_INVALID_POINTER.",
                       kFunc);
     const KaipImgInfo& src = *pSrcImgInfo;
-    const TCorrectionFormat* pFormat = FindFormatRow(kCorrectionFormats<TBaseline>, g_pCorrectionFormatsSse4,
-                                                     g_pCorrectionFormatsAvx2, kCorrectionFormatCount, src.PixelFormat);
+    const TCorrectionFormat* pFormat =
+        FindFormatRow(kCorrectionFormats<TBaseline>, g_pCorrectionFormatsSse2, g_pCorrectionFormatsSse4,
+                      g_pCorrectionFormatsAvx2, kCorrectionFormatCount, src.PixelFormat);
     if (pFormat == nullptr)
         return Refuse(KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT, "%s: Unsupported source color format 0x%8.8x", kFunc,
                       src.PixelFormat);

@@ -20,6 +20,13 @@ static_assert(kClassMask == 0x19FF, "the mono formats and the two 8-bit BGR form
 // The tag of the line workers built for the baseline processor.
 struct TBaseline {};
 
+// Whether the buffers of two images (as their descriptors give them now) have a byte in common.
+bool SharesBytes(const KaipImgInfo& a, const KaipImgInfo& b)
+{
+    const uintptr_t pa = uintptr_t(a.pData), pb = uintptr_t(b.pData);
+    return pa < pb + size_t(b.Height) * b.LineIncrement && pb < pa + size_t(a.Height) * a.LineIncrement;
+}
+
 }  // namespace
 
 KaipStatus Filter3x3(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
@@ -38,9 +45,12 @@ KaipStatus Filter3x3(const char* pszFunc, const KaipImgInfo* pSrcImgInfo, KaipIm
         return Refuse(KASTATUS_KAIP_INVALID_POINTER, "%s: piMatrix is NULL, returning KASTATUS_KAIP_INVALID_POINTER.",
                       pszFunc);
     const KaipImgInfo& src = *pSrcImgInfo;
+    // The vector workers read ahead of what they write, so a destination that shares bytes with the
+    // source gets the baseline's, which read the samples of each result just before writing it.
+    const bool bShared = SharesBytes(src, *pDstImgInfo);
     const TConvolutionFormat* pFormat =
-        FindFormatRow(kConvolutionFormats<TBaseline>, g_pConvolutionFormatsSse4, g_pConvolutionFormatsAvx2,
-                      kConvolutionFormatCount, src.PixelFormat);
+        FindFormatRow(kConvolutionFormats<TBaseline>, g_pConvolutionFormatsSse2, g_pConvolutionFormatsSse4,
+                      g_pConvolutionFormatsAvx2, kConvolutionFormatCount, src.PixelFormat, !bShared);
     if (pFormat == nullptr)
         return Refuse(KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT, "%s: Unsupported source color format 0x%8.8x",
                       pszFunc, src.PixelFormat);

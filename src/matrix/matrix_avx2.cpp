@@ -2,11 +2,22 @@
 #include <immintrin.h>
 
 #include "matrix/matrix_lines.h"
+#include "matrix/matrix_sse2.h"
 
 namespace {
 
+// 256-bit registers for Filter3x3Bytes.
+template <class TIsa>
+struct TVec256 {
+    using T = __m256i;
+    static constexpr size_t kBytes = 32;
+    KAIP_MATRIX_REGISTER_OPS(_mm256, si256)
+};
+
 // The tag of the line workers built here; they run only when g_SSEChecker.UseAVX2() is on.
 struct TAvx2 {
+    using TVector = TVec256<TAvx2>;
+
     // Colour correction of 8-bit three-byte pixels, 8 at a time in 32-bit lanes: products and sums
     // wrap modulo 2^32 as the scalar rule's do, >> 16 is arithmetic, and the two saturating packs
     // clamp to 0..255. Each block reads 28 bytes from its first pixel and writes 24, so a block
@@ -51,6 +62,4 @@ struct TAvx2 {
 
 }  // namespace
 
-// Addresses only: nothing in this file runs before the callers have checked the gate.
-const TCorrectionFormat* const g_pCorrectionFormatsAvx2 = kCorrectionFormats<TAvx2>;
-const TConvolutionFormat* const g_pConvolutionFormatsAvx2 = kConvolutionFormats<TAvx2>;
+KAIP_MATRIX_TABLES(TAvx2, Avx2)

@@ -94,17 +94,93 @@ inline int32_t Weighted3x3(const TSample* a, const TSample* m, const TSample* b,
     return int32_t(sum);
 }
 
-// Writes value(j) for every colour sample j of an interior line (every pixel but the first and the
-// last, iChannels of every iStep samples), through the channel's table with a LUT. Without a LUT and
-// without a skipped fourth byte the interior is one run of samples.
+// Whether an instruction-set tag brings vector registers (TIsa::TVector: TVec128 of matrix_sse2.h, or
+// the AVX2 file's own) for the 8-bit 3x3 filters.
+template <class TIsa, class = void>
+struct THasVector : std::false_type {
+};
+template <class TIsa>
+struct THasVector<TIsa, std::void_t<typename TIsa::TVector>> : std::true_type {
+};
+
+// The 3x3 filter of 8-bit samples d[j], a register of samples at a time from j while one fits before
+// `end`; returns where it stopped (at once when a weight does not fit 16 bits). Each sum is made of
+// the products of sample pairs (above, below) x (upper, lower weight), (left, right) x (k3, k5) and
+// (centre, 0) x (k4, 0): with 16-bit weights and 8-bit samples every product and the sum are exact
+// in 32 bits, as the scalar sums are. A cross kernel leaves out the corner pairs. Division: a sum
+// below 0 gives 0; sum / 1000 = (sum >> 3) / 125 with (sum >> 3) saturated to 16 bits, and
+// y / 125 = (y x 33555) >> 22 for every y below 2^15, so a sum from 256000 on gives at least 256,
+// which the byte pack clamps. Threshold sharpening adds 9 x centre - the nine as a second kernel
+// and keeps the centre where its magnitude does not exceed iLimit9. With a fourth sample per pixel,
+// that byte of the destination is written back as it was.
+template <class TIsa, class V, int iStep, bool bCross, bool bThreshold>
+size_t Filter3x3Bytes(const uint8_t* a, const uint8_t* m, const uint8_t* b, uint8_t* d, size_t j, size_t end,
+                      const uint32_t* k, int32_t iLimit9)
+{
+    using T = typename V::T;
+    for (int i = 0; i < 9; ++i)
+        if (int32_t(k[i]) != int16_t(k[i])) return j;
+    auto pair = [](uint32_t lo, uint32_t hi) { return V::Set32(int32_t((lo & 0xFFFF) | hi << 16)); };
+    const T k06 = pair(k[0], k[6]), k17 = pair(k[1], k[7]), k28 = pair(k[2], k[8]);
+    const T k35 = pair(k[3], k[5]), k4 = pair(k[4], 0), minus = pair(~0u, ~0u), nine = pair(8, 0);
+    const T zero = V::Zero(), limit = V::Set32(iLimit9), by125 = V::Set16(int16_t(33555));
+    for (; j + V::kBytes <= end; j += V::kBytes) {
+        T sum[4] = {zero, zero, zero, zero}, contrast[4] = {zero, zero, zero, zero};
+        auto add = [&](T x, T y, T weights, T contrastWeights) {
+            const T bytePairs[2] = {V::UnpackLo8(x, y), V::UnpackHi8(x, y)};
+            for (int i = 0; i < 4; ++i) {
+                const T p = i & 1 ? V::UnpackHi8(bytePairs[i / 2], zero) : V::UnpackLo8(bytePairs[i / 2], zero);
+                sum[i] = V::Add32(sum[i], V::Madd(p, weights));
+                if constexpr (bThreshold) contrast[i] = V::Add32(contrast[i], V::Madd(p, contrastWeights));
+            }
+        };
+        auto at = [&](const uint8_t* p, int iOffset) { return V::Load(p + j + iOffset); };
+        const T centre = at(m, 0);
+        if constexpr (!bCross) {
+            add(at(a, -iStep), at(b, -iStep), k06, minus);
+            add(at(a, iStep), at(b, iStep), k28, minus);
+        }
+        add(at(a, 0), at(b, 0), k17, minus);
+        add(at(m, -iStep), at(m, iStep), k35, minus);
+        add(centre, zero, k4, nine);
+        auto narrow = [&](T s0, T s1) {
+            const T y = V::Max16(V::Packs32(V::template Srai32<3>(s0), V::template Srai32<3>(s1)), zero);
+            return V::template Srli16<6>(V::MulhiU16(y, by125));
+        };
+        T out = V::PackUs16(narrow(sum[0], sum[1]), narrow(sum[2], sum[3]));
+        if constexpr (bThreshold) {
+            auto over = [&](T c) {
+                const T sign = V::template Srai32<31>(c);
+                return V::CmpGt32(V::Sub32(V::Xor(c, sign), sign), limit);
+            };
+            const T sharpen = V::Packs16(V::Packs32(over(contrast[0]), over(contrast[1])),
+                                         V::Packs32(over(contrast[2]), over(contrast[3])));
+            out = V::Select(sharpen, out, centre);
+        }
+        if constexpr (iStep == 4) out = V::Select(V::Set32(0x00FFFFFF), out, V::Load(d + j));
+        V::Store(d + j, out);
+    }
+    return j;
+}
+
+// Writes value(j) for every colour sample j of an interior line from sample `begin` (the start of a
+// pixel unless the line is one run) to the last pixel but one (iChannels of every iStep samples),
+// through the channel's table with a LUT. Without a LUT and without a skipped fourth byte the interior
+// is one run of samples. The whole pixels before `begin`, already written as plain values, only go
+// through their tables.
 template <class TIsa, typename TSample, int iChannels, int iStep, bool bLut, class TValue>
-inline void WriteInterior(TSample* d, uint32_t dwWidth, const void* const* ppTables, TValue value)
+inline void WriteInterior(TSample* d, size_t begin, uint32_t dwWidth, const void* const* ppTables, TValue value)
 {
     const size_t end = size_t(dwWidth - 1) * iStep;
+    if constexpr (bLut) {
+        begin -= (begin - iStep) % iStep;  // a pixel cut short is written again, whole
+        for (size_t i = iStep; i < begin; i += iStep)
+            for (int ch = 0; ch < iChannels; ++ch) d[i + ch] = static_cast<const TSample*>(ppTables[ch])[d[i + ch]];
+    }
     if constexpr (iChannels == iStep && !bLut) {
-        for (size_t j = iStep; j < end; ++j) d[j] = TSample(value(j));
+        for (size_t j = begin; j < end; ++j) d[j] = TSample(value(j));
     } else {
-        for (size_t i = iStep; i < end; i += iStep) {
+        for (size_t i = begin; i < end; i += iStep) {
             for (int ch = 0; ch < iChannels; ++ch) {
                 const int32_t v = value(i + ch);
                 if constexpr (bLut) {
@@ -117,6 +193,18 @@ inline void WriteInterior(TSample* d, uint32_t dwWidth, const void* const* ppTab
     }
 }
 
+// Where the vector registers of TIsa take over the start of an interior line of 8-bit samples
+// (Filter3x3Bytes), the sample from which the scalar loop goes on; else the first interior sample.
+template <class TIsa, typename TSample, int iStep, bool bCross, bool bThreshold>
+inline size_t VectorInterior(const TSample* a, const TSample* m, const TSample* b, TSample* d, uint32_t dwWidth,
+                             const uint32_t* k, int32_t iLimit9)
+{
+    if constexpr (THasVector<TIsa>::value && sizeof(TSample) == 1)
+        return Filter3x3Bytes<TIsa, typename TIsa::TVector, iStep, bCross, bThreshold>(
+            a, m, b, d, iStep, size_t(dwWidth - 1) * iStep, k, iLimit9);
+    return iStep;
+}
+
 // One interior line of the convolution: each colour channel on its own with the same channel of its
 // neighbours; the sum divided by 1000 toward zero and clamped.
 template <class TIsa, typename TSample, int iChannels, int iStep, bool bCross, bool bLut>
@@ -126,13 +214,14 @@ void ConvolveLine(const uint8_t* pAbove, const uint8_t* pLine, const uint8_t* pB
     const TSample* a = reinterpret_cast<const TSample*>(pAbove);
     const TSample* m = reinterpret_cast<const TSample*>(pLine);
     const TSample* b = reinterpret_cast<const TSample*>(pBelow);
+    TSample* d = reinterpret_cast<TSample*>(pDstLine);
     uint32_t k[9];  // a local copy, kept in registers although the stores may alias the job
     for (int i = 0; i < 9; ++i) k[i] = job.k[i];
     const int32_t iMax = job.iMax;
-    WriteInterior<TIsa, TSample, iChannels, iStep, bLut>(
-        reinterpret_cast<TSample*>(pDstLine), dwWidth, job.apTables, [&](size_t j) {
-            return ClampTo<TIsa, int32_t>(Weighted3x3<TIsa, bCross, iStep>(a, m, b, j, k) / 1000, 0, iMax);
-        });
+    const size_t begin = VectorInterior<TIsa, TSample, iStep, bCross, false>(a, m, b, d, dwWidth, k, 0);
+    WriteInterior<TIsa, TSample, iChannels, iStep, bLut>(d, begin, dwWidth, job.apTables, [&](size_t j) {
+        return ClampTo<TIsa, int32_t>(Weighted3x3<TIsa, bCross, iStep>(a, m, b, j, k) / 1000, 0, iMax);
+    });
 }
 
 // One interior line of threshold sharpening: the convolution where the sample differs from the mean of
@@ -145,19 +234,19 @@ void ThresholdLine(const uint8_t* pAbove, const uint8_t* pLine, const uint8_t* p
     const TSample* a = reinterpret_cast<const TSample*>(pAbove);
     const TSample* m = reinterpret_cast<const TSample*>(pLine);
     const TSample* b = reinterpret_cast<const TSample*>(pBelow);
+    TSample* d = reinterpret_cast<TSample*>(pDstLine);
     uint32_t k[9];
     for (int i = 0; i < 9; ++i) k[i] = job.k[i];
     const int32_t iMax = job.iMax, iLimit9 = job.iLimit9;
-    WriteInterior<TIsa, TSample, iChannels, iStep, bLut>(
-        reinterpret_cast<TSample*>(pDstLine), dwWidth, job.apTables, [&](size_t j) {
-            const size_t l = j - iStep, r = j + iStep;
-            const int32_t centre = m[j];
-            const int32_t nine =
-                int32_t(a[l] + a[j] + a[r]) + int32_t(m[l] + m[j] + m[r]) + int32_t(b[l] + b[j] + b[r]);
-            const int32_t diff = 9 * centre - nine, contrast = diff < 0 ? -diff : diff;
-            const int32_t sharpened = Weighted3x3<TIsa, false, iStep>(a, m, b, j, k) / 1000;
-            return ClampTo<TIsa, int32_t>(contrast > iLimit9 ? sharpened : centre, 0, iMax);
-        });
+    const size_t begin = VectorInterior<TIsa, TSample, iStep, false, true>(a, m, b, d, dwWidth, k, iLimit9);
+    WriteInterior<TIsa, TSample, iChannels, iStep, bLut>(d, begin, dwWidth, job.apTables, [&](size_t j) {
+        const size_t l = j - iStep, r = j + iStep;
+        const int32_t centre = m[j];
+        const int32_t nine = int32_t(a[l] + a[j] + a[r]) + int32_t(m[l] + m[j] + m[r]) + int32_t(b[l] + b[j] + b[r]);
+        const int32_t diff = 9 * centre - nine, contrast = diff < 0 ? -diff : diff;
+        const int32_t sharpened = Weighted3x3<TIsa, false, iStep>(a, m, b, j, k) / 1000;
+        return ClampTo<TIsa, int32_t>(contrast > iLimit9 ? sharpened : centre, 0, iMax);
+    });
 }
 
 // One format and its workers: by LUT for the correction, by cross kernel and LUT for the convolution.
@@ -235,20 +324,32 @@ constexpr TConvolutionFormat kConvolutionFormats[kConvolutionFormatCount] = {
     ConvolutionRow<TIsa, uint16_t, 1, 1>(KaipPixelFormat_Mono16, 65535, 0),
 };
 
-// The same tables compiled for SSE4.2 (matrix_sse4.cpp) and AVX2 (matrix_avx2.cpp); SelectFormats
-// picks the widest one that g_SSEChecker allows.
+// The same tables with the 8-bit kernels in SSE2 registers (matrix_sse2.cpp), compiled for SSE4.2
+// (matrix_sse4.cpp) and with AVX2 registers (matrix_avx2.cpp); FindFormatRow picks the widest one that
+// g_SSEChecker allows.
+// Defines them for a file's tag: g_pCorrectionFormats##Name and g_pConvolutionFormats##Name. Addresses
+// only: nothing of these tables runs before the callers have checked the gate.
+#define KAIP_MATRIX_TABLES(Tag, Name)                                                    \
+    const TCorrectionFormat* const g_pCorrectionFormats##Name = kCorrectionFormats<Tag>; \
+    const TConvolutionFormat* const g_pConvolutionFormats##Name = kConvolutionFormats<Tag>;
+extern const TCorrectionFormat* const g_pCorrectionFormatsSse2;
+extern const TConvolutionFormat* const g_pConvolutionFormatsSse2;
 extern const TCorrectionFormat* const g_pCorrectionFormatsSse4;
 extern const TConvolutionFormat* const g_pConvolutionFormatsSse4;
 extern const TCorrectionFormat* const g_pCorrectionFormatsAvx2;
 extern const TConvolutionFormat* const g_pConvolutionFormatsAvx2;
 
-// The row of a format in the table of the widest instruction set allowed, or null. File-local, so
-// that no copy of it is built with wider instructions.
+// The row of a format in the table of the widest instruction set allowed (the baseline's without
+// bVector), or null. File-local, so that no copy of it is built with wider instructions.
 template <typename TRow>
-static const TRow* FindFormatRow(const TRow* pBaseline, const TRow* pSse4, const TRow* pAvx2, size_t n,
-                                 uint32_t dwPixelFormat)
+static const TRow* FindFormatRow(const TRow* pBaseline, const TRow* pSse2, const TRow* pSse4, const TRow* pAvx2,
+                                 size_t n, uint32_t dwPixelFormat, bool bVector = true)
 {
-    const TRow* pRows = g_SSEChecker.UseAVX2() ? pAvx2 : g_SSEChecker.m_bUseSSE4 ? pSse4 : pBaseline;
+    const TRow* pRows = !bVector                  ? pBaseline
+                        : g_SSEChecker.UseAVX2()  ? pAvx2
+                        : g_SSEChecker.m_bUseSSE4 ? pSse4
+                        : g_SSEChecker.m_bUseSSE2 ? pSse2
+                                                  : pBaseline;
     for (size_t i = 0; i < n; ++i)
         if (pRows[i].dwPixelFormat == dwPixelFormat) return &pRows[i];
     return nullptr;

@@ -107,6 +107,45 @@ TEST(Apply3x3Convolution, MatchesModelOnRandomImages)
     }
 }
 
+// The vector workers of the 8-bit formats write exactly the baseline's bytes, for plain and threshold
+// sharpening: every width (every tail), both line orders, padded lines, with and without a LUT, weights
+// of 16 bits (the vector case) and now and then a larger one, and in place (where the baseline's run).
+TEST(Apply3x3Convolution, VectorWorkersWriteTheBaselineBytes)
+{
+    uint32_t seed = 50000;
+    for (const TConvFormat& f : kFormats) {
+        if (f.bytes != 1) continue;
+        for (uint32_t w : TwinWidths()) {
+            for (uint32_t flags : {0u, KaipImgFlag_BottomUp}) {
+                ++seed;
+                std::mt19937 gen(seed);
+                const auto k = RandomKernel(gen, gen() % 2 == 0);
+                const bool bThreshold = gen() % 2, bLut = gen() % 3 == 0, bInPlace = gen() % 8 == 0;
+                const int32_t threshold = int32_t(gen() % 60) - 5;
+                SCOPED_TRACE(testing::Message()
+                             << "seed " << seed << " format 0x" << std::hex << f.code << std::dec << " width " << w
+                             << " flags " << flags << " threshold " << (bThreshold ? threshold : -2) << " lut " << bLut
+                             << " in place " << bInPlace);
+                RandomLut lut(8, seed);
+                const KaipHLut hLut = bLut ? lut.Handle() : nullptr;
+                ExpectBaselineBytes(
+                    [&] {
+                        std::vector<std::unique_ptr<GuardedImage>> images;
+                        images.push_back(MakeImage(w, 5, f.code, f.PixelBytes(), flags, 1 + seed % 5, seed));
+                        images.push_back(MakeImage(w, 5, f.code, f.PixelBytes(), flags, 3, 0));
+                        return images;
+                    },
+                    [&](std::vector<std::unique_ptr<GuardedImage>>& images) {
+                        KaipImgInfo* pSrc = &images[0]->info;
+                        KaipImgInfo* pDst = bInPlace ? pSrc : &images[1]->info;
+                        return bThreshold ? Kaip3x3ThresholdSharpening(pSrc, pDst, k.data(), threshold, 0, hLut)
+                                          : KaipApply3x3Convolution(pSrc, pDst, k.data(), 0, hLut);
+                    });
+            }
+        }
+    }
+}
+
 TEST(Apply3x3Convolution, WorkedValues)
 {
     const int32_t identity[9] = {0, 0, 0, 0, 1000, 0, 0, 0, 0};

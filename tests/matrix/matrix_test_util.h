@@ -112,8 +112,8 @@ private:
     TModelLut m_tables;
 };
 
-// The configured SIMD level for one scope: 0 runs the baseline workers, 3 the SSE4.2 ones and 4 the
-// AVX2 ones (each as far as the processor has them).
+// The configured SIMD level for one scope: 0 runs the baseline workers, 1 the SSE2 ones, 3 the SSE4.2
+// ones and 4 the AVX2 ones (each as far as the processor has them).
 class ScopedSimdLevel {
 public:
     explicit ScopedSimdLevel(int level) : m_saved(g_SSEChecker.m_iSIMDLevel) { Set(level); }
@@ -127,4 +127,40 @@ private:
     }
     int m_saved;
 };
-constexpr int kSimdLevels[] = {0, 3, 4};
+constexpr int kSimdLevels[] = {0, 1, 3, 4};
+
+// Every width up to 64 (every tail of every register width) and a few large ones.
+inline std::vector<uint32_t> TwinWidths()
+{
+    std::vector<uint32_t> widths;
+    for (uint32_t w = 0; w <= 64; ++w) widths.push_back(w);
+    for (uint32_t w : {641u, 1000u, 2448u}) widths.push_back(w);
+    return widths;
+}
+
+// Runs `run` at SIMD level 0 (the baseline workers) and at every vector level, each time on images
+// made afresh by `make` (the same each time), and expects the baseline's status and every byte of the
+// images, padding included.
+template <class TMake, class TRun>
+void ExpectBaselineBytes(TMake make, TRun run)
+{
+    KaipStatus baselineStatus = KASTATUS_OK;
+    std::vector<uint8_t> baseline;
+    for (int level : kSimdLevels) {
+        std::vector<std::unique_ptr<GuardedImage>> images = make();
+        KaipStatus status;
+        {
+            ScopedSimdLevel simd(level);
+            status = run(images);
+        }
+        std::vector<uint8_t> bytes;
+        for (const auto& image : images)
+            bytes.insert(bytes.end(), image->buffer.data(), image->buffer.data() + image->buffer.size());
+        if (level == 0) {
+            baselineStatus = status, baseline = std::move(bytes);
+        } else {
+            ASSERT_EQ(status, baselineStatus) << "level " << level;
+            ASSERT_EQ(bytes, baseline) << "level " << level;
+        }
+    }
+}
