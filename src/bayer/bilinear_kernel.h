@@ -101,26 +101,30 @@ struct V128 {
             _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 32), mix(bm2, gm2, rm2));
 #endif
         } else {
-            // SSE2 alone: four-byte pixels squeezed to three, two per 64-bit half, each half stored as 8 bytes
-            // of which the next store overwrites the 2 beyond its 6; the last half writes 4 + 2 bytes so
-            // nothing beyond the 16 pixels is touched.
+            // SSE2 alone: the four-byte pixels go out through general registers, each stored whole at
+            // its three-byte place so the next one overwrites its zero byte; the last pixel is
+            // stored in two and one bytes, so nothing beyond the 16 pixels is touched. The vector
+            // unit is left the arithmetic.
             T q[4];
             Quads(b, g, r, q);
-            const T keep0 = _mm_set1_epi64x(0xFFFFFF), keep1 = _mm_set1_epi64x(0xFFFFFF000000);
             for (int i = 0; i < 4; ++i) {
-                const T v = _mm_or_si128(_mm_and_si128(q[i], keep0), _mm_and_si128(_mm_srli_epi64(q[i], 8), keep1));
-                _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 12 * i), v);
+                const uint64_t lo = uint64_t(_mm_cvtsi128_si64(q[i]));
+                const uint64_t hi = uint64_t(_mm_cvtsi128_si64(_mm_unpackhi_epi64(q[i], q[i])));
+                uint8_t* d = p + 12 * i;
+                Store32(d, uint32_t(lo));
+                Store32(d + 3, uint32_t(lo >> 32));
+                Store32(d + 6, uint32_t(hi));
                 if (i < 3) {
-                    _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 12 * i + 6), _mm_unpackhi_epi64(v, v));
+                    Store32(d + 9, uint32_t(hi >> 32));
                 } else {
-                    const uint32_t four = uint32_t(_mm_cvtsi128_si32(_mm_srli_si128(v, 8)));
-                    const uint16_t two = uint16_t(_mm_extract_epi16(v, 6));
-                    std::memcpy(p + 42, &four, 4);
-                    std::memcpy(p + 46, &two, 2);
+                    const uint16_t two = uint16_t(hi >> 32);
+                    std::memcpy(d + 9, &two, 2);
+                    d[11] = uint8_t(hi >> 48);
                 }
             }
         }
     }
+    static void Store32(uint8_t* p, uint32_t v) { std::memcpy(p, &v, 4); }
 };
 
 #if defined(__AVX2__)
@@ -446,27 +450,33 @@ auto LineWorker(uint32_t dwBits, bool bIdentity, const TBayerLut& lut)
     return dwBits == 10 ? TLineFn(IdentityLineDeep<V, 10, DstBytes>) : TLineFn(IdentityLineDeep<V, 12, DstBytes>);
 }
 
-// The interior lines: whole blocks of V::N pixels from column 1, the last block's right
-// neighbours still inside the line (column w-1 at the most).
+// The interior lines: whole blocks of V::N pixels from column 1, then one more block ending at
+// column w-2 (its right neighbours at w-1) that rewrites the same bytes where it overlaps, so the
+// scalar rule is left nothing. Lines of fewer than V::N interior columns stay scalar.
 template <class V>
 uint32_t BilinearInterior(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwBits,
                           uint32_t dwDstBytes, const TBayerLut& lut, bool bIdentity)
 {
-    if (dwWidth < 2 || dwHeight < 3) return 1;
-    const uint32_t x0 = 1, x1 = x0 + (dwWidth - 2) / V::N * V::N;
+    if (dwWidth < V::N + 2 || dwHeight < 3) return 1;
+    const uint32_t x0 = 1, xEnd = dwWidth - 1, x1 = x0 + (xEnd - x0) / V::N * V::N, xTail = xEnd - V::N;
     const auto line =
         dwDstBytes == 3 ? LineWorker<V, 3>(dwBits, bIdentity, lut) : LineWorker<V, 4>(dwBits, bIdentity, lut);
-    if (x1 == x0 || !line) return x0;
+    if (!line) return x0;
     // Column x0 is odd: a red column when the column toggle is set.
     const bool bRedColumnFirst = p.bShiftColumn;
     for (uint32_t y = 1; y + 1 < dwHeight; ++y) {
         const uint8_t* pCur = p.pSrc + size_t(y) * p.dwSrcLineIncrement;
+        const uint8_t* pUp = pCur - p.dwSrcLineIncrement;
+        const uint8_t* pDown = pCur + p.dwSrcLineIncrement;
+        uint8_t* pOut = p.pDst + size_t(y) * p.dwDstLineIncrement;
         const bool bRedLine = ((y & 1) != 0) == p.bShiftLine;
-        const TLineSites s{bRedLine, bRedLine == bRedColumnFirst};
-        line(pCur - p.dwSrcLineIncrement, pCur, pCur + p.dwSrcLineIncrement, p.pDst + size_t(y) * p.dwDstLineIncrement,
-             x0, x1, s, lut);
+        const bool bColourFirst = bRedLine == bRedColumnFirst;
+        line(pUp, pCur, pDown, pOut, x0, x1, TLineSites{bRedLine, bColourFirst}, lut);
+        if (x1 < xEnd) {
+            line(pUp, pCur, pDown, pOut, xTail, xEnd, TLineSites{bRedLine, bColourFirst != ((xTail - x0) & 1)}, lut);
+        }
     }
-    return x1;
+    return xEnd;
 }
 
 }  // namespace

@@ -78,7 +78,8 @@ TEST(BilinearInterior8Simd, EveryLevelWritesTheScalarBytes)
     }
 }
 
-// Closed gates: nothing written, every column left to the scalar rule; open, whole blocks only.
+// Closed gates: nothing written, every column left to the scalar rule; open, every interior column
+// once a line holds one whole block.
 TEST(BilinearInterior8Simd, ClosedGatesWriteNothing)
 {
     const BayerImage src(100, 6, 8, false, true, 5);
@@ -93,8 +94,9 @@ TEST(BilinearInterior8Simd, ClosedGatesWriteNothing)
         EXPECT_EQ(Whole(*dst), before);
     }
     CSimdLevel sse2(1);
-    EXPECT_EQ(BilinearInterior_intr(planes, 100, 6, 8, 3, lut, true), g_SSEChecker.m_bUseSSE2 ? 97u : 1u);
+    EXPECT_EQ(BilinearInterior_intr(planes, 100, 6, 8, 3, lut, true), g_SSEChecker.m_bUseSSE2 ? 99u : 1u);
     EXPECT_EQ(BilinearInterior_intr(planes, 17, 6, 8, 3, lut, true), 1u);     // 15 interior columns: no whole block
+    EXPECT_EQ(BilinearInterior_intr(planes, 18, 6, 8, 3, lut, true), g_SSEChecker.m_bUseSSE2 ? 17u : 1u);
     EXPECT_EQ(BilinearInterior_intr(planes, 100, 6, 12, 3, lut, false), 1u);  // tables at 12 bits stay scalar
 }
 
