@@ -4,6 +4,7 @@
 
 #include "bayer/bayer.h"
 #include "bayer/decoder_window.h"
+#include "bayer/variable_gradients.h"
 
 namespace {
 
@@ -68,9 +69,9 @@ inline __attribute__((always_inline)) TDirection<T> Diagonal(const P& p, T c)
 // the pixel's sample plus the mean colour difference over them, rounded once and clamped.
 // `first` is green at red and blue columns and the colour beside the pixel at green ones,
 // `second` the opposite colour and the colour above and below. Gradients stay below 2^15 at
-// every depth; the sums fit 16 bits only with 8-bit samples. The quotient, at most 4095 with a
-// divisor of at most 32, is exact in float. Without partial redundancy elimination, which
-// would carry loads from one column to the next, the loop vectorises (WithAvx2 likewise).
+// every depth; the sums fit 16 bits only with 8-bit samples. The rounded mean is a multiply
+// by a reciprocal (RoundedMean). Without partial redundancy elimination, which would carry
+// loads from one column to the next, the loop vectorises (WithAvx2 likewise).
 template <unsigned Bits, bool Green, int Par, class T>
 __attribute__((optimize("no-tree-pre"))) void Estimates(const TSplitWindow<T>& __restrict win, uint32_t count,
                                                         int32_t* __restrict pFirst, int32_t* __restrict pSecond)
@@ -96,11 +97,8 @@ __attribute__((optimize("no-tree-pre"))) void Estimates(const TSplitWindow<T>& _
             b = T(b + ((bSwap ? d[k].second : d[k].third) & take));
         }
         const T n4 = T(4 * taken), top = T(n4 * T(TDepth<Bits>::kMask1));
-        const int32_t numA = std::min(std::max(T(n4 * c + a - own), T(0)), top);
-        const int32_t numB = std::min(std::max(T(n4 * c + b - own), T(0)), top);
-        const float divisor = float(int32_t(n4));
-        pFirst[j] = int32_t(float(numA + n4 / 2) / divisor);
-        pSecond[j] = int32_t(float(numB + n4 / 2) / divisor);
+        pFirst[j] = RoundedMean(std::min(std::max(T(n4 * c + a - own), T(0)), top), taken);
+        pSecond[j] = RoundedMean(std::min(std::max(T(n4 * c + b - own), T(0)), top), taken);
     }
 }
 
