@@ -127,6 +127,38 @@ int Convert_YCbCr422_8_to_RGB32_intr(KAIP_LINE_PARAMS, bool bReverseLines)
                   bReverseLines);
 }
 
+int SwapColor8Data_sse2(KAIP_LINE_PARAMS, bool bReverseLines)
+{
+    return UseSSE2() && sse2::SwapColor8Data(KAIP_LINE_ARGS, bReverseLines);
+}
+
+int Convert_Mono8_to_BGR24_sse2(KAIP_LINE_PARAMS, bool bReverseLines)
+{
+    return UseSSE2() && sse2::Convert_Mono8_to_BGR24(KAIP_LINE_ARGS, bReverseLines);
+}
+
+int Convert_BGR24_to_BGR32_sse2(KAIP_LINE_PARAMS, bool bReverseLines)
+{
+    return UseSSE2() && sse2::Convert_BGR24_to_BGR32(KAIP_LINE_ARGS, bReverseLines);
+}
+
+int Convert_RGB24_to_BGR32_sse2(KAIP_LINE_PARAMS, bool bReverseLines)
+{
+    return UseSSE2() && sse2::Convert_RGB24_to_BGR32(KAIP_LINE_ARGS, bReverseLines);
+}
+
+int Convert_MonoPacked_to_Mono8_sse2(KAIP_LINE_PARAMS, uint32_t, uint32_t, bool bReverseLines)
+{
+    return UseSSE2() && sse2::Convert_MonoPacked_to_Mono8(KAIP_LINE_ARGS, bReverseLines);
+}
+
+int Convert_MonoMipi_to_Mono8_sse2(KAIP_LINE_PARAMS, uint32_t dwSrcBits, uint32_t, bool bReverseLines)
+{
+    if (!UseSSE2()) return 0;
+    if (dwSrcBits == 10) return sse2::Convert_MonoMipi10_to_Mono8(KAIP_LINE_ARGS, bReverseLines);
+    return dwSrcBits == 12 && sse2::Convert_MonoMipi12_to_Mono8(KAIP_LINE_ARGS, bReverseLines);
+}
+
 #else  // not x86: the scalar members do all the work
 
 #pragma GCC diagnostic ignored "-Wunused-parameter"
@@ -146,6 +178,12 @@ int Convert_YCbCr422_8_to_BGR24_intr(KAIP_LINE_PARAMS, bool) { return 0; }
 int Convert_YCbCr422_8_to_RGB24_intr(KAIP_LINE_PARAMS, bool) { return 0; }
 int Convert_YCbCr422_8_to_BGR32_intr(KAIP_LINE_PARAMS, bool) { return 0; }
 int Convert_YCbCr422_8_to_RGB32_intr(KAIP_LINE_PARAMS, bool) { return 0; }
+int SwapColor8Data_sse2(KAIP_LINE_PARAMS, bool) { return 0; }
+int Convert_Mono8_to_BGR24_sse2(KAIP_LINE_PARAMS, bool) { return 0; }
+int Convert_BGR24_to_BGR32_sse2(KAIP_LINE_PARAMS, bool) { return 0; }
+int Convert_RGB24_to_BGR32_sse2(KAIP_LINE_PARAMS, bool) { return 0; }
+int Convert_MonoPacked_to_Mono8_sse2(KAIP_LINE_PARAMS, uint32_t, uint32_t, bool) { return 0; }
+int Convert_MonoMipi_to_Mono8_sse2(KAIP_LINE_PARAMS, uint32_t, uint32_t, bool) { return 0; }
 // clang-format on
 
 #endif

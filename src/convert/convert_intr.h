@@ -20,3 +20,13 @@ int Convert_YCbCr422_8_to_BGR24_intr(KAIP_LINE_PARAMS, bool bReverseLines);
 int Convert_YCbCr422_8_to_RGB24_intr(KAIP_LINE_PARAMS, bool bReverseLines);
 int Convert_YCbCr422_8_to_BGR32_intr(KAIP_LINE_PARAMS, bool bReverseLines);
 int Convert_YCbCr422_8_to_RGB32_intr(KAIP_LINE_PARAMS, bool bReverseLines);
+
+// The SSE2 builds of the members whose variant above asks for SSSE3, which the member tries when that
+// variant's gate is closed: non-zero when the SSE2 switch is on and the whole image was converted (the
+// scalar member's bytes, the same store policy), 0 otherwise.
+int SwapColor8Data_sse2(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_Mono8_to_BGR24_sse2(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_BGR24_to_BGR32_sse2(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_RGB24_to_BGR32_sse2(KAIP_LINE_PARAMS, bool bReverseLines);
+int Convert_MonoPacked_to_Mono8_sse2(KAIP_LINE_PARAMS, uint32_t dwSrcBits, uint32_t dwDstBits, bool bReverseLines);
+int Convert_MonoMipi_to_Mono8_sse2(KAIP_LINE_PARAMS, uint32_t dwSrcBits, uint32_t dwDstBits, bool bReverseLines);

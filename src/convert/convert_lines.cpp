@@ -32,7 +32,8 @@ void CopyBitmapData(KAIP_LINE_PARAMS, bool bReverseLines)
 
 void SwapColor8Data(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (SwapColor8Data_intr(KAIP_LINE_ARGS, bReverseLines)) return;
+    if (SwapColor8Data_intr(KAIP_LINE_ARGS, bReverseLines) || SwapColor8Data_sse2(KAIP_LINE_ARGS, bReverseLines))
+        return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RRGB24{}, WBGR24{});
 }
 
@@ -117,13 +118,17 @@ void Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRever
 // Every pixel, the last one of an odd line from its high byte alone.
 void Convert_MonoPacked_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, uint32_t dwDstBits, bool bReverseLines)
 {
-    if (Convert_MonoPacked_to_Mono8_intr(KAIP_LINE_ARGS, dwSrcBits, dwDstBits, bReverseLines)) return;
+    if (Convert_MonoPacked_to_Mono8_intr(KAIP_LINE_ARGS, dwSrcBits, dwDstBits, bReverseLines) ||
+        Convert_MonoPacked_to_Mono8_sse2(KAIP_LINE_ARGS, dwSrcBits, dwDstBits, bReverseLines))
+        return;
     ConvertImage<true>(KAIP_LINE_ARGS, bReverseLines, RPacked<8>{}, WMono8{});
 }
 
 void Convert_MonoMipi_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, uint32_t dwDstBits, bool bReverseLines)
 {
-    if (Convert_MonoMipi_to_Mono8_intr(KAIP_LINE_ARGS, dwSrcBits, dwDstBits, bReverseLines)) return;
+    if (Convert_MonoMipi_to_Mono8_intr(KAIP_LINE_ARGS, dwSrcBits, dwDstBits, bReverseLines) ||
+        Convert_MonoMipi_to_Mono8_sse2(KAIP_LINE_ARGS, dwSrcBits, dwDstBits, bReverseLines))
+        return;
     if (dwSrcBits == 10) return ConvertImage(KAIP_LINE_ARGS, bReverseLines, RMipi10<8>{}, WMono8{});
     if (dwSrcBits == 12) return ConvertImage(KAIP_LINE_ARGS, bReverseLines, RMipi12<8>{}, WMono8{});
     LogEachLine(dwHeight, "%s: source pixel format not supported (iSrcUsedBitsPerPixel!=10)", __func__);
@@ -201,7 +206,9 @@ void Convert_MonoWord_to_BGR16(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRever
 
 void Convert_Mono8_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (Convert_Mono8_to_BGR24_intr(KAIP_LINE_ARGS, bReverseLines)) return;
+    if (Convert_Mono8_to_BGR24_intr(KAIP_LINE_ARGS, bReverseLines) ||
+        Convert_Mono8_to_BGR24_sse2(KAIP_LINE_ARGS, bReverseLines))
+        return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RMono8{}, WBGR24{});
 }
 
@@ -303,13 +310,17 @@ void Convert_BGR16_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
 
 void Convert_BGR24_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (Convert_BGR24_to_BGR32_intr(KAIP_LINE_ARGS, bReverseLines)) return;
+    if (Convert_BGR24_to_BGR32_intr(KAIP_LINE_ARGS, bReverseLines) ||
+        Convert_BGR24_to_BGR32_sse2(KAIP_LINE_ARGS, bReverseLines))
+        return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR24{}, WBGR32{});
 }
 
 void Convert_RGB24_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (Convert_RGB24_to_BGR32_intr(KAIP_LINE_ARGS, bReverseLines)) return;
+    if (Convert_RGB24_to_BGR32_intr(KAIP_LINE_ARGS, bReverseLines) ||
+        Convert_RGB24_to_BGR32_sse2(KAIP_LINE_ARGS, bReverseLines))
+        return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RRGB24{}, WBGR32Kept{});
 }
 

@@ -14,21 +14,10 @@
 namespace convert {
 
 // ---------------------------------------------------------------- entry points, one set per instruction set
-
 // Each converts the whole image and returns 1; the caller has checked the gate.
-namespace sse2 {
-int CopyBitmapData(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_Mono8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_RGB32_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bReverseLines);
-int Convert_YCbCr422_8_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_YCbCr422_8_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_YCbCr422_8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_YCbCr422_8_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines);
-}  // namespace sse2
 
 // The converters made of one byte map alone, each with the scalar reader and writer of its line tail and
-// whether the last group is cut at the line end. The SSSE3 and AVX2 builds both instantiate this list.
+// whether the last group is cut at the line end. The SSSE3, AVX2 and SSE2 builds all instantiate this list.
 #define KAIP_BYTE_MAP_CONVERTERS(X)                                        \
     X(SwapColor8Data, MSwap24, RRGB24, WBGR24, false)                      \
     X(Convert_Mono8_to_BGR24, MMono8ToBGR24, RMono8, WBGR24, false)        \
@@ -46,20 +35,29 @@ int Convert_YCbCr422_8_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines);
         return Run<M, R, W, kCut>(dwWidth, dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines); \
     }
 
+// The converters with steps of their own, built for SSE2 and AVX2.
+#define KAIP_OWN_STEP_CONVERTERS                                                             \
+    int CopyBitmapData(KAIP_LINE_PARAMS, bool bReverseLines);                                \
+    int Convert_Mono8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);                        \
+    int Convert_RGB32_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);                        \
+    int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bReverseLines); \
+    int Convert_YCbCr422_8_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines);                   \
+    int Convert_YCbCr422_8_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines);                   \
+    int Convert_YCbCr422_8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);                   \
+    int Convert_YCbCr422_8_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines);
+
+namespace sse2 {
+KAIP_BYTE_MAP_CONVERTERS(KAIP_DECLARE_BYTE_MAP_CONVERTER)
+KAIP_OWN_STEP_CONVERTERS
+}  // namespace sse2
+
 namespace ssse3 {
 KAIP_BYTE_MAP_CONVERTERS(KAIP_DECLARE_BYTE_MAP_CONVERTER)
 }  // namespace ssse3
 
 namespace avx2 {
 KAIP_BYTE_MAP_CONVERTERS(KAIP_DECLARE_BYTE_MAP_CONVERTER)
-int CopyBitmapData(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_Mono8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_RGB32_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bReverseLines);
-int Convert_YCbCr422_8_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_YCbCr422_8_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_YCbCr422_8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_YCbCr422_8_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines);
+KAIP_OWN_STEP_CONVERTERS
 }  // namespace avx2
 
 // ---------------------------------------------------------------- byte maps of the shuffling variants
@@ -100,16 +98,23 @@ struct MMipi10High : TByteMap<4, 5, 4> {
     static constexpr int Src(int n) { return n; }
 };
 
+// The sizes of one step of kStepPixels pixels of a map: whole units, whole 16-byte destination chunks.
+template <class M, uint32_t kStepPixels>
+struct TStep {
+    static constexpr int kPixels = int(kStepPixels), kUnits = kPixels / M::kUnitPixels;
+    static constexpr int kInBytes = kUnits * M::kUnitIn, kOutBytes = kUnits * M::kUnitOut, kChunks = kOutBytes / 16;
+    static_assert(kUnits * M::kUnitPixels == kPixels && kChunks * 16 == kOutBytes && kInBytes >= 16);
+};
+
 // One step of kPixels pixels of a map, cut into 16-byte destination chunks. Each chunk is shuffled from
 // one or two 16-byte source loads that lie inside the step's source bytes (so no load reaches past the
 // end of a line): load a always, load b when the chunk spans more than 16 source bytes. Control bytes
 // with the high bit set give 0. The plan is made while compiling; a map that two loads cannot serve does
 // not compile.
 template <class M, uint32_t kStepPixels>
-struct TGatherPlan {
-    static constexpr int kPixels = int(kStepPixels), kUnits = kPixels / M::kUnitPixels;
-    static constexpr int kInBytes = kUnits * M::kUnitIn, kOutBytes = kUnits * M::kUnitOut, kChunks = kOutBytes / 16;
-    static_assert(kUnits * M::kUnitPixels == kPixels && kChunks * 16 == kOutBytes && kInBytes >= 16);
+struct TGatherPlan : TStep<M, kStepPixels> {
+    using B = TStep<M, kStepPixels>;
+    using B::kChunks, B::kInBytes;
 
     struct TChunk {
         int a = 0, b = 0;
@@ -141,6 +146,52 @@ struct TGatherPlan {
                 ch.ca[j] = bInA ? int8_t(s - ch.a) : int8_t(-128);
                 ch.cb[j] = s >= 0 && !bInA ? int8_t(s - ch.b) : int8_t(-128);
                 if (s >= 0 && !bInA && (s < ch.b || s >= ch.b + 16)) throw "a chunk needs more than two loads";
+            }
+        }
+        return plan;
+    }
+    static constexpr std::array<TChunk, kChunks> kPlan = Make();
+};
+
+// The same step for SSE2, which has no byte shuffle: each 16-byte destination chunk is the OR of masked
+// copies of the step's source seen at a few byte offsets, one part per distinct offset (source byte minus
+// destination byte within the chunk). A part whose 16 bytes would start before the step or end after it
+// loads the nearest 16 bytes inside the step and shifts them into place, so no load leaves the step's
+// source bytes either. Bytes no part fills are 0 (kept from the destination when the map keeps them).
+template <class M, uint32_t kStepPixels>
+struct TShiftPlan : TStep<M, kStepPixels> {
+    using B = TStep<M, kStepPixels>;
+    using B::kChunks, B::kInBytes;
+
+    struct TPart {
+        int base = 0, shift = 0;  // load at base, then move bytes down by shift (up when negative)
+        std::array<uint8_t, 16> mask{};
+    };
+    struct TChunk {
+        int parts = 0;
+        std::array<TPart, 16> part{};
+        std::array<uint8_t, 16> keep{};
+    };
+
+    static constexpr std::array<TChunk, kChunks> Make()
+    {
+        std::array<TChunk, kChunks> plan{};
+        for (int c = 0; c < kChunks; ++c) {
+            TChunk& ch = plan[c];
+            for (int j = 0; j < 16; ++j) {
+                const int n = 16 * c + j, m = M::Src(n % M::kUnitOut);
+                if (m < 0) {
+                    ch.keep[j] = M::kKeep ? 0xFF : 0;
+                    continue;
+                }
+                const int off = n / M::kUnitOut * M::kUnitIn + m - j;
+                int p = 0;
+                while (p < ch.parts && ch.part[p].base + ch.part[p].shift != off) ++p;
+                if (p == ch.parts) {
+                    const int base = off < 0 ? 0 : off > kInBytes - 16 ? kInBytes - 16 : off;
+                    ch.part[ch.parts++] = TPart{base, off - base, {}};
+                }
+                ch.part[p].mask[j] = 0xFF;
             }
         }
         return plan;

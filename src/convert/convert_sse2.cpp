@@ -3,6 +3,7 @@
 #include <emmintrin.h>
 
 #include <cstring>
+#include <utility>
 
 #include "convert/convert_simd.h"
 
@@ -23,8 +24,9 @@ inline __m128i Load(const uint8_t* p)
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
 }
 
-// Whole steps of S::kPixels pixels, then the rest of the line by the scalar member's reader and writer.
-template <class S, class R, class W>
+// Whole steps of S::kPixels pixels, then the rest of the line by the scalar member's reader and writer, with
+// the group cut short at the line end when kCut is set.
+template <class S, class R, class W, bool kCut = false>
 struct KSteps {
     uint32_t dwWidth;
     S step;
@@ -39,6 +41,7 @@ struct KSteps {
         for (uint32_t i = 0; i < steps; ++i, s += S::kInBytes, d += S::kOutBytes) step.template Run<kStream>(s, d);
         R r = rd;
         ConvertGroups(r, wr, steps * S::kPixels / R::kPixels, dwWidth / R::kPixels, pS, pD);
+        if constexpr (kCut) ConvertCutGroup(r, wr, dwWidth, pS, pD);
     }
 };
 
@@ -62,21 +65,112 @@ struct KCopy {
     }
 };
 
-// 16 grey bytes to 16 pixels g, g, g, 0.
-struct SMono8ToBGR32 {
-    static constexpr uint32_t kPixels = 16, kInBytes = 16, kOutBytes = 64;
+// 16 pixels through the byte map M by the parts of its shift plan.
+template <class M>
+struct SShifts {
+    using P = TShiftPlan<M, 16>;
+    static constexpr uint32_t kPixels = 16, kInBytes = P::kInBytes, kOutBytes = P::kOutBytes;
+
+    template <int kShift>
+    static __m128i Shift(__m128i v)
+    {
+        if constexpr (kShift > 0) return _mm_srli_si128(v, kShift);
+        if constexpr (kShift < 0) return _mm_slli_si128(v, -kShift);
+        return v;
+    }
+    template <int kChunk, int kPart>
+    static void AddPart(const uint8_t* s, __m128i& v)
+    {
+        constexpr auto& ch = P::kPlan[kChunk];
+        if constexpr (kPart < ch.parts) {
+            const __m128i x = Shift<ch.part[kPart].shift>(Load(s + ch.part[kPart].base));
+            v = _mm_or_si128(v, _mm_and_si128(x, Load(ch.part[kPart].mask.data())));
+        }
+    }
+    template <int kChunk, int... kPart>
+    static __m128i Chunk(const uint8_t* s, const uint8_t* d, std::integer_sequence<int, kPart...>)
+    {
+        __m128i v = _mm_setzero_si128();
+        (AddPart<kChunk, kPart>(s, v), ...);
+        if constexpr (!M::kKeep) return v;
+        return _mm_or_si128(v, _mm_and_si128(Load(d + 16 * kChunk), Load(P::kPlan[kChunk].keep.data())));
+    }
+    // Every kept byte is read before the step's first store: reading a cache line that a non-temporal
+    // store has begun would flush it half written.
+    template <bool kStream, int... kChunk>
+    static void Chunks(const uint8_t* s, uint8_t* d, std::integer_sequence<int, kChunk...>)
+    {
+        const __m128i v[] = {Chunk<kChunk>(s, d, std::make_integer_sequence<int, 16>{})...};
+        (Store<kStream>(d + 16 * kChunk, v[kChunk]), ...);
+    }
     template <bool kStream>
     void Run(const uint8_t* s, uint8_t* d) const
     {
-        const __m128i g = Load(s), zero = _mm_setzero_si128();
-        const __m128i gg0 = _mm_unpacklo_epi8(g, g), gg1 = _mm_unpackhi_epi8(g, g);
-        const __m128i g00 = _mm_unpacklo_epi8(g, zero), g01 = _mm_unpackhi_epi8(g, zero);
-        Store<kStream>(d, _mm_unpacklo_epi16(gg0, g00));
-        Store<kStream>(d + 16, _mm_unpackhi_epi16(gg0, g00));
-        Store<kStream>(d + 32, _mm_unpacklo_epi16(gg1, g01));
-        Store<kStream>(d + 48, _mm_unpackhi_epi16(gg1, g01));
+        Chunks<kStream>(s, d, std::make_integer_sequence<int, P::kChunks>{});
     }
 };
+
+// 16 pixels of three byte planes to four vectors of 4-byte pixels a, b, c, 0.
+inline void Interleave(__m128i a, __m128i b, __m128i c, __m128i p[4])
+{
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i ab0 = _mm_unpacklo_epi8(a, b), ab1 = _mm_unpackhi_epi8(a, b);
+    const __m128i c0 = _mm_unpacklo_epi8(c, zero), c1 = _mm_unpackhi_epi8(c, zero);
+    p[0] = _mm_unpacklo_epi16(ab0, c0), p[1] = _mm_unpackhi_epi16(ab0, c0);
+    p[2] = _mm_unpacklo_epi16(ab1, c1), p[3] = _mm_unpackhi_epi16(ab1, c1);
+}
+
+// 4 pixels of 4 bytes whose fourth byte is 0 to 12 bytes at the bottom of a vector.
+inline __m128i PackBytes3(__m128i v)
+{
+    const __m128i q = _mm_or_si128(_mm_and_si128(v, _mm_set1_epi64x(0xFFFFFF)),
+                                   _mm_and_si128(_mm_srli_epi64(v, 8), _mm_set1_epi64x(0xFFFFFF000000)));
+    return _mm_or_si128(_mm_and_si128(q, _mm_set_epi64x(0, 0xFFFFFFFFFFFF)),
+                        _mm_and_si128(_mm_srli_si128(q, 2), _mm_set_epi64x(0xFFFFFFFF, int64_t(0xFFFF000000000000))));
+}
+
+// 16 pixels of 4 bytes whose fourth byte is 0 stored as 4 bytes each, or as 3 dropping the fourth.
+template <bool kStream, uint32_t kPixelBytes>
+inline void StorePixels(uint8_t* d, const __m128i p[4])
+{
+    if constexpr (kPixelBytes == 4) {
+        for (int i = 0; i < 4; ++i) Store<kStream>(d + 16 * i, p[i]);
+    } else {
+        const __m128i a = PackBytes3(p[0]), e = PackBytes3(p[1]), f = PackBytes3(p[2]), h = PackBytes3(p[3]);
+        Store<kStream>(d, _mm_or_si128(a, _mm_slli_si128(e, 12)));
+        Store<kStream>(d + 16, _mm_or_si128(_mm_srli_si128(e, 4), _mm_slli_si128(f, 8)));
+        Store<kStream>(d + 32, _mm_or_si128(_mm_srli_si128(f, 8), _mm_slli_si128(h, 4)));
+    }
+}
+
+// 16 grey bytes to 16 pixels g, g, g (and 0 for 4 bytes).
+template <uint32_t kPixelBytes>
+struct SMono8ToBytes {
+    static constexpr uint32_t kPixels = 16, kInBytes = 16, kOutBytes = 16 * kPixelBytes;
+    template <bool kStream>
+    void Run(const uint8_t* s, uint8_t* d) const
+    {
+        const __m128i g = Load(s);
+        __m128i p[4];
+        Interleave(g, g, g, p);
+        StorePixels<kStream, kPixelBytes>(d, p);
+    }
+};
+
+// Bytes 0 and 2 of every 32-bit lane exchanged, byte 1 kept, byte 3 cleared.
+inline __m128i SwapRB(__m128i v)
+{
+    const __m128i low = _mm_set1_epi32(0xFF), green = _mm_set1_epi32(0xFF00);
+    const __m128i rb =
+        _mm_or_si128(_mm_and_si128(_mm_srli_epi32(v, 16), low), _mm_slli_epi32(_mm_and_si128(v, low), 16));
+    return _mm_or_si128(rb, _mm_and_si128(v, green));
+}
+
+// The fourth byte of each of the 4 pixels at d.
+inline __m128i Kept(const uint8_t* d)
+{
+    return _mm_and_si128(Load(d), _mm_set1_epi32(int32_t(0xFF000000)));
+}
 
 // 4 pixels R, G, B, A to B, G, R and the destination's own fourth byte.
 struct SRGB32ToBGR32 {
@@ -84,11 +178,7 @@ struct SRGB32ToBGR32 {
     template <bool kStream>
     void Run(const uint8_t* s, uint8_t* d) const
     {
-        const __m128i v = Load(s), low = _mm_set1_epi32(0xFF), green = _mm_set1_epi32(0xFF00);
-        const __m128i rb =
-            _mm_or_si128(_mm_and_si128(_mm_srli_epi32(v, 16), low), _mm_slli_epi32(_mm_and_si128(v, low), 16));
-        const __m128i kept = _mm_and_si128(Load(d), _mm_set1_epi32(int32_t(0xFF000000)));
-        Store<kStream>(d, _mm_or_si128(_mm_or_si128(rb, _mm_and_si128(v, green)), kept));
+        Store<kStream>(d, _mm_or_si128(SwapRB(Load(s)), Kept(d)));
     }
 };
 
@@ -129,15 +219,6 @@ inline void YCbCrToWords(__m128i s, __m128i& b, __m128i& g, __m128i& r)
     b = _mm_add_epi16(_mm_add_epi16(y, _mm_add_epi16(cb, cb)), bp);
 }
 
-// 4 pixels of 4 bytes whose fourth byte is 0 to 12 bytes at the bottom of a vector.
-inline __m128i PackBytes3(__m128i v)
-{
-    const __m128i q = _mm_or_si128(_mm_and_si128(v, _mm_set1_epi64x(0xFFFFFF)),
-                                   _mm_and_si128(_mm_srli_epi64(v, 8), _mm_set1_epi64x(0xFFFFFF000000)));
-    return _mm_or_si128(_mm_and_si128(q, _mm_set_epi64x(0, 0xFFFFFFFFFFFF)),
-                        _mm_and_si128(_mm_srli_si128(q, 2), _mm_set_epi64x(0xFFFFFFFF, int64_t(0xFFFF000000000000))));
-}
-
 // 16 pixels of YCbCr 4:2:2 to 3 or 4 bytes each in the order O, the fourth byte 0.
 template <TOrder O, uint32_t kPixelBytes>
 struct SYCbCr422 {
@@ -149,23 +230,43 @@ struct SYCbCr422 {
         YCbCrToWords(Load(s), b0, g0, r0);
         YCbCrToWords(Load(s + 16), b1, g1, r1);
         const __m128i b = _mm_packus_epi16(b0, b1), g = _mm_packus_epi16(g0, g1), r = _mm_packus_epi16(r0, r1);
-        const __m128i first = O == kBGR ? b : r, third = O == kBGR ? r : b, zero = _mm_setzero_si128();
-        const __m128i fg0 = _mm_unpacklo_epi8(first, g), fg1 = _mm_unpackhi_epi8(first, g);
-        const __m128i t0 = _mm_unpacklo_epi8(third, zero), t1 = _mm_unpackhi_epi8(third, zero);
-        const __m128i p0 = _mm_unpacklo_epi16(fg0, t0), p1 = _mm_unpackhi_epi16(fg0, t0);
-        const __m128i p2 = _mm_unpacklo_epi16(fg1, t1), p3 = _mm_unpackhi_epi16(fg1, t1);
-        if constexpr (kPixelBytes == 4) {
-            Store<kStream>(d, p0);
-            Store<kStream>(d + 16, p1);
-            Store<kStream>(d + 32, p2);
-            Store<kStream>(d + 48, p3);
-        } else {
-            const __m128i a = PackBytes3(p0), e = PackBytes3(p1), f = PackBytes3(p2), h = PackBytes3(p3);
-            Store<kStream>(d, _mm_or_si128(a, _mm_slli_si128(e, 12)));
-            Store<kStream>(d + 16, _mm_or_si128(_mm_srli_si128(e, 4), _mm_slli_si128(f, 8)));
-            Store<kStream>(d + 32, _mm_or_si128(_mm_srli_si128(f, 8), _mm_slli_si128(h, 4)));
-        }
+        __m128i p[4];
+        Interleave(O == kBGR ? b : r, g, O == kBGR ? r : b, p);
+        StorePixels<kStream, kPixelBytes>(d, p);
     }
+};
+
+// 16 pixels R, G, B to B, G, R and the destination's own fourth byte: spread as BGR24 is, then swapped.
+struct SRGB24ToBGR32 {
+    using Spread = SShifts<MBGR24ToBGR32>;
+    static constexpr uint32_t kPixels = 16, kInBytes = 48, kOutBytes = 64;
+    template <bool kStream, int... kChunk>
+    static void Chunks(const uint8_t* s, uint8_t* d, std::integer_sequence<int, kChunk...>)
+    {
+        // Every kept byte is read before the first store, as in SShifts.
+        const __m128i v[] = {_mm_or_si128(SwapRB(Spread::Chunk<kChunk>(s, d, std::make_integer_sequence<int, 16>{})),
+                                          Kept(d + 16 * kChunk))...};
+        (Store<kStream>(d + 16 * kChunk, v[kChunk]), ...);
+    }
+    template <bool kStream>
+    void Run(const uint8_t* s, uint8_t* d) const
+    {
+        Chunks<kStream>(s, d, std::make_integer_sequence<int, 4>{});
+    }
+};
+
+// The step of a byte map: its shift plan, unless unpacking or a 32-bit swap does it in fewer operations.
+template <class M>
+struct TStepOf {
+    using T = SShifts<M>;
+};
+template <>
+struct TStepOf<MMono8ToBGR24> {
+    using T = SMono8ToBytes<3>;
+};
+template <>
+struct TStepOf<MRGB24ToBGR32> {
+    using T = SRGB24ToBGR32;
 };
 
 template <class S, class R, class W>
@@ -175,7 +276,16 @@ int Run(KAIP_LINE_PARAMS, bool bReverseLines, S step, R rd, W wr)
                     KSteps<S, R, W>{dwWidth, step, rd, wr});
 }
 
+template <class M, class R, class W, bool kCut = false>
+int Run(KAIP_LINE_PARAMS, bool bReverseLines)
+{
+    return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines,
+                    KSteps<typename TStepOf<M>::T, R, W, kCut>{dwWidth, {}, {}, {}});
+}
+
 }  // namespace
+
+KAIP_BYTE_MAP_CONVERTERS(KAIP_DEFINE_BYTE_MAP_CONVERTER)
 
 #define KAIP_LINE_ARGS dwWidth, dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc
 
@@ -188,7 +298,7 @@ int CopyBitmapData(KAIP_LINE_PARAMS, bool bReverseLines)
 
 int Convert_Mono8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    return Run(KAIP_LINE_ARGS, bReverseLines, SMono8ToBGR32{}, RMono8{}, WBGR32{});
+    return Run(KAIP_LINE_ARGS, bReverseLines, SMono8ToBytes<4>{}, RMono8{}, WBGR32{});
 }
 
 int Convert_RGB32_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)

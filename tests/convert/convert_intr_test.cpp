@@ -91,39 +91,20 @@ size_t YCbCr422Bytes(size_t w)
     return 4 * (w / 2);
 }
 
-// Members with bit counts, bound to one depth.
-template <uint32_t kBits>
-int MonoWordIntr(KAIP_LINE_PARAMS, bool b)
+// Members and variants with bit counts, bound to one depth (and Mono8 as the destination).
+template <auto F, uint32_t kBits>
+auto Depth(KAIP_LINE_PARAMS, bool b)
 {
-    return Convert_MonoWord_to_Mono8_intr(KAIP_LINE_ARGS, kBits, b);
+    return F(KAIP_LINE_ARGS, kBits, b);
 }
-template <uint32_t kBits>
-void MonoWordScalar(KAIP_LINE_PARAMS, bool b)
+template <auto F, uint32_t kBits>
+auto Depths(KAIP_LINE_PARAMS, bool b)
 {
-    Convert_MonoWord_to_Mono8(KAIP_LINE_ARGS, kBits, b);
-}
-template <uint32_t kBits>
-int PackedIntr(KAIP_LINE_PARAMS, bool b)
-{
-    return Convert_MonoPacked_to_Mono8_intr(KAIP_LINE_ARGS, kBits, 8, b);
-}
-template <uint32_t kBits>
-void PackedScalar(KAIP_LINE_PARAMS, bool b)
-{
-    Convert_MonoPacked_to_Mono8(KAIP_LINE_ARGS, kBits, 8, b);
-}
-template <uint32_t kBits>
-int MipiIntr(KAIP_LINE_PARAMS, bool b)
-{
-    return Convert_MonoMipi_to_Mono8_intr(KAIP_LINE_ARGS, kBits, 8, b);
-}
-template <uint32_t kBits>
-void MipiScalar(KAIP_LINE_PARAMS, bool b)
-{
-    Convert_MonoMipi_to_Mono8(KAIP_LINE_ARGS, kBits, 8, b);
+    return F(KAIP_LINE_ARGS, kBits, 8, b);
 }
 
-// Copies a line of w bytes (and whatever the smaller line increment adds).
+// The variants, then the SSE2 builds the members use when an SSSE3 gate is closed. CopyBitmapData copies a
+// line of w bytes (and whatever the smaller line increment adds).
 const TCase kCases[] = {
     {"CopyBitmapData", CopyBitmapData_intr, CopyBitmapData, Bytes1, 1, kSSE2},
     {"SwapColor8Data", SwapColor8Data_intr, SwapColor8Data, Bytes3, 3, kSSSE3},
@@ -132,17 +113,36 @@ const TCase kCases[] = {
     {"BGR24_to_BGR32", Convert_BGR24_to_BGR32_intr, Convert_BGR24_to_BGR32, Bytes3, 4, kSSSE3},
     {"RGB24_to_BGR32", Convert_RGB24_to_BGR32_intr, Convert_RGB24_to_BGR32, Bytes3, 4, kSSSE3},
     {"RGB32_to_BGR32", Convert_RGB32_to_BGR32_intr, Convert_RGB32_to_BGR32, Bytes4, 4, kSSE2},
-    {"MonoWord9_to_Mono8", MonoWordIntr<9>, MonoWordScalar<9>, Bytes2, 1, kSSE2},
-    {"MonoWord12_to_Mono8", MonoWordIntr<12>, MonoWordScalar<12>, Bytes2, 1, kSSE2},
-    {"MonoWord16_to_Mono8", MonoWordIntr<16>, MonoWordScalar<16>, Bytes2, 1, kSSE2},
-    {"MonoPacked10_to_Mono8", PackedIntr<10>, PackedScalar<10>, PackedBytes, 1, kSSSE3},
-    {"MonoPacked12_to_Mono8", PackedIntr<12>, PackedScalar<12>, PackedBytes, 1, kSSSE3},
-    {"MonoMipi10_to_Mono8", MipiIntr<10>, MipiScalar<10>, Mipi10Bytes, 1, kSSSE3},
-    {"MonoMipi12_to_Mono8", MipiIntr<12>, MipiScalar<12>, Mipi12Bytes, 1, kSSSE3},
+    {"MonoWord9_to_Mono8", Depth<Convert_MonoWord_to_Mono8_intr, 9>, Depth<Convert_MonoWord_to_Mono8, 9>, Bytes2, 1,
+     kSSE2},
+    {"MonoWord12_to_Mono8", Depth<Convert_MonoWord_to_Mono8_intr, 12>, Depth<Convert_MonoWord_to_Mono8, 12>, Bytes2, 1,
+     kSSE2},
+    {"MonoWord16_to_Mono8", Depth<Convert_MonoWord_to_Mono8_intr, 16>, Depth<Convert_MonoWord_to_Mono8, 16>, Bytes2, 1,
+     kSSE2},
+    {"MonoPacked10_to_Mono8", Depths<Convert_MonoPacked_to_Mono8_intr, 10>, Depths<Convert_MonoPacked_to_Mono8, 10>,
+     PackedBytes, 1, kSSSE3},
+    {"MonoPacked12_to_Mono8", Depths<Convert_MonoPacked_to_Mono8_intr, 12>, Depths<Convert_MonoPacked_to_Mono8, 12>,
+     PackedBytes, 1, kSSSE3},
+    {"MonoMipi10_to_Mono8", Depths<Convert_MonoMipi_to_Mono8_intr, 10>, Depths<Convert_MonoMipi_to_Mono8, 10>,
+     Mipi10Bytes, 1, kSSSE3},
+    {"MonoMipi12_to_Mono8", Depths<Convert_MonoMipi_to_Mono8_intr, 12>, Depths<Convert_MonoMipi_to_Mono8, 12>,
+     Mipi12Bytes, 1, kSSSE3},
     {"YCbCr422_8_to_BGR24", Convert_YCbCr422_8_to_BGR24_intr, Convert_YCbCr422_8_to_BGR24, YCbCr422Bytes, 3, kSSE2},
     {"YCbCr422_8_to_RGB24", Convert_YCbCr422_8_to_RGB24_intr, Convert_YCbCr422_8_to_RGB24, YCbCr422Bytes, 3, kSSE2},
     {"YCbCr422_8_to_BGR32", Convert_YCbCr422_8_to_BGR32_intr, Convert_YCbCr422_8_to_BGR32, YCbCr422Bytes, 4, kSSE2},
     {"YCbCr422_8_to_RGB32", Convert_YCbCr422_8_to_RGB32_intr, Convert_YCbCr422_8_to_RGB32, YCbCr422Bytes, 4, kSSE2},
+    {"SwapColor8Data_sse2", SwapColor8Data_sse2, SwapColor8Data, Bytes3, 3, kSSE2},
+    {"Mono8_to_BGR24_sse2", Convert_Mono8_to_BGR24_sse2, Convert_Mono8_to_BGR24, Bytes1, 3, kSSE2},
+    {"BGR24_to_BGR32_sse2", Convert_BGR24_to_BGR32_sse2, Convert_BGR24_to_BGR32, Bytes3, 4, kSSE2},
+    {"RGB24_to_BGR32_sse2", Convert_RGB24_to_BGR32_sse2, Convert_RGB24_to_BGR32, Bytes3, 4, kSSE2},
+    {"MonoPacked10_to_Mono8_sse2", Depths<Convert_MonoPacked_to_Mono8_sse2, 10>,
+     Depths<Convert_MonoPacked_to_Mono8, 10>, PackedBytes, 1, kSSE2},
+    {"MonoPacked12_to_Mono8_sse2", Depths<Convert_MonoPacked_to_Mono8_sse2, 12>,
+     Depths<Convert_MonoPacked_to_Mono8, 12>, PackedBytes, 1, kSSE2},
+    {"MonoMipi10_to_Mono8_sse2", Depths<Convert_MonoMipi_to_Mono8_sse2, 10>, Depths<Convert_MonoMipi_to_Mono8, 10>,
+     Mipi10Bytes, 1, kSSE2},
+    {"MonoMipi12_to_Mono8_sse2", Depths<Convert_MonoMipi_to_Mono8_sse2, 12>, Depths<Convert_MonoMipi_to_Mono8, 12>,
+     Mipi12Bytes, 1, kSSE2},
 };
 
 struct TShape {
