@@ -5,6 +5,8 @@
 // packed pixel, the red, green or blue site of a Bayer mosaic; it is taken over the pixels whose white
 // sample is above the black one, rounded to nearest. Those are the only pixels corrected; the others keep
 // their input sample as it is.
+#include <emmintrin.h>
+
 #include <algorithm>
 #include <memory>
 #include <new>
@@ -12,6 +14,7 @@
 #include "core/check.h"
 #include "core/common.h"
 #include "core/log.h"
+#include "core/unidef.h"
 #include "matrix/matrix.h"
 
 namespace {
@@ -96,6 +99,121 @@ void CorrectLine(const uint8_t* pSrc, const uint8_t* pBlack, const uint8_t* pWhi
     for (size_t j = whole; j < job.dwSamples; ++j) correct(j, 0);
 }
 
+// The SSE2 workers take 8 samples at a time in 16-bit lanes, for byte samples and words of up to 12
+// bits, in blocks that end at a multiple of 24 samples (a pixel boundary for every step), where the
+// scalar worker goes on. Lane r % 8 of block r / 8 (r below 24, the block's position in the period)
+// belongs to class r % iStep; a fourth sample of a pixel (lanes 3 and 7 with step 4) to none.
+constexpr size_t kPeriod = 24;
+
+template <typename TSample>
+__m128i LoadSamples(const uint8_t* p)
+{
+    if constexpr (sizeof(TSample) == 1) {
+        return _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)), _mm_setzero_si128());
+    } else {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    }
+}
+
+template <int iStep>
+__m128i FourthLanes()
+{
+    return _mm_set1_epi64x(iStep == 4 ? int64_t(0xFFFF000000000000ull) : 0);
+}
+
+// SumLine in SSE2 registers: per class, pmaddwd of the positive differences (and of the lanes where
+// they are positive, -1) by 1 in the lanes of the class; each line's 32-bit sums stay below 2^31.
+template <typename TSample, int iChannels, int iStep>
+void SumLineSse2(const uint8_t* pBlack, const uint8_t* pWhite, const TLineJob& job, uint64_t* pSum, uint64_t* pCount,
+                 uint32_t& dwMaxDiff)
+{
+    constexpr size_t kBytes = sizeof(TSample);
+    alignas(16) int16_t select[iChannels][kPeriod];
+    for (int c = 0; c < iChannels; ++c)
+        for (size_t r = 0; r < kPeriod; ++r) select[c][r] = int16_t(r % iStep == size_t(c));
+    const __m128i mask = _mm_set1_epi16(int16_t(job.dwMask)), zero = _mm_setzero_si128();
+    __m128i sum[iChannels], negativeCount[iChannels], maxDiff = zero;
+    for (int c = 0; c < iChannels; ++c) sum[c] = negativeCount[c] = zero;
+    const size_t end = job.dwSamples / kPeriod * kPeriod;
+    for (size_t i = 0; i < end; i += kPeriod)
+        for (size_t r = 0; r < kPeriod; r += 8) {
+            const size_t j = i + r;
+            const __m128i black = _mm_and_si128(LoadSamples<TSample>(pBlack + j * kBytes), mask);
+            const __m128i white = _mm_and_si128(LoadSamples<TSample>(pWhite + j * kBytes), mask);
+            const __m128i diff =
+                _mm_andnot_si128(FourthLanes<iStep>(), _mm_max_epi16(_mm_sub_epi16(white, black), zero));
+            const __m128i positive = _mm_cmpgt_epi16(diff, zero);
+            for (int c = 0; c < iChannels; ++c) {
+                const __m128i lanes = _mm_load_si128(reinterpret_cast<const __m128i*>(select[c] + r));
+                sum[c] = _mm_add_epi32(sum[c], _mm_madd_epi16(diff, lanes));
+                negativeCount[c] = _mm_add_epi32(negativeCount[c], _mm_madd_epi16(positive, lanes));
+            }
+            maxDiff = _mm_max_epi16(maxDiff, diff);
+        }
+    auto total = [](__m128i v) {
+        alignas(16) int32_t a[4];
+        _mm_store_si128(reinterpret_cast<__m128i*>(a), v);
+        return int64_t(a[0]) + a[1] + a[2] + a[3];
+    };
+    for (int c = 0; c < iChannels; ++c)
+        pSum[c] += uint64_t(total(sum[c])), pCount[c] += uint64_t(-total(negativeCount[c]));
+    alignas(16) int16_t lanes[8];
+    _mm_store_si128(reinterpret_cast<__m128i*>(lanes), maxDiff);
+    for (int16_t v : lanes) dwMaxDiff = std::max(dwMaxDiff, uint32_t(v));
+    const TLineJob rest{uint32_t(job.dwSamples - end), job.dwMask};
+    SumLine<TSample, iChannels, iStep>(pBlack + end * kBytes, pWhite + end * kBytes, rest, pSum, pCount, dwMaxDiff);
+}
+
+// CorrectLine in SSE2 registers. The numerator n = (in - black) x mean + w / 2 is one pmaddwd of
+// (difference, w / 2) by (mean, 1); with at most 12 bits it stays below 2^24 - w, so single-precision
+// division rounded to nearest is exact enough: n / w = q + r / w lies at least 1 / w below q + 1,
+// farther than the rounding reaches while w x (q + 1) <= n + w < 2^24, and truncation gives q.
+// Quotients are saturated to 16 bits before the clamp to the depth; a fourth sample is written back
+// as the destination held it.
+template <typename TSample, int iChannels, int iStep>
+void CorrectLineSse2(const uint8_t* pSrc, const uint8_t* pBlack, const uint8_t* pWhite, uint8_t* pDst,
+                     const TLineJob& job, const uint32_t* pMean, const uint64_t* pRecip, uint32_t dwMaxDiff)
+{
+    constexpr size_t kBytes = sizeof(TSample);
+    auto load = [](const uint8_t* p) { return LoadSamples<TSample>(p); };
+    alignas(16) int32_t meanOne[kPeriod];  // (mean, 1) of each lane's class
+    for (size_t r = 0; r < kPeriod; ++r) meanOne[r] = r % iStep < iChannels ? int32_t(pMean[r % iStep] | 1u << 16) : 0;
+    const __m128i mask = _mm_set1_epi16(int16_t(job.dwMask)), one = _mm_set1_epi16(1);
+    const __m128i maxDiff = _mm_set1_epi16(int16_t(dwMaxDiff)), zero = _mm_setzero_si128();
+    const __m128i fourth = FourthLanes<iStep>();
+    const size_t end = job.dwSamples / kPeriod * kPeriod;
+    for (size_t i = 0; i < end; i += kPeriod)
+        for (size_t r = 0; r < kPeriod; r += 8) {
+            const size_t j = i + r;
+            const __m128i in = load(pSrc + j * kBytes), black = _mm_and_si128(load(pBlack + j * kBytes), mask);
+            const __m128i diff = _mm_max_epi16(_mm_sub_epi16(_mm_and_si128(in, mask), black), zero);
+            const __m128i w = _mm_sub_epi16(_mm_and_si128(load(pWhite + j * kBytes), mask), black);
+            const __m128i wi = _mm_min_epi16(_mm_max_epi16(w, one), maxDiff), half = _mm_srli_epi16(wi, 1);
+            auto quotient = [&](__m128i n, __m128i divisor) {
+                return _mm_cvttps_epi32(_mm_div_ps(_mm_cvtepi32_ps(n), _mm_cvtepi32_ps(divisor)));
+            };
+            const __m128i* pM = reinterpret_cast<const __m128i*>(meanOne + r);
+            const __m128i lo =
+                quotient(_mm_madd_epi16(_mm_unpacklo_epi16(diff, half), pM[0]), _mm_unpacklo_epi16(wi, zero));
+            const __m128i hi =
+                quotient(_mm_madd_epi16(_mm_unpackhi_epi16(diff, half), pM[1]), _mm_unpackhi_epi16(wi, zero));
+            const __m128i q = _mm_min_epi16(_mm_packs_epi32(lo, hi), mask);
+            const __m128i valid = _mm_andnot_si128(fourth, _mm_cmpgt_epi16(w, zero));
+            const __m128i kept =
+                iStep == 4 ? _mm_or_si128(_mm_andnot_si128(fourth, in), _mm_and_si128(fourth, load(pDst + j * kBytes)))
+                           : in;
+            const __m128i out = _mm_or_si128(_mm_and_si128(valid, q), _mm_andnot_si128(valid, kept));
+            if constexpr (kBytes == 1) {
+                _mm_storel_epi64(reinterpret_cast<__m128i*>(pDst + j), _mm_packus_epi16(out, out));
+            } else {
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(pDst + j * 2), out);
+            }
+        }
+    const TLineJob rest{uint32_t(job.dwSamples - end), job.dwMask};
+    CorrectLine<TSample, iChannels, iStep>(pSrc + end * kBytes, pBlack + end * kBytes, pWhite + end * kBytes,
+                                           pDst + end * kBytes, rest, pMean, pRecip, dwMaxDiff);
+}
+
 struct TShadingWorkers {
     int iChannels;  // classes per line
     void (*pfnSum)(const uint8_t*, const uint8_t*, const TLineJob&, uint64_t*, uint64_t*, uint32_t&);
@@ -103,9 +221,19 @@ struct TShadingWorkers {
                        const uint64_t*, uint32_t);
 };
 
-template <typename TSample, int iChannels, int iStep>
-constexpr TShadingWorkers kWorkers = {iChannels, SumLine<TSample, iChannels, iStep>,
-                                      CorrectLine<TSample, iChannels, iStep>};
+template <typename TSample, int iChannels, int iStep, bool bVector>
+constexpr TShadingWorkers kWorkers = {
+    iChannels, bVector ? SumLineSse2<TSample, iChannels, iStep> : SumLine<TSample, iChannels, iStep>,
+    bVector ? CorrectLineSse2<TSample, iChannels, iStep> : CorrectLine<TSample, iChannels, iStep>};
+
+// The workers of a format: mono, Bayer (pairs of sites), packed colour with or without a fourth byte.
+template <bool bVector>
+const TShadingWorkers& WorkersOf(bool bColor, bool bBayer, bool bWords, bool bFourth)
+{
+    return bColor   ? (bFourth ? kWorkers<uint8_t, 3, 4, bVector> : kWorkers<uint8_t, 3, 3, bVector>)
+           : bBayer ? (bWords ? kWorkers<uint16_t, 2, 2, bVector> : kWorkers<uint8_t, 2, 2, bVector>)
+                    : (bWords ? kWorkers<uint16_t, 1, 1, bVector> : kWorkers<uint8_t, 1, 1, bVector>);
+}
 
 // A reference must describe the same samples as the source: size, format and the placement flags.
 KaipStatus CheckReference(const char* pszName, const KaipImgInfo* pRef, const KaipImgInfo& src)
@@ -144,14 +272,13 @@ KaipStatus ApplyShadingCorrection(const KaipImgInfo* pSrcImgInfo, const KaipImgI
     if ((status = CheckReference("pBlackImgInfo", pBlackImgInfo, src)) != KASTATUS_OK) return status;
     if ((status = CheckReference("pWhiteImgInfo", pWhiteImgInfo, src)) != KASTATUS_OK) return status;
 
-    // The workers of the format: mono, Bayer (pairs of sites), packed colour with or without a fourth byte.
     const TPixelFormatInfo& format = *FindPixelFormat(src.PixelFormat);
     const bool bColor = (format.dwCode >> 24) == 0x02, bBayer = format.bBayer;
-    const bool bWords = format.dwPixelIncrement == 2;
+    const bool bWords = format.dwPixelIncrement == 2, bFourth = format.dwPixelIncrement == 4;
+    // Byte samples, and words of up to 12 bits, go through the vector workers.
+    const bool bVector = g_SSEChecker.m_bUseSSE2 && (!bWords || format.dwUsedBits <= 12);
     const TShadingWorkers& workers =
-        bColor   ? (format.dwPixelIncrement == 4 ? kWorkers<uint8_t, 3, 4> : kWorkers<uint8_t, 3, 3>)
-        : bBayer ? (bWords ? kWorkers<uint16_t, 2, 2> : kWorkers<uint8_t, 2, 2>)
-                 : (bWords ? kWorkers<uint16_t, 1, 1> : kWorkers<uint8_t, 1, 1>);
+        bVector ? WorkersOf<true>(bColor, bBayer, bWords, bFourth) : WorkersOf<false>(bColor, bBayer, bWords, bFourth);
     const TLineJob job{src.Width * (bColor ? format.dwPixelIncrement : 1u),
                        bColor ? 0xFFu : uint32_t((1ull << format.dwUsedBits) - 1)};
     const size_t blackInc = pBlackImgInfo->LineIncrement, whiteInc = pWhiteImgInfo->LineIncrement;

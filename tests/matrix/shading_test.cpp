@@ -128,6 +128,38 @@ TEST(ApplyShadingCorrection, MatchesModelOnRandomImages)
     }
 }
 
+// The vector workers write exactly the baseline's bytes: every format, every width up to 64 and a few
+// large ones, both line orders, padded lines, in place and into a sentinel-filled destination.
+TEST(ApplyShadingCorrection, VectorWorkersWriteTheBaselineBytes)
+{
+    uint32_t seed = 60000;
+    for (const TFormat& f : kFormats) {
+        for (uint32_t w : TwinWidths()) {
+            ++seed;
+            const uint32_t flags = seed % 2 ? KaipImgFlag_BottomUp : 0u;
+            const bool inPlace = seed % 3 == 0;
+            SCOPED_TRACE(testing::Message() << "seed " << seed << " format 0x" << std::hex << f.code << std::dec
+                                            << " width " << w << " flags " << flags << " in place " << inPlace);
+            const unsigned pixel = f.bytes * f.step;
+            ExpectBaselineBytes(
+                [&] {
+                    std::mt19937 gen(seed);
+                    std::vector<std::unique_ptr<GuardedImage>> images;
+                    images.push_back(MakeImage(w, 3, f.code, pixel, flags, 1 + seed % 5, seed));
+                    images.push_back(MakeImage(w, 3, f.code, pixel, flags, 2, 0));
+                    images.push_back(MakeImage(w, 3, f.code, pixel, flags, 0, 0));
+                    images.push_back(MakeImage(w, 3, f.code, pixel, flags, 3, 0));
+                    FillReferences(f, images[1]->info, images[2]->info, gen);
+                    return images;
+                },
+                [&](std::vector<std::unique_ptr<GuardedImage>>& images) {
+                    return KaipApplyShadingCorrection(&images[0]->info, &images[1]->info, &images[2]->info,
+                                                      inPlace ? nullptr : &images[3]->info, 0);
+                });
+        }
+    }
+}
+
 TEST(ApplyShadingCorrection, WorkedValues)
 {
     // Differences 100 and 201 have the mean (301 + 1) / 2 = 151: 50 x 151 / 100 = 75.5 rounds to 76,
