@@ -184,36 +184,25 @@ struct V256 {
 
     static void StoreBgr(uint8_t* p, T b, T g, T r)
     {
-        // The shuffles of V128<true>, once per half.
-        const T bm0 =
-            _mm256_broadcastsi128_si256(_mm_setr_epi8(0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1, -1, 5));
-        const T gm0 =
-            _mm256_broadcastsi128_si256(_mm_setr_epi8(-1, 0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1, -1));
-        const T rm0 =
-            _mm256_broadcastsi128_si256(_mm_setr_epi8(-1, -1, 0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1));
-        const T bm1 =
-            _mm256_broadcastsi128_si256(_mm_setr_epi8(-1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1, 10, -1));
-        const T gm1 =
-            _mm256_broadcastsi128_si256(_mm_setr_epi8(5, -1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1, 10));
-        const T rm1 =
-            _mm256_broadcastsi128_si256(_mm_setr_epi8(-1, 5, -1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1));
-        const T bm2 =
-            _mm256_broadcastsi128_si256(_mm_setr_epi8(-1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15, -1, -1));
-        const T gm2 =
-            _mm256_broadcastsi128_si256(_mm_setr_epi8(-1, -1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15, -1));
-        const T rm2 =
-            _mm256_broadcastsi128_si256(_mm_setr_epi8(10, -1, -1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15));
-        auto mix = [&](T mb, T mg, T mr) {
-            return _mm256_or_si256(_mm256_or_si256(_mm256_shuffle_epi8(b, mb), _mm256_shuffle_epi8(g, mg)),
-                                   _mm256_shuffle_epi8(r, mr));
-        };
-        const T o0 = mix(bm0, gm0, rm0), o1 = mix(bm1, gm1, rm1), o2 = mix(bm2, gm2, rm2);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(o0));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 16), _mm256_castsi256_si128(o1));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 32), _mm256_castsi256_si128(o2));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 48), _mm256_extracti128_si256(o0, 1));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 64), _mm256_extracti128_si256(o1, 1));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 80), _mm256_extracti128_si256(o2, 1));
+        // Within each half, pixel i of a channel c goes to byte (3 i + c) mod 16 (3 is odd, so the
+        // places are distinct): output register j then takes, at byte k, the channel (16 j + k) mod 3
+        // of the three shuffled ones, and byte k of it holds pixel (16 j + k) / 3 of that channel.
+        auto both = [](__m128i half) { return _mm256_broadcastsi128_si256(half); };
+        const T b1 = _mm256_shuffle_epi8(b, both(_mm_setr_epi8(0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15, 10, 5)));
+        const T g1 = _mm256_shuffle_epi8(g, both(_mm_setr_epi8(5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15, 10)));
+        const T r1 = _mm256_shuffle_epi8(r, both(_mm_setr_epi8(10, 5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15)));
+        // m[c]: the bytes k with k mod 3 = c; register j takes green at m[(1 + 2 j) mod 3], red at m[(2 + 2 j) mod 3].
+        const T m[3] = {both(_mm_setr_epi8(-1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1)),
+                        both(_mm_setr_epi8(0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0)),
+                        both(_mm_setr_epi8(0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0))};
+        T o[3];
+        for (int j = 0; j < 3; ++j) {
+            o[j] = _mm256_blendv_epi8(_mm256_blendv_epi8(b1, g1, m[(1 + 2 * j) % 3]), r1, m[(2 + 2 * j) % 3]);
+        }
+        // Halves: pixels 0..15 (bytes 0..47), 16..31 (48..95).
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm256_permute2x128_si256(o[0], o[1], 0x20));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(p + 32), _mm256_permute2x128_si256(o[2], o[0], 0x30));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(p + 64), _mm256_permute2x128_si256(o[1], o[2], 0x31));
     }
 };
 #endif
@@ -253,35 +242,36 @@ struct TLineSites {
     bool bColourFirst;  // column x0 (and every second one after it) holds red or blue
 };
 
-// A 256-entry byte table for byte shuffles (SSSE3, AVX2), in two halves of 8 rows of 16. The
-// rows hold differences: d[0] = row 0, d[k] = row k ^ row k-1. Subtracting 16 k from v leaves bit 7
-// clear (and the low nibble intact) exactly for k = 0 .. the high nibble of v when v < 128, so the
-// shuffles' XOR telescopes to the row of v; the upper half does the same with bit 7 of v flipped,
-// and bit 7 of v picks the half.
+// A 256-entry byte table for byte shuffles (SSSE3, AVX2) as two chains of rows of 16, read with
+// the same indices v - 16 k (k = 0..7), which keep the low nibble of v and whose bit 7 (a shuffle
+// gives 0 there) is clear for k = 0 .. the high nibble h of v when v < 128, and for k = h - 7 .. 7
+// when v >= 128. The lower chain holds differences d[k] = row k ^ row k-1, so its XOR telescopes
+// to row h; the upper one starts from row 15 (read with the low nibble alone) and holds
+// e[k] = row 7+k ^ row 8+k, so its XOR telescopes to row h. Bit 7 of v picks the chain. That is
+// 16 shuffles, 7 subtractions and 15 XORs for 256 entries.
 template <class V>
 struct TByteTable {
     typename V::T lower[8], upper[8];
     explicit TByteTable(const uint8_t* pTable)
     {
-        for (int k = 0; k < 8; ++k) {
-            lower[k] = k ? V::Xor(V::Row(pTable + 16 * k), V::Row(pTable + 16 * (k - 1))) : V::Row(pTable);
-            upper[k] =
-                k ? V::Xor(V::Row(pTable + 128 + 16 * k), V::Row(pTable + 128 + 16 * (k - 1))) : V::Row(pTable + 128);
-        }
-    }
-    static typename V::T Half(const typename V::T* d, typename V::T index)
-    {
-        const typename V::T sixteen = V::Set8(16);
-        typename V::T out = V::Shuffle(d[0], index);
+        lower[0] = V::Row(pTable);
+        upper[0] = V::Row(pTable + 240);
         for (int k = 1; k < 8; ++k) {
-            index = V::Sub(index, sixteen);
-            out = V::Xor(out, V::Shuffle(d[k], index));
+            lower[k] = V::Xor(V::Row(pTable + 16 * k), V::Row(pTable + 16 * (k - 1)));
+            upper[k] = V::Xor(V::Row(pTable + 112 + 16 * k), V::Row(pTable + 128 + 16 * k));
         }
-        return out;
     }
     typename V::T operator()(typename V::T v) const
     {
-        return V::Select(V::SignMask(v), Half(upper, V::Xor(v, V::Set8(int8_t(0x80)))), Half(lower, v));
+        const typename V::T sixteen = V::Set8(16);
+        typename V::T index = v, low = V::Shuffle(lower[0], index);
+        typename V::T high = V::Shuffle(upper[0], V::And(v, V::Set8(15)));
+        for (int k = 1; k < 8; ++k) {
+            index = V::Sub(index, sixteen);
+            low = V::Xor(low, V::Shuffle(lower[k], index));
+            high = V::Xor(high, V::Shuffle(upper[k], index));
+        }
+        return V::Select(V::SignMask(v), high, low);
     }
 };
 
@@ -335,6 +325,81 @@ void IdentityLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown,
         } else {
             s.bRedLine ? V::StoreBgra(p, other, g, own) : V::StoreBgra(p, own, g, other);
         }
+    }
+}
+
+// Null LUT into BGR8 with SSE2 alone, where interleaving three byte registers is dear: the block
+// is read as 8 pairs of pixels (e, o) = (x + 2k, x + 2k + 1) in 16-bit lanes, and each pair's six
+// output bytes are put together in three words straight from the means, with no select:
+// W0 = blue, green of e; W1 = red of e, blue of o; W2 = green, red of o. The means, per byte:
+// A = (C[-1] + C[+1]) / 2, Vm = (U[-1] + D[-1]) / 2, Vp = (U[+1] + D[+1]) / 2; at the colour site
+// of a pair the direct mean is that of A and the vertical mean of its own column (Vm one byte up
+// or Vp one byte down), the diagonal one that of Vm and Vp; at its green site A is the mean
+// across and the vertical mean of its column the one up and down. Four line kinds (red or blue
+// line, colour site first or second) take these in different places.
+template <class V, bool bRedLine, bool bColourFirst>
+void PairBlocks(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut, uint32_t x0, uint32_t x1)
+{
+    using T = __m128i;
+    const T one = V::Set8(1), lo = V::Set16(0x00FF), hi = V::Set16(int16_t(0xFF00));
+    auto mean2 = [&](T a, T b, T& odd) {
+        odd = V::And(V::Xor(a, b), one);
+        return V::Sub(V::Avg(a, b), odd);
+    };
+    auto mean4 = [&](T h1, T odd1, T h2, T odd2) {
+        return V::Sub(V::Avg(h1, h2), V::AndNot(V::And(odd1, odd2), V::And(V::Xor(h1, h2), one)));
+    };
+    for (uint32_t x = x0; x < x1; x += V::N) {
+        const T sample = V::Load(pCur + x);
+        T oddA, oddM, oddP;
+        const T across = mean2(V::Load(pCur + x - 1), V::Load(pCur + x + 1), oddA);
+        const T vm = mean2(V::Load(pUp + x - 1), V::Load(pDown + x - 1), oddM);
+        const T vp = mean2(V::Load(pUp + x + 1), V::Load(pDown + x + 1), oddP);
+        const T diagonal = mean4(vm, oddM, vp, oddP);
+        T w0, w1, w2;
+        if constexpr (bColourFirst) {
+            // e: colour site (means in the low bytes), o: green site.
+            const T direct = mean4(across, oddA, _mm_srli_epi16(vm, 8), _mm_srli_epi16(oddM, 8));
+            const T ownE = V::And(sample, lo), otherE = V::And(diagonal, lo), gE = _mm_slli_epi16(direct, 8);
+            const T gO = _mm_srli_epi16(sample, 8), ownO = V::And(across, hi), otherO = _mm_slli_epi16(vp, 8);
+            w0 = V::Or(bRedLine ? otherE : ownE, gE);
+            w1 = bRedLine ? V::Or(ownE, otherO) : V::Or(otherE, ownO);
+            w2 = V::Or(gO, bRedLine ? ownO : otherO);
+        } else {
+            // e: green site, o: colour site (means in the high bytes).
+            const T direct = mean4(across, oddA, _mm_slli_epi16(vp, 8), _mm_slli_epi16(oddP, 8));
+            const T ownE = V::And(across, lo), otherE = _mm_srli_epi16(vm, 8), gE = _mm_slli_epi16(sample, 8);
+            const T gO = _mm_srli_epi16(direct, 8), ownO = V::And(sample, hi), otherO = V::And(diagonal, hi);
+            w0 = V::Or(bRedLine ? otherE : ownE, gE);
+            w1 = bRedLine ? V::Or(ownE, otherO) : V::Or(otherE, ownO);
+            w2 = V::Or(gO, bRedLine ? ownO : otherO);
+        }
+        // Pairs as 64-bit lanes (six bytes and two spare), stored at six-byte steps so that each
+        // store overwrites the spare bytes of the one before; the last goes out as four and two bytes.
+        const T w01Lo = _mm_unpacklo_epi16(w0, w1), w01Hi = _mm_unpackhi_epi16(w0, w1);
+        const T w22Lo = _mm_unpacklo_epi16(w2, w2), w22Hi = _mm_unpackhi_epi16(w2, w2);
+        alignas(16) uint64_t pairs[8];
+        _mm_store_si128(reinterpret_cast<T*>(pairs), _mm_unpacklo_epi32(w01Lo, w22Lo));
+        _mm_store_si128(reinterpret_cast<T*>(pairs + 2), _mm_unpackhi_epi32(w01Lo, w22Lo));
+        _mm_store_si128(reinterpret_cast<T*>(pairs + 4), _mm_unpacklo_epi32(w01Hi, w22Hi));
+        _mm_store_si128(reinterpret_cast<T*>(pairs + 6), _mm_unpackhi_epi32(w01Hi, w22Hi));
+        uint8_t* p = pOut + size_t(x) * 3;
+        for (int k = 0; k < 7; ++k) std::memcpy(p + 6 * k, &pairs[k], 8);
+        std::memcpy(p + 42, &pairs[7], 4);
+        std::memcpy(p + 46, reinterpret_cast<const uint8_t*>(&pairs[7]) + 4, 2);
+    }
+}
+
+template <class V>
+void PairLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut, uint32_t x0, uint32_t x1,
+              TLineSites s, const TBayerLut&)
+{
+    if (s.bRedLine) {
+        s.bColourFirst ? PairBlocks<V, true, true>(pUp, pCur, pDown, pOut, x0, x1)
+                       : PairBlocks<V, true, false>(pUp, pCur, pDown, pOut, x0, x1);
+    } else {
+        s.bColourFirst ? PairBlocks<V, false, true>(pUp, pCur, pDown, pOut, x0, x1)
+                       : PairBlocks<V, false, false>(pUp, pCur, pDown, pOut, x0, x1);
     }
 }
 
@@ -441,6 +506,9 @@ auto LineWorker(uint32_t dwBits, bool bIdentity, const TBayerLut& lut)
 {
     using TLineFn = void (*)(const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*, uint32_t, uint32_t, TLineSites,
                              const TBayerLut&);
+    if constexpr (V::N == 16 && !V::kShuffle && DstBytes == 3) {
+        if (dwBits == 8 && bIdentity) return TLineFn(PairLine<V>);
+    }
     if (dwBits == 8 && bIdentity) return TLineFn(IdentityLine<V, DstBytes>);
     if constexpr (V::kShuffle) {
         if (dwBits == 8 && RepeatsSingleTables(lut)) return TLineFn(IdentityLine<V, DstBytes, true>);
