@@ -1,11 +1,11 @@
 // pixel_grouping.cpp: patterned pixel grouping (Chuan-kai Lin): weighted green, then red and blue by hue transit.
-// by hue transit.
 #include <cstdlib>
 #include <cstring>
 #include <type_traits>
 
 #include "bayer/bayer.h"
 #include "bayer/decoder_window.h"
+#include "bayer/pixel_grouping_simd.h"
 #include "core/log.h"
 #include "platform/os_buffer.h"
 
@@ -140,12 +140,12 @@ __attribute__((optimize("no-tree-pre"))) void ColourEstimates(
 }
 
 // Writes a stretch from the estimates: one LUT read per colour, sites fixed per column pair.
-template <unsigned Bits, uint32_t DstBytes>
+template <unsigned Bits, uint32_t DstBytes, class TEstimate = int32_t>
 struct TGroupingColour {
     struct TLine {
         const uint8_t* pCur;
-        const int32_t* pFirst[2];  // by column pair from x0; [1] at green columns
-        const int32_t* pSecond[2];
+        const TEstimate* pFirst[2];  // by column pair from x0; [1] at green columns
+        const TEstimate* pSecond[2];
         uint32_t x0;
         uint8_t* pOut;
     };
@@ -236,6 +236,93 @@ void RunGrouping(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32
     }
 }
 
+// Line buffers of the 8-bit vector path: 13 lines split by parity (source ring of eight, green
+// ring of three, the first estimates of both parities, the second ones of green columns), each
+// half with a margin of 16 values in front and the loops' overrun behind.
+constexpr size_t kSplitLines = 13, kSplitMargin = 16;
+
+size_t SplitStride(uint32_t w)
+{
+    return (kSplitMargin + (w + 1) / 2 + 48) & ~size_t(15);
+}
+
+// The 8-bit interior in vector loops. Every source line is split into 16-bit halves once, into
+// a ring of eight; the green of line y+1 (estimates at red and blue columns only: nothing reads
+// the green plane at green columns) is made just before the colours of line y. The identity LUT
+// stores the values as they are; other LUTs are read per colour as in the plain path.
+template <uint32_t DstBytes>
+void RunGroupingVector(const TGroupingLoops& v, const TBayerPlanes& p, const TBayerLut& lut, bool bIdentity, uint32_t w,
+                       uint32_t h, int16_t* pBuffer)
+{
+    const size_t stride = SplitStride(w);
+    auto split = [&](size_t slot) {
+        int16_t* q = pBuffer + 2 * slot * stride + kSplitMargin;
+        return TSplitLine{{q, q + stride}};
+    };
+    auto src = [&](uint32_t y) { return split(y & 7); };
+    auto green = [&](uint32_t y) { return split(8 + y % 3); };
+    const TSplitLine first = split(11), second = split(12);
+    auto otherParity = [&](uint32_t y) { return IsRedLine(y, p.bShiftLine) == p.bShiftColumn ? 1 : 0; };
+    uint32_t widened = 0;  // source lines split so far
+    // Green of the second ring: the truncated mean of the four direct neighbours.
+    auto ringGreen = [&](uint32_t y, uint32_t x) {
+        const TSplitLine s = src(y);
+        green(y).half[x & 1][x >> 1] = int16_t((src(y - 1).half[x & 1][x >> 1] + src(y + 1).half[x & 1][x >> 1] +
+                                                s.half[~x & 1][(x - 1) >> 1] + s.half[~x & 1][(x + 1) >> 1]) >>
+                                               2);
+    };
+    auto makeGreen = [&](uint32_t y) {
+        for (; widened <= std::min(y + 2, h - 1); ++widened) {
+            v.split(p.pSrc + size_t(widened) * p.dwSrcLineIncrement, w, src(widened));
+        }
+        const int rb = otherParity(y);
+        if (y == 1 || y == h - 2) {
+            for (uint32_t x = 2 - rb; x < w - 1; x += 2) ringGreen(y, x);
+            return;
+        }
+        const TSplitLine s = src(y);
+        v.green({s.Tap(rb, 0), src(y - 1).Tap(rb, 0), src(y + 1).Tap(rb, 0), s.Tap(rb, -1), s.Tap(rb, 1),
+                 src(y - 2).Tap(rb, 0), src(y + 2).Tap(rb, 0), s.Tap(rb, -2), s.Tap(rb, 2), green(y).half[rb]},
+                (w - 1 - rb) / 2);
+        if (rb == 1) ringGreen(y, 1);
+        if (((w - 2) & 1) == uint32_t(rb)) ringGreen(y, w - 2);
+    };
+    using TColour = TGroupingColour<8, DstBytes, int16_t>;
+    const TSiteLines<TColour> colour(2, p.bShiftColumn);
+    const TColour k{lut};
+    makeGreen(1);
+    makeGreen(2);
+    for (uint32_t y = 2; y < h - 2; ++y) {
+        makeGreen(y + 1);
+        const int rb = otherParity(y), gp = 1 - rb;
+        const TSplitLine s = src(y), g = green(y), up = src(y - 1), down = src(y + 1);
+        const TSplitLine gUp = green(y - 1), gDown = green(y + 1), up2 = src(y - 2), down2 = src(y + 2);
+        v.greenSites({s.Tap(gp, 0), g.Tap(gp, -1), g.Tap(gp, 1), s.Tap(gp, -1), s.Tap(gp, 1), gUp.Tap(gp, 0),
+                      gDown.Tap(gp, 0), up.Tap(gp, 0), down.Tap(gp, 0), first.half[gp], second.half[gp]},
+                     (w - 1 - gp) / 2);
+        v.otherSites({s.Tap(rb, 0), g.Tap(rb, 0), gUp.Tap(rb, -1), gUp.Tap(rb, 1), gDown.Tap(rb, -1), gDown.Tap(rb, 1),
+                      up.Tap(rb, -1), up.Tap(rb, 1), down.Tap(rb, -1), down.Tap(rb, 1), up2.Tap(rb, -2), up2.Tap(rb, 2),
+                      down2.Tap(rb, -2), down2.Tap(rb, 2), first.half[rb]},
+                     (w - 1 - rb) / 2);
+        uint8_t* pOut = p.pDst + size_t(y) * p.dwDstLineIncrement;
+        const uint8_t* pCur = p.pSrc + size_t(y) * p.dwSrcLineIncrement;
+        const bool bRedLine = IsRedLine(y, p.bShiftLine);
+        uint32_t x = 2;
+        if (bIdentity) {
+            // Green columns: first along the line, second across it; the others: first, green, own.
+            TColourPlanes c{};
+            c.g[gp] = s.half[gp], c.g[rb] = g.half[rb];
+            c.b[gp] = (bRedLine ? second : first).half[gp], c.r[gp] = (bRedLine ? first : second).half[gp];
+            c.b[rb] = (bRedLine ? first : s).half[rb], c.r[rb] = (bRedLine ? s : first).half[rb];
+            x = v.storeIdentity(c, 2, w, DstBytes, pOut);  // pixels from w - 2 on: the rings follow
+        }
+        if (x < w - 2) {
+            (bRedLine ? colour.red : colour.blue)(
+                k, {pCur, {first.half[rb], first.half[gp]}, {g.half[rb], second.half[gp]}, 0, pOut}, x, w - 2);
+        }
+    }
+}
+
 }  // namespace
 
 KaipStatus BdPixelGrouping(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo, uint32_t dwDstPixelFormat,
@@ -250,15 +337,27 @@ KaipStatus BdPixelGrouping(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgI
     if (status != KASTATUS_OK) return status;
     const uint32_t w = job.src.Width, h = job.src.Height;
     if (w > 4 && h > 4) {
-        auto* pGreen = static_cast<int32_t*>(oxOsBufferCreateAligned(uint64_t(3) * w * sizeof(int32_t), 64, 0));
-        if (!pGreen) {
-            return Refuse(KASTATUS_KAIP_MEMORY_ALLOC_FAILED, "%s: no memory for three lines of green", pszFunc);
-        }
+        // 8-bit mosaics take the vector loops (16-bit split lines), deeper ones the 32-bit stretches.
+        const bool bVector = job.dwBits == 8 && g_SSEChecker.m_bUseSSE2;
+        const uint64_t qwBytes =
+            bVector ? uint64_t(2) * kSplitLines * SplitStride(w) * sizeof(int16_t) : uint64_t(3) * w * sizeof(int32_t);
+        void* pBuffer = oxOsBufferCreateAligned(qwBytes, 64, 0);
+        if (!pBuffer) return Refuse(KASTATUS_KAIP_MEMORY_ALLOC_FAILED, "%s: no memory for line buffers", pszFunc);
+        std::memset(pBuffer, 0, size_t(qwBytes));  // the loops' overrun reads defined values
         const TBayerPlanes planes = JobPlanes(job);
-        WithDepth(job.dwBits, [&](auto bits) {
-            WithPixelBytes(dwDstBytes, [&](auto bytes) { RunGrouping<bits, bytes>(planes, lut, w, h, pGreen); });
-        });
-        oxOsBufferFree(pGreen);
+        if (bVector) {
+            const TGroupingLoops& loops = g_SSEChecker.UseAVX2() ? g_GroupingAvx2 : g_GroupingSse2;
+            WithPixelBytes(dwDstBytes, [&](auto bytes) {
+                RunGroupingVector<bytes>(loops, planes, lut, hLut == nullptr, w, h, static_cast<int16_t*>(pBuffer));
+            });
+        } else {
+            WithDepth(job.dwBits, [&](auto bits) {
+                WithPixelBytes(dwDstBytes, [&](auto bytes) {
+                    RunGrouping<bits, bytes>(planes, lut, w, h, static_cast<int32_t*>(pBuffer));
+                });
+            });
+        }
+        oxOsBufferFree(pBuffer);
     }
     FinishFrames(job, dwDstBytes, hLut);
     return KASTATUS_OK;

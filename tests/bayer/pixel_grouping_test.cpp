@@ -13,6 +13,21 @@ TEST(BdPixelGrouping, MatchesReferenceForEveryDepthPatternDestinationAndLut)
     ExpectMatchesModel(KaipBdPixelGrouping, PixelGrouping);
 }
 
+// The 8-bit loops divide in float: a numerator below 2^24 by a divisor d up to 2^16 where the
+// quotient is below 256 (the rounded green: 4 weights at most 2^16; hue transit: d below 256).
+// Truncating the rounded quotient is monotonic in the numerator, so it is exact everywhere
+// when it is at both ends of every quotient's range, q d and q d + d - 1.
+TEST(BdPixelGrouping, FloatQuotientsBelow256TruncateExactly)
+{
+    for (uint32_t d = 1; d <= 65536; ++d) {
+        for (uint32_t q = 0; q < 256; ++q) {
+            for (uint32_t num : {q * d, q * d + d - 1}) {
+                ASSERT_EQ(uint32_t(float(num) / float(d)), q) << num << " / " << d;
+            }
+        }
+    }
+}
+
 TEST(BdPixelGrouping, DecodesFlatAndRampImagesExactly)
 {
     ExpectFlatAndRampExact(KaipBdPixelGrouping);

@@ -1,0 +1,50 @@
+// pixel_grouping_simd.h: the vector loops of 8-bit pixel grouping over lines split by column parity.
+#pragma once
+
+#include <cstdint>
+
+// A line of 16-bit values split by column parity: half[p][k] is column 2k + p. Tap gives the
+// pointer whose element k is column 2k + p + dx, for sites of parity p.
+struct TSplitLine {
+    int16_t* half[2];
+    const int16_t* Tap(int p, int dx) const { return half[(p + dx) & 1] + ((p + dx) >> 1); }
+};
+
+// Green at count red or blue sites: the centre, its neighbours one and two away on the four sides.
+struct TGreenTaps {
+    const int16_t *c, *n, *s, *w, *e, *n2, *s2, *w2, *e2;
+    int16_t* pOut;
+};
+
+// Red and blue at green sites: hue transit along the line (into pFirst) and across it (pSecond).
+struct TGreenSiteTaps {
+    const int16_t *c, *gL, *gR, *left, *right, *gUp, *gDown, *up, *down;
+    int16_t *pFirst, *pSecond;
+};
+
+// The opposite colour at red and blue sites: hue transit along the smoother diagonal.
+struct TOtherSiteTaps {
+    const int16_t *c, *gc, *gUpL, *gUpR, *gDownL, *gDownR, *upL, *upR, *downL, *downR, *up2L, *up2R, *down2L, *down2R;
+    int16_t* pFirst;
+};
+
+// Blue, green and red of a line per column parity, for the identity LUT: bytes written as they are.
+struct TColourPlanes {
+    const int16_t *b[2], *g[2], *r[2];
+};
+
+// One copy of the loops per instruction set. Each loop runs over whole vectors: it reads and
+// writes up to 16 elements past count (the buffers carry that margin) and only the first count
+// results are used. Colours are bytes (the loops rely on 8-bit samples throughout).
+struct TGroupingLoops {
+    void (*split)(const uint8_t* pLine, uint32_t dwWidth, const TSplitLine& out);  // whole line
+    void (*green)(const TGreenTaps& t, uint32_t count);
+    void (*greenSites)(const TGreenSiteTaps& t, uint32_t count);
+    void (*otherSites)(const TOtherSiteTaps& t, uint32_t count);
+    // Blocks of 16 pixels from x0 (even) as long as a block ends before x1; returns the first
+    // pixel not written. A 3-byte block also writes two bytes into the pixel after it.
+    uint32_t (*storeIdentity)(const TColourPlanes& c, uint32_t x0, uint32_t x1, uint32_t dwDstBytes, uint8_t* pOut);
+};
+
+extern const TGroupingLoops g_GroupingSse2;
+extern const TGroupingLoops g_GroupingAvx2;  // only behind g_SSEChecker.UseAVX2()
