@@ -1,5 +1,5 @@
-// bilinear_kernel.h: the vector line loops of the bilinear decoder, written once over a
-// small set of register operations. Included only by bilinear_sse2/ssse3/avx2.cpp, each compiled
+// bilinear_kernel.h: the vector line loops of the bilinear and nearest-neighbour decoders, written
+// once over a small set of register operations. Included only by bilinear_sse2/ssse3/avx2.cpp, each compiled
 // for its own instruction set: everything here has internal linkage, so the copies never mix.
 #pragma once
 
@@ -545,6 +545,54 @@ uint32_t BilinearInterior(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHe
         }
     }
     return xEnd;
+}
+
+// Nearest neighbour, null LUT, 8 bits: pixel x of line y takes its own sample, its left neighbour
+// and the sample above one of them: a colour site keeps its own colour, green from the left and
+// the other colour from above-left; a green site keeps green, its line's colour from the left and
+// the other from above. Bytes in the destination's order (bRgb: red first).
+template <class V, uint32_t DstBytes, bool bRgb>
+void NearestLine(const uint8_t* pUp, const uint8_t* pCur, uint8_t* pOut, uint32_t x0, uint32_t x1, TLineSites s)
+{
+    using T = typename V::T;
+    const T colour = V::Set16(s.bColourFirst ? 0x00FF : int16_t(0xFF00));
+    for (uint32_t x = x0; x < x1; x += V::N) {
+        const T own = V::Load(pCur + x), left = V::Load(pCur + x - 1);
+        const T g = V::Select(colour, left, own), mine = V::Select(colour, own, left);
+        const T other = V::Select(colour, V::Load(pUp + x - 1), V::Load(pUp + x));
+        const T first = s.bRedLine == bRgb ? mine : other, last = s.bRedLine == bRgb ? other : mine;
+        uint8_t* p = pOut + size_t(x) * DstBytes;
+        if constexpr (DstBytes == 3) {
+            V::StoreBgr(p, first, g, last);
+        } else {
+            V::StoreBgra(p, first, g, last);
+        }
+    }
+}
+
+// The nearest-neighbour interior (lines 1..h-1, columns 1..w-1) in whole blocks and one last block
+// ending at column w-1; returns the first column left to the scalar rule (w, or 1 when the lines
+// hold fewer than V::N interior columns).
+template <class V>
+uint32_t NearestInterior(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwDstBytes, bool bRgb)
+{
+    if (dwWidth < V::N + 1 || dwHeight < 2) return 1;
+    using TLineFn = void (*)(const uint8_t*, const uint8_t*, uint8_t*, uint32_t, uint32_t, TLineSites);
+    const TLineFn line = dwDstBytes == 3 ? (bRgb ? NearestLine<V, 3, true> : NearestLine<V, 3, false>)
+                                         : (bRgb ? NearestLine<V, 4, true> : NearestLine<V, 4, false>);
+    const uint32_t x0 = 1, x1 = x0 + (dwWidth - x0) / V::N * V::N, xTail = dwWidth - V::N;
+    for (uint32_t y = 1; y < dwHeight; ++y) {
+        const uint8_t* pCur = p.pSrc + size_t(y) * p.dwSrcLineIncrement;
+        uint8_t* pOut = p.pDst + size_t(y) * p.dwDstLineIncrement;
+        const bool bRedLine = ((y & 1) != 0) == p.bShiftLine;
+        const bool bColourFirst = bRedLine == p.bShiftColumn;  // column 1
+        line(pCur - p.dwSrcLineIncrement, pCur, pOut, x0, x1, TLineSites{bRedLine, bColourFirst});
+        if (x1 < dwWidth) {
+            line(pCur - p.dwSrcLineIncrement, pCur, pOut, xTail, dwWidth,
+                 TLineSites{bRedLine, bColourFirst != ((xTail - x0) & 1)});
+        }
+    }
+    return dwWidth;
 }
 
 }  // namespace

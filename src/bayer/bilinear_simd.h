@@ -1,4 +1,4 @@
-// bilinear_simd.h: the vector interior of the bilinear decoder, one copy per instruction set.
+// bilinear_simd.h: the vector interiors of the bilinear and nearest-neighbour decoders, one copy per instruction set.
 #pragma once
 
 #include <cstdint>
@@ -19,3 +19,13 @@ uint32_t BilinearInterior_ssse3(const TBayerPlanes& p, uint32_t dwWidth, uint32_
                                 uint32_t dwDstBytes, const TBayerLut& lut, bool bIdentity);
 uint32_t BilinearInterior_avx2(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwBits,
                                uint32_t dwDstBytes, const TBayerLut& lut, bool bIdentity);
+
+// The nearest-neighbour interior (lines 1..h-1, columns 1..w-1) of an 8-bit mosaic with the identity
+// tables (null LUT), into 3- or 4-byte pixels (bRgb: red first): returns the first column left to
+// the scalar rule, w when none is, 1 when the switches are closed or the lines too short.
+uint32_t NearestInterior_intr(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwDstBytes,
+                              bool bRgb);
+uint32_t NearestInterior_ssse3(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwDstBytes,
+                               bool bRgb);
+uint32_t NearestInterior_avx2(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwDstBytes,
+                              bool bRgb);

@@ -1,5 +1,6 @@
 // simple.cpp: the simple Bayer functions: show the mosaic, green to greyscale, nearest neighbour, encode.
 #include "bayer/bayer.h"
+#include "bayer/bilinear_simd.h"
 #include "bayer/decoder_frame.h"
 #include "core/check.h"
 #include "core/common.h"
@@ -147,12 +148,14 @@ KaipStatus BdNearestNeighbour(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstI
     const bool bRgb = dwDstPixelFormat == KaipPixelFormat_RGB8Packed || dwDstPixelFormat == KaipPixelFormat_RGBA8Packed;
     const uint32_t w = job.src.Width, h = job.src.Height;
     const TBayerPlanes planes = JobPlanes(job);
+    // 8 bits with the identity tables: vector blocks where the switches allow, the scalar rule for the rest.
+    const uint32_t x0 = job.dwBits == 8 && hLut == nullptr ? NearestInterior_intr(planes, w, h, dwDstBytes, bRgb) : 1;
     WithDepth(job.dwBits, [&](auto bits) {
         WithPixelBytes(dwDstBytes, [&](auto bytes) {
             if (bRgb) {
-                RunInterior(TNearestNeighbour<bits, bytes, true>{lut}, planes, h, 1, w, 1, h);
+                RunInterior(TNearestNeighbour<bits, bytes, true>{lut}, planes, h, x0, w, 1, h);
             } else {
-                RunInterior(TNearestNeighbour<bits, bytes, false>{lut}, planes, h, 1, w, 1, h);
+                RunInterior(TNearestNeighbour<bits, bytes, false>{lut}, planes, h, x0, w, 1, h);
             }
         });
     });

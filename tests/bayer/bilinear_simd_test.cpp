@@ -1,4 +1,5 @@
-// bilinear_simd_test.cpp: the vector copies of the bilinear interior against the scalar rule, and their gates.
+// bilinear_simd_test.cpp: the vector copies of the bilinear and nearest-neighbour interiors against the scalar rule,
+// and their gates.
 #include "bayer/bilinear_simd.h"
 
 #include <gtest/gtest.h>
@@ -28,6 +29,26 @@ private:
 std::vector<uint8_t> Whole(const GuardedImage& img)
 {
     return {img.buffer.data(), img.buffer.data() + img.buffer.size()};
+}
+
+using TDecoder = KaipStatus (*)(const KaipImgInfo*, KaipImgInfo*, uint32_t, uint32_t, KaipHLut);
+
+// Decodes at level 0, then at levels 1, 2 and 4, each into a fresh sentinel-filled destination
+// that must come out the same, padding included.
+void ExpectEveryLevelWritesTheScalarBytes(TDecoder decode, const BayerImage& src, uint32_t format, uint32_t bytes,
+                                          KaipHLut hLut)
+{
+    auto scalar = Destination(src.m.w, src.m.h, format, bytes);
+    {
+        CSimdLevel level(0);
+        ASSERT_EQ(decode(&src.img->info, &scalar->info, format, 0, hLut), 0);
+    }
+    for (int level : {1, 2, 4}) {
+        auto vector = Destination(src.m.w, src.m.h, format, bytes);
+        CSimdLevel set(level);
+        ASSERT_EQ(decode(&src.img->info, &vector->info, format, 0, hLut), 0);
+        ASSERT_EQ(Whole(*vector), Whole(*scalar)) << "level " << level;
+    }
 }
 
 // Widths 2..64 (every position of the last vector block) and a few large ones, every depth (16-bit
@@ -61,17 +82,40 @@ TEST(BilinearInterior8Simd, EveryLevelWritesTheScalarBytes)
                                  std::to_string(pattern) + " width " + std::to_string(s.w) + " seed " +
                                  std::to_string(seed));
                     const BayerImage src(s.w, s.h, bits, pattern & 2, pattern & 1, seed);
-                    auto scalar = Destination(s.w, s.h, format, bytes);
-                    {
-                        CSimdLevel level(0);
-                        ASSERT_EQ(KaipBdBilinearInterpolation(&src.img->info, &scalar->info, format, 0, lut.handle), 0);
-                    }
-                    for (int level : {1, 2, 4}) {
-                        auto vector = Destination(s.w, s.h, format, bytes);
-                        CSimdLevel set(level);
-                        ASSERT_EQ(KaipBdBilinearInterpolation(&src.img->info, &vector->info, format, 0, lut.handle), 0);
-                        ASSERT_EQ(Whole(*vector), Whole(*scalar)) << "level " << level;
-                    }
+                    ExpectEveryLevelWritesTheScalarBytes(KaipBdBilinearInterpolation, src, format, bytes, lut.handle);
+                }
+            }
+        }
+    }
+}
+
+// Nearest neighbour: widths 2..64 and a few large ones, heights 2..5, every pattern and the four
+// destinations, 8 bits with the identity tables (the vector interior) and with the global LUT and
+// 12 bits (the scalar rule at every level).
+TEST(NearestInterior8Simd, EveryLevelWritesTheScalarBytes)
+{
+    struct TDst {
+        uint32_t format, bytes;
+    };
+    const TDst dsts[] = {{KaipPixelFormat_BGR8Packed, 3},
+                         {KaipPixelFormat_RGB8Packed, 3},
+                         {KaipPixelFormat_BGRA8Packed, 4},
+                         {KaipPixelFormat_RGBA8Packed, 4}};
+    std::vector<Size> sizes;
+    for (uint32_t w = 2; w <= 64; ++w) sizes.push_back({w, 2 + w % 4});
+    for (uint32_t w : {641u, 2448u}) sizes.push_back({w, 3});
+    for (int variant = 0; variant < 3; ++variant) {
+        const TestLut lut(variant == 1 ? LutKind::Global : LutKind::Identity, 5);
+        const uint32_t bits = variant == 2 ? 12 : 8;
+        for (const TDst& d : dsts) {
+            for (uint32_t pattern = 0; pattern < 4; ++pattern) {
+                for (const Size& s : sizes) {
+                    const uint32_t seed = 23 + pattern * 7919u + s.w * 131u + d.format + bits;
+                    SCOPED_TRACE("variant " + std::to_string(variant) + " format " + std::to_string(d.format) +
+                                 " pattern " + std::to_string(pattern) + " width " + std::to_string(s.w) +
+                                 " seed " + std::to_string(seed));
+                    const BayerImage src(s.w, s.h, bits, pattern & 2, pattern & 1, seed);
+                    ExpectEveryLevelWritesTheScalarBytes(KaipBdNearestNeighbour, src, d.format, d.bytes, lut.handle);
                 }
             }
         }
@@ -91,6 +135,7 @@ TEST(BilinearInterior8Simd, ClosedGatesWriteNothing)
     {
         CSimdLevel off(0);
         EXPECT_EQ(BilinearInterior_intr(planes, 100, 6, 8, 3, lut, true), 1u);
+        EXPECT_EQ(NearestInterior_intr(planes, 100, 6, 3, false), 1u);
         EXPECT_EQ(Whole(*dst), before);
     }
     CSimdLevel sse2(1);
@@ -98,6 +143,8 @@ TEST(BilinearInterior8Simd, ClosedGatesWriteNothing)
     EXPECT_EQ(BilinearInterior_intr(planes, 17, 6, 8, 3, lut, true), 1u);     // 15 interior columns: no whole block
     EXPECT_EQ(BilinearInterior_intr(planes, 18, 6, 8, 3, lut, true), g_SSEChecker.m_bUseSSE2 ? 17u : 1u);
     EXPECT_EQ(BilinearInterior_intr(planes, 100, 6, 12, 3, lut, false), 1u);  // tables at 12 bits stay scalar
+    EXPECT_EQ(NearestInterior_intr(planes, 100, 6, 3, false), g_SSEChecker.m_bUseSSE2 ? 100u : 1u);
+    EXPECT_EQ(NearestInterior_intr(planes, 16, 6, 3, false), 1u);  // 15 interior columns: no whole block
 }
 
 }  // namespace
