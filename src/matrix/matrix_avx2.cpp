@@ -18,12 +18,15 @@ struct TVec256 {
 struct TAvx2 {
     using TVector = TVec256<TAvx2>;
 
-    // Colour correction of 8-bit three-byte pixels, 8 at a time in 32-bit lanes: products and sums
-    // wrap modulo 2^32 as the scalar rule's do, >> 16 is arithmetic, and the two saturating packs
-    // clamp to 0..255. Each block reads 28 bytes from its first pixel and writes 24, so a block
-    // runs only while 10 pixels remain (in place, the 4 extra bytes are read before anyone writes them).
-    static uint32_t CorrectBytes3(const uint8_t* pSrc, uint8_t* pDst, uint32_t dwWidth, const int32_t* c, int iRed)
+    // Colour correction of 8-bit pixels: four-byte ones as in SSE2 (CorrectBytesSse2), three-byte ones
+    // 8 at a time in 32-bit lanes: products and sums wrap modulo 2^32 as the scalar rule's do, >> 16 is
+    // arithmetic, and the two saturating packs clamp to 0..255. Each block reads 28 bytes from its first
+    // pixel and writes 24, so a block runs only while 10 pixels remain (in place, the 4 extra bytes are
+    // read before anyone writes them).
+    template <int iStep>
+    static uint32_t CorrectBytes(const uint8_t* pSrc, uint8_t* pDst, uint32_t dwWidth, const int32_t* c, int iRed)
     {
+        if constexpr (iStep == 4) return CorrectBytesSse2<TAvx2, 4>(pSrc, pDst, dwWidth, c, iRed);
         const __m256i spread0 =
             _mm256_broadcastsi128_si256(_mm_setr_epi8(0, -1, -1, -1, 3, -1, -1, -1, 6, -1, -1, -1, 9, -1, -1, -1));
         const __m256i one = _mm256_set1_epi32(1);  // next sample of each pixel: pshufb indices + 1

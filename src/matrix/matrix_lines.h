@@ -31,14 +31,14 @@ inline int32_t CorrectChannel(const int32_t* c, TSum r, TSum g, TSum b, TSum max
 
 using TCorrectLine = void(const uint8_t*, uint8_t*, uint32_t, const int32_t*, int32_t, const TLutTables&);
 
-// Whether an instruction-set tag brings its own three-byte correction, static uint32_t
-// CorrectBytes3(pSrc, pDst, dwWidth, c, iRed), which corrects the first pixels of an 8-bit RGB/BGR
-// line without a LUT exactly as CorrectLine does and returns how many it did.
+// Whether an instruction-set tag brings its own correction of 8-bit pixels, template <int iStep> static
+// uint32_t CorrectBytes(pSrc, pDst, dwWidth, c, iRed), which corrects the first pixels of an RGB/BGR
+// line (iStep bytes each) without a LUT exactly as CorrectLine does and returns how many it did.
 template <class TIsa, class = void>
-struct THasCorrectBytes3 : std::false_type {
+struct THasCorrectBytes : std::false_type {
 };
 template <class TIsa>
-struct THasCorrectBytes3<TIsa, std::void_t<decltype(&TIsa::CorrectBytes3)>> : std::true_type {
+struct THasCorrectBytes<TIsa, std::void_t<decltype(&TIsa::template CorrectBytes<3>)>> : std::true_type {
 };
 
 // One line of a packed RGB/BGR format: red at sample iRed, green at 1, blue at 2 - iRed, iStep
@@ -53,8 +53,13 @@ void CorrectLine(const uint8_t* pSrcLine, uint8_t* pDstLine, uint32_t dwWidth, c
     const TSample* pGreen = static_cast<const TSample*>(lut.pGreen);
     const TSample* pBlue = static_cast<const TSample*>(lut.pBlue);
     uint32_t x = 0;
-    if constexpr (THasCorrectBytes3<TIsa>::value && sizeof(TSample) == 1 && iStep == 3 && !bLut) {
-        x = TIsa::CorrectBytes3(pSrcLine, pDstLine, dwWidth, c, iRed);
+    if constexpr (THasCorrectBytes<TIsa>::value && sizeof(TSample) == 1) {
+        // With a LUT, the pixels done go through the tables afterwards.
+        x = TIsa::template CorrectBytes<iStep>(pSrcLine, pDstLine, dwWidth, c, iRed);
+        if constexpr (bLut) {
+            for (TSample* p = d; p < d + size_t(x) * iStep; p += iStep)
+                p[iRed] = pRed[p[iRed]], p[1] = pGreen[p[1]], p[2 - iRed] = pBlue[p[2 - iRed]];
+        }
         s += size_t(x) * iStep, d += size_t(x) * iStep;
     }
     for (; x < dwWidth; ++x, s += iStep, d += iStep) {

@@ -7,6 +7,11 @@
 namespace {
 struct TSse2 {
     using TVector = TVec128<TSse2>;
+    template <int iStep>
+    static uint32_t CorrectBytes(const uint8_t* pSrc, uint8_t* pDst, uint32_t dwWidth, const int32_t* c, int iRed)
+    {
+        return CorrectBytesSse2<TSse2, iStep>(pSrc, pDst, dwWidth, c, iRed);
+    }
 };
 }  // namespace
 

@@ -113,6 +113,43 @@ TEST(ApplyRgbColorCorrection, MatchesModelOnRandomImages)
     }
 }
 
+// The vector workers of the 8-bit formats write exactly the baseline's bytes: every width (every tail),
+// both line orders, padded lines, in place and into a sentinel-filled destination, with and without a
+// LUT, moderate matrices (the vector case) and now and then entries large enough to wrap the 32-bit
+// sums or to leave the vector case.
+TEST(ApplyRgbColorCorrection, VectorWorkersWriteTheBaselineBytes)
+{
+    uint32_t seed = 40000;
+    for (const TCcFormat& f : kFormats) {
+        if (f.depth != 8) continue;
+        for (uint32_t w : TwinWidths()) {
+            for (uint32_t flags : {0u, KaipImgFlag_BottomUp}) {
+                ++seed;
+                std::mt19937 gen(seed);
+                std::array<int32_t, 9> m = RandomMatrix(gen);
+                if (gen() % 4 == 0)
+                    for (int32_t& v : m) v = int32_t(gen()) / int32_t(1 + gen() % 40000);
+                const bool inPlace = gen() % 2, bLut = gen() % 3 == 0;
+                SCOPED_TRACE(testing::Message()
+                             << "seed " << seed << " format 0x" << std::hex << f.code << std::dec << " width " << w
+                             << " flags " << flags << " in place " << inPlace << " lut " << bLut);
+                RandomLut lut(8, seed);
+                ExpectBaselineBytes(
+                    [&] {
+                        std::vector<std::unique_ptr<GuardedImage>> images;
+                        images.push_back(MakeImage(w, 3, f.code, f.PixelBytes(), flags, 1 + seed % 5, seed));
+                        images.push_back(MakeImage(w, 3, f.code, f.PixelBytes(), flags, 3, 0));
+                        return images;
+                    },
+                    [&](std::vector<std::unique_ptr<GuardedImage>>& images) {
+                        return KaipApplyRgbColorCorrection(&images[0]->info, inPlace ? nullptr : &images[1]->info,
+                                                           m.data(), 0, bLut ? lut.Handle() : nullptr);
+                    });
+            }
+        }
+    }
+}
+
 TEST(ApplyRgbColorCorrection, WorkedValues)
 {
     struct Case {
