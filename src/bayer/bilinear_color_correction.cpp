@@ -1,10 +1,11 @@
 // bilinear_color_correction.cpp: gradient-corrected bilinear interpolation (Malvar, He and Cutler 5x5 filters).
-// Cutler).
 #include <cstring>
 #include <type_traits>
 
 #include "bayer/bayer.h"
+#include "bayer/bilinear_color_correction_simd.h"
 #include "bayer/decoder_window.h"
+#include "platform/os_buffer.h"
 
 namespace {
 
@@ -97,25 +98,60 @@ struct TColorCorrection {
     }
 };
 
+// The columns x0..x1-1 of one line by the scalar rule, in stretches; lines[k] holds the line
+// workers for stretches that start at a column of parity k.
+template <unsigned Bits, class TKernel>
+void ScalarSpan(const TKernel& k, const TSiteLines<TKernel> (&lines)[2], const TWindow5<Bits>& s, bool bRedLine,
+                uint8_t* pOut, uint32_t x0, uint32_t x1)
+{
+    TEstimates est;
+    const auto line = bRedLine ? lines[x0 & 1].red : lines[x0 & 1].blue;  // stretches keep the parity of x0
+    for (uint32_t a = x0; a < x1; a += kStretch) {
+        const uint32_t b = std::min(a + kStretch, x1);
+        const size_t o = size_t(a) * TDepth<Bits>::kBytes;  // the stretch's first sample
+        Filters<Bits>(s.pLine[0] + o, s.pLine[1] + o, s.pLine[2] + o, s.pLine[3] + o, s.pLine[4] + o, b - a, est.green,
+                      est.opposite, est.across, est.vertical);
+        line(k, {s.pLine[2], &est, a, pOut}, a, b);
+    }
+}
+
+// Interior lines 2..h-3: vector blocks from the first red or blue column (2 or 3) where the
+// switches allow, the scalar rule for the columns before and after them. The vector blocks read
+// the source lines split by column parity, each line split once into a ring of five (pRing:
+// 10 halves of dwHalf words); without a ring the scalar rule decodes everything.
 template <unsigned Bits, uint32_t DstBytes>
-void RunColorCorrection(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32_t h)
+void RunColorCorrection(const TBayerPlanes& p, const TBayerLut& lut, TColorCorrectionVector vec, uint16_t* pRing,
+                        uint32_t dwHalf, uint32_t w, uint32_t h)
 {
     using TKernel = TColorCorrection<Bits, DstBytes>;
     const TKernel k{lut};
-    const TSiteLines<TKernel> lines(2, p.bShiftColumn);
-    TEstimates est;
+    const TSiteLines<TKernel> lines[2] = {{0, p.bShiftColumn}, {1, p.bShiftColumn}};
+    auto ring = [&](uint32_t y) { return TSplitLine{{pRing + (y % 5) * 2 * dwHalf, pRing + ((y % 5) * 2 + 1) * dwHalf}}; };
+    auto split = [&](uint32_t y) { vec.split(p.pSrc + size_t(y) * p.dwSrcLineIncrement, w, ring(y)); };
+    if (pRing) {
+        for (uint32_t y = 0; y < 4; ++y) split(y);
+    }
     for (uint32_t y = 2; y < h - 2; ++y) {
         const TWindow5<Bits> s = Window5<Bits>(p, y);
-        const auto line = IsRedLine(y, p.bShiftLine) ? lines.red : lines.blue;
+        const bool bRedLine = IsRedLine(y, p.bShiftLine);
         uint8_t* pOut = p.pDst + size_t(y) * p.dwDstLineIncrement;
-        // Stretches start at even columns, so the line workers picked for column 2 fit them all.
-        for (uint32_t x0 = 2; x0 < w - 2; x0 += kStretch) {
-            const uint32_t x1 = std::min(x0 + kStretch, w - 2);
-            const size_t o = size_t(x0) * TDepth<Bits>::kBytes;  // the stretch's first sample
-            Filters<Bits>(s.pLine[0] + o, s.pLine[1] + o, s.pLine[2] + o, s.pLine[3] + o, s.pLine[4] + o, x1 - x0,
-                          est.green, est.opposite, est.across, est.vertical);
-            line(k, {s.pLine[2], &est, x0, pOut}, x0, x1);
+        // Column 2 holds red in a red line when the column toggle is clear, blue in a blue line when it is set.
+        const uint32_t xv = bRedLine == !p.bShiftColumn ? 2 : 3;
+        if (pRing) split(y + 2);  // every line, also where this one has no block but the next has
+        if (!pRing || xv + vec.dwBlock > w - 2) {
+            ScalarSpan(k, lines, s, bRedLine, pOut, 2, w - 2);
+            continue;
         }
+        // Whole blocks, the last one moved back to end at the last red or blue column that
+        // leaves room for it (it writes some pixels twice, with the same bytes).
+        const uint32_t xe = xv + (w - 2 - xv) / vec.dwBlock * vec.dwBlock;
+        const uint32_t xl = (w - 2 - vec.dwBlock - xv) / 2 * 2 + xv;  // start of the last block
+        const TSplitLine rows[5] = {ring(y - 2), ring(y - 1), ring(y), ring(y + 1), ring(y + 2)};
+        ScalarSpan(k, lines, s, bRedLine, pOut, 2, xv);
+        const uint8_t* pAhead = p.pSrc + size_t(std::min(y + 3, h - 1)) * p.dwSrcLineIncrement;
+        vec.line(rows, pOut, xv, xe, bRedLine, lut, pAhead);
+        if (xe < w - 2) vec.line(rows, pOut, xl, xl + vec.dwBlock, bRedLine, lut, pAhead);
+        ScalarSpan(k, lines, s, bRedLine, pOut, xl + vec.dwBlock, w - 2);
     }
 }
 
@@ -133,9 +169,16 @@ KaipStatus BdBilinearColorCorrection(const KaipImgInfo* pSrcImgInfo, KaipImgInfo
     const uint32_t w = job.src.Width, h = job.src.Height;
     const TBayerPlanes planes = JobPlanes(job);
     if (w > 4 && h > 4) {
+        const TColorCorrectionVector vec = ColorCorrectionVector_intr(job.dwBits, dwDstBytes, hLut == nullptr);
+        const uint32_t dwHalf = (w / 2 + 16) / 16 * 16;  // words per half line, the reads one beyond included
+        auto* pRing =
+            vec.line ? static_cast<uint16_t*>(oxOsBufferCreateAligned(uint64_t(10) * dwHalf * 2, 64, 0)) : nullptr;
         WithDepth(job.dwBits, [&](auto bits) {
-            WithPixelBytes(dwDstBytes, [&](auto bytes) { RunColorCorrection<bits, bytes>(planes, lut, w, h); });
+            WithPixelBytes(dwDstBytes, [&](auto bytes) {
+                RunColorCorrection<bits, bytes>(planes, lut, vec, pRing, dwHalf, w, h);
+            });
         });
+        if (pRing) oxOsBufferFree(pRing);
     }
     FinishFrames(job, dwDstBytes, hLut);
     return KASTATUS_OK;

@@ -234,7 +234,7 @@ inline const std::vector<Size>& WindowSizes()
 
 // Random mosaics of every depth, pattern and size, three LUTs and both destinations, compared
 // byte for byte (padding included) with the model.
-inline void ExpectMatchesModel(Decoder decode, PixelModel model)
+inline void ExpectMatchesModel(Decoder decode, PixelModel model, const std::vector<Size>& sizes = WindowSizes())
 {
     struct DstFormat {
         uint32_t code, bytes;
@@ -243,7 +243,7 @@ inline void ExpectMatchesModel(Decoder decode, PixelModel model)
         const TestLut lut(kind, 4321);
         for (DstFormat f : {DstFormat{KaipPixelFormat_BGR8Packed, 3}, DstFormat{KaipPixelFormat_BGRA8Packed, 4}}) {
             SCOPED_TRACE(std::string(Name(kind)) + " dst bytes " + std::to_string(f.bytes));
-            ForEachMosaic(WindowSizes(), 17 * f.bytes, [&](const BayerImage& src) {
+            ForEachMosaic(sizes, 17 * f.bytes, [&](const BayerImage& src) {
                 auto dst = Destination(src.m.w, src.m.h, f.code, f.bytes);
                 ASSERT_EQ(decode(&src.img->info, &dst->info, f.code, 0, lut.handle), 0);
                 const auto want = Expected(*dst, f.bytes, false, [&](uint32_t x, uint32_t y) {
