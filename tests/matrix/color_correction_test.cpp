@@ -134,17 +134,12 @@ TEST(ApplyRgbColorCorrection, VectorWorkersWriteTheBaselineBytes)
                              << "seed " << seed << " format 0x" << std::hex << f.code << std::dec << " width " << w
                              << " flags " << flags << " in place " << inPlace << " lut " << bLut);
                 RandomLut lut(8, seed);
-                ExpectBaselineBytes(
-                    [&] {
-                        std::vector<std::unique_ptr<GuardedImage>> images;
-                        images.push_back(MakeImage(w, 3, f.code, f.PixelBytes(), flags, 1 + seed % 5, seed));
-                        images.push_back(MakeImage(w, 3, f.code, f.PixelBytes(), flags, 3, 0));
-                        return images;
-                    },
-                    [&](std::vector<std::unique_ptr<GuardedImage>>& images) {
-                        return KaipApplyRgbColorCorrection(&images[0]->info, inPlace ? nullptr : &images[1]->info,
-                                                           m.data(), 0, bLut ? lut.Handle() : nullptr);
-                    });
+                ExpectBaselineBytes([&] { return SourceAndDestination(w, 3, f.code, f.PixelBytes(), flags, seed); },
+                                    [&](std::vector<std::unique_ptr<GuardedImage>>& images) {
+                                        return KaipApplyRgbColorCorrection(&images[0]->info,
+                                                                           inPlace ? nullptr : &images[1]->info,
+                                                                           m.data(), 0, bLut ? lut.Handle() : nullptr);
+                                    });
             }
         }
     }

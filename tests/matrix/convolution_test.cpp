@@ -128,19 +128,14 @@ TEST(Apply3x3Convolution, VectorWorkersWriteTheBaselineBytes)
                              << " in place " << bInPlace);
                 RandomLut lut(8, seed);
                 const KaipHLut hLut = bLut ? lut.Handle() : nullptr;
-                ExpectBaselineBytes(
-                    [&] {
-                        std::vector<std::unique_ptr<GuardedImage>> images;
-                        images.push_back(MakeImage(w, 5, f.code, f.PixelBytes(), flags, 1 + seed % 5, seed));
-                        images.push_back(MakeImage(w, 5, f.code, f.PixelBytes(), flags, 3, 0));
-                        return images;
-                    },
-                    [&](std::vector<std::unique_ptr<GuardedImage>>& images) {
-                        KaipImgInfo* pSrc = &images[0]->info;
-                        KaipImgInfo* pDst = bInPlace ? pSrc : &images[1]->info;
-                        return bThreshold ? Kaip3x3ThresholdSharpening(pSrc, pDst, k.data(), threshold, 0, hLut)
-                                          : KaipApply3x3Convolution(pSrc, pDst, k.data(), 0, hLut);
-                    });
+                ExpectBaselineBytes([&] { return SourceAndDestination(w, 5, f.code, f.PixelBytes(), flags, seed); },
+                                    [&](std::vector<std::unique_ptr<GuardedImage>>& images) {
+                                        KaipImgInfo* pSrc = &images[0]->info;
+                                        KaipImgInfo* pDst = bInPlace ? pSrc : &images[1]->info;
+                                        return bThreshold ? Kaip3x3ThresholdSharpening(pSrc, pDst, k.data(), threshold,
+                                                                                       0, hLut)
+                                                          : KaipApply3x3Convolution(pSrc, pDst, k.data(), 0, hLut);
+                                    });
             }
         }
     }

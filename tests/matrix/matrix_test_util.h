@@ -138,6 +138,17 @@ inline std::vector<uint32_t> TwinWidths()
     return widths;
 }
 
+// A random source with lines padded by 1 to 5 bytes and a sentinel-filled destination, for twin tests.
+inline std::vector<std::unique_ptr<GuardedImage>> SourceAndDestination(uint32_t width, uint32_t height, uint32_t format,
+                                                                       uint32_t pixelBytes, uint32_t flags,
+                                                                       uint32_t seed)
+{
+    std::vector<std::unique_ptr<GuardedImage>> images;
+    images.push_back(MakeImage(width, height, format, pixelBytes, flags, 1 + seed % 5, seed));
+    images.push_back(MakeImage(width, height, format, pixelBytes, flags, 3, 0));
+    return images;
+}
+
 // Runs `run` at SIMD level 0 (the baseline workers) and at every vector level, each time on images
 // made afresh by `make` (the same each time), and expects the baseline's status and every byte of the
 // images, padding included.
