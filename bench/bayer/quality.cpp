@@ -1,6 +1,7 @@
 // quality.cpp: kaip_quality, colour PSNR of the Bayer decoders on a directory of reference BMP images.
 //
 // Usage: kaip_quality DIR [--decoder NAME] [--pattern RG|GR|GB|BG] [--crops OUTDIR]
+// NAME as the kaip tool names the decoders: bilinear, hq, vng, ppg.
 // Every *.bmp of DIR (24-bit colour) is mosaicked in the pattern (RG unless told), decoded by
 // each decoder (all unless one is named) and compared with the original over R, G and B
 // together, leaving out a 10-pixel border: CPSNR = 10 log10(255^2 / MSE). Prints a Markdown
@@ -21,16 +22,18 @@ namespace {
 
 using TDecoder = KaipStatus (*)(const KaipImgInfo*, KaipImgInfo*, uint32_t, uint32_t, KaipHLut);
 
+// The decoders by the kaip tool's names (tools/kaip), with the names this program used before.
 struct TNamedDecoder {
     const char* pszName;
+    const char* pszOldName;
     TDecoder decode;
 };
 
 const TNamedDecoder kDecoders[] = {
-    {"bilinear", KaipBdBilinearInterpolation},
-    {"correction", KaipBdBilinearColorCorrection},
-    {"gradients", KaipBdVariableGradients},
-    {"grouping", KaipBdPixelGrouping},
+    {"bilinear", "bilinear", KaipBdBilinearInterpolation},
+    {"hq", "correction", KaipBdBilinearColorCorrection},
+    {"vng", "gradients", KaipBdVariableGradients},
+    {"ppg", "grouping", KaipBdPixelGrouping},
 };
 
 struct TPattern {
@@ -122,7 +125,7 @@ std::vector<std::string> BmpFiles(const std::string& dir)
 int Usage()
 {
     std::fprintf(stderr,
-                 "usage: kaip_quality DIR [--decoder bilinear|correction|gradients|grouping] "
+                 "usage: kaip_quality DIR [--decoder bilinear|hq|vng|ppg] "
                  "[--pattern RG|GR|GB|BG] [--crops OUTDIR]\n");
     return 2;
 }
@@ -140,7 +143,7 @@ int main(int argc, char** argv)
         const std::string option = argv[i], value = argv[i + 1];
         if (option == "--decoder") {
             decoders.erase(std::remove_if(decoders.begin(), decoders.end(),
-                                          [&](const TNamedDecoder& d) { return value != d.pszName; }),
+                                          [&](const TNamedDecoder& d) { return value != d.pszName && value != d.pszOldName; }),
                            decoders.end());
         } else if (option == "--pattern") {
             const auto* p = std::find_if(std::begin(kPatterns), std::end(kPatterns),
