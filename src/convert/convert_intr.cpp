@@ -127,25 +127,12 @@ int Convert_YCbCr422_8_to_RGB32_intr(KAIP_LINE_PARAMS, bool bReverseLines)
                   bReverseLines);
 }
 
-int SwapColor8Data_sse2(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return UseSSE2() && sse2::SwapColor8Data(KAIP_LINE_ARGS, bReverseLines);
-}
-
-int Convert_Mono8_to_BGR24_sse2(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return UseSSE2() && sse2::Convert_Mono8_to_BGR24(KAIP_LINE_ARGS, bReverseLines);
-}
-
-int Convert_BGR24_to_BGR32_sse2(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return UseSSE2() && sse2::Convert_BGR24_to_BGR32(KAIP_LINE_ARGS, bReverseLines);
-}
-
-int Convert_RGB24_to_BGR32_sse2(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return UseSSE2() && sse2::Convert_RGB24_to_BGR32(KAIP_LINE_ARGS, bReverseLines);
-}
+#define KAIP_DEFINE_SSE2_MEMBER(name)                                  \
+    int name##_sse2(KAIP_LINE_PARAMS, bool bReverseLines)              \
+    {                                                                  \
+        return UseSSE2() && sse2::name(KAIP_LINE_ARGS, bReverseLines); \
+    }
+KAIP_SSE2_MEMBERS(KAIP_DEFINE_SSE2_MEMBER)
 
 int Convert_MonoPacked_to_Mono8_sse2(KAIP_LINE_PARAMS, uint32_t, uint32_t, bool bReverseLines)
 {
@@ -178,10 +165,8 @@ int Convert_YCbCr422_8_to_BGR24_intr(KAIP_LINE_PARAMS, bool) { return 0; }
 int Convert_YCbCr422_8_to_RGB24_intr(KAIP_LINE_PARAMS, bool) { return 0; }
 int Convert_YCbCr422_8_to_BGR32_intr(KAIP_LINE_PARAMS, bool) { return 0; }
 int Convert_YCbCr422_8_to_RGB32_intr(KAIP_LINE_PARAMS, bool) { return 0; }
-int SwapColor8Data_sse2(KAIP_LINE_PARAMS, bool) { return 0; }
-int Convert_Mono8_to_BGR24_sse2(KAIP_LINE_PARAMS, bool) { return 0; }
-int Convert_BGR24_to_BGR32_sse2(KAIP_LINE_PARAMS, bool) { return 0; }
-int Convert_RGB24_to_BGR32_sse2(KAIP_LINE_PARAMS, bool) { return 0; }
+#define KAIP_DEFINE_SSE2_MEMBER(name) int name##_sse2(KAIP_LINE_PARAMS, bool) { return 0; }
+KAIP_SSE2_MEMBERS(KAIP_DEFINE_SSE2_MEMBER)
 int Convert_MonoPacked_to_Mono8_sse2(KAIP_LINE_PARAMS, uint32_t, uint32_t, bool) { return 0; }
 int Convert_MonoMipi_to_Mono8_sse2(KAIP_LINE_PARAMS, uint32_t, uint32_t, bool) { return 0; }
 // clang-format on

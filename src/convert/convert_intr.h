@@ -21,12 +21,26 @@ int Convert_YCbCr422_8_to_RGB24_intr(KAIP_LINE_PARAMS, bool bReverseLines);
 int Convert_YCbCr422_8_to_BGR32_intr(KAIP_LINE_PARAMS, bool bReverseLines);
 int Convert_YCbCr422_8_to_RGB32_intr(KAIP_LINE_PARAMS, bool bReverseLines);
 
-// The SSE2 builds of the members whose variant above asks for SSSE3, which the member tries when that
-// variant's gate is closed: non-zero when the SSE2 switch is on and the whole image was converted (the
-// scalar member's bytes, the same store policy), 0 otherwise.
-int SwapColor8Data_sse2(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_Mono8_to_BGR24_sse2(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_BGR24_to_BGR32_sse2(KAIP_LINE_PARAMS, bool bReverseLines);
-int Convert_RGB24_to_BGR32_sse2(KAIP_LINE_PARAMS, bool bReverseLines);
+// SSE2 builds the members try first (after their variant above, if they have one): non-zero when the SSE2
+// switch is on and the whole image was converted (the scalar member's bytes, the variants' store policy),
+// 0 otherwise. They serve the members whose variant asks for SSSE3 when that gate is closed, and members
+// without a variant.
+#define KAIP_SSE2_MEMBERS(X)  \
+    X(SwapColor8Data)         \
+    X(Convert_Mono8_to_BGR24) \
+    X(Convert_BGR24_to_BGR32) \
+    X(Convert_RGB24_to_BGR32) \
+    X(Convert_BGR15_to_BGR24) \
+    X(Convert_BGR15_to_RGB24) \
+    X(Convert_BGR15_to_BGR32) \
+    X(Convert_BGR15_to_RGB32) \
+    X(Convert_BGR16_to_BGR24) \
+    X(Convert_BGR16_to_RGB24) \
+    X(Convert_BGR16_to_BGR32) \
+    X(Convert_BGR16_to_RGB32) \
+    X(Convert_BGR24_to_Mono8) \
+    X(Convert_RGB24_to_Mono8)
+#define KAIP_DECLARE_SSE2_MEMBER(name) int name##_sse2(KAIP_LINE_PARAMS, bool bReverseLines);
+KAIP_SSE2_MEMBERS(KAIP_DECLARE_SSE2_MEMBER)
 int Convert_MonoPacked_to_Mono8_sse2(KAIP_LINE_PARAMS, uint32_t dwSrcBits, uint32_t dwDstBits, bool bReverseLines);
 int Convert_MonoMipi_to_Mono8_sse2(KAIP_LINE_PARAMS, uint32_t dwSrcBits, uint32_t dwDstBits, bool bReverseLines);

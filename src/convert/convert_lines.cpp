@@ -61,11 +61,13 @@ void Convert_BGR16_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines)
 
 void Convert_BGR24_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_BGR24_to_Mono8_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR24{}, WMono8{});
 }
 
 void Convert_RGB24_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_RGB24_to_Mono8_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RRGB24{}, WMono8{});
 }
 
@@ -214,11 +216,13 @@ void Convert_Mono8_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)
 
 void Convert_BGR15_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_BGR15_to_BGR24_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR15{}, WBGR24{});
 }
 
 void Convert_BGR16_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_BGR16_to_BGR24_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR16{}, WBGR24{});
 }
 
@@ -264,11 +268,13 @@ void Convert_MonoWord_to_BGR24(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRever
 
 void Convert_BGR15_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_BGR15_to_RGB24_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR15{}, WRGB24{});
 }
 
 void Convert_BGR16_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_BGR16_to_RGB24_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR16{}, WRGB24{});
 }
 
@@ -300,11 +306,13 @@ void Convert_Mono8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
 
 void Convert_BGR15_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_BGR15_to_BGR32_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR15{}, WBGR32{});
 }
 
 void Convert_BGR16_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_BGR16_to_BGR32_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR16{}, WBGR32{});
 }
 
@@ -367,11 +375,13 @@ void Convert_MonoWord_to_BGR32(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRever
 
 void Convert_BGR15_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_BGR15_to_RGB32_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR15{}, WRGB32{});
 }
 
 void Convert_BGR16_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_BGR16_to_RGB32_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR16{}, WRGB32{});
 }
 

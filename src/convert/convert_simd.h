@@ -8,6 +8,7 @@
 #include <array>
 #include <cstdint>
 
+#include "convert/convert_intr.h"
 #include "convert/convert_lines.h"
 #include "convert/convert_pixel.h"
 
@@ -46,8 +47,11 @@ namespace convert {
     int Convert_YCbCr422_8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);                   \
     int Convert_YCbCr422_8_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines);
 
+#define KAIP_DECLARE_SSE2_ENTRY(name) int name(KAIP_LINE_PARAMS, bool bReverseLines);
+
 namespace sse2 {
 KAIP_BYTE_MAP_CONVERTERS(KAIP_DECLARE_BYTE_MAP_CONVERTER)
+KAIP_SSE2_MEMBERS(KAIP_DECLARE_SSE2_ENTRY)
 KAIP_OWN_STEP_CONVERTERS
 }  // namespace sse2
 

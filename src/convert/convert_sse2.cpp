@@ -236,6 +236,74 @@ struct SYCbCr422 {
     }
 };
 
+// 16 pixels of 15-bit (k565 false) or 16-bit words to 3 or 4 bytes each in the order O, the fourth byte 0:
+// every channel moved to the top of its byte by shifts alone, as Unpack555 and Unpack565 do.
+template <bool k565, TOrder O, uint32_t kPixelBytes>
+struct SShortToBytes {
+    static constexpr uint32_t kPixels = 16, kInBytes = 32, kOutBytes = 16 * kPixelBytes;
+    static void Channels(__m128i w, __m128i& r, __m128i& g, __m128i& b)
+    {
+        r = k565 ? _mm_and_si128(_mm_srli_epi16(w, 8), _mm_set1_epi16(0xF8))
+                 : _mm_srli_epi16(_mm_and_si128(w, _mm_set1_epi16(0x7C00)), 7);
+        g = _mm_srli_epi16(_mm_and_si128(w, _mm_set1_epi16(k565 ? 0x7E0 : 0x3E0)), k565 ? 3 : 2);
+        b = _mm_and_si128(_mm_slli_epi16(w, 3), _mm_set1_epi16(0xFF));
+    }
+    template <bool kStream>
+    void Run(const uint8_t* s, uint8_t* d) const
+    {
+        __m128i r0, g0, b0, r1, g1, b1, p[4];
+        Channels(Load(s), r0, g0, b0);
+        Channels(Load(s + 16), r1, g1, b1);
+        const __m128i r = _mm_packus_epi16(r0, r1), g = _mm_packus_epi16(g0, g1), b = _mm_packus_epi16(b0, b1);
+        Interleave(O == kBGR ? b : r, g, O == kBGR ? r : b, p);
+        StorePixels<kStream, kPixelBytes>(d, p);
+    }
+};
+
+// 16 pixels of three bytes split into their three byte planes by four rounds of byte unpacks.
+inline void Deinterleave3(const uint8_t* s, __m128i& c0, __m128i& c1, __m128i& c2)
+{
+    __m128i a = Load(s), b = Load(s + 16), c = Load(s + 32);
+    for (int round = 0; round < 4; ++round) {
+        const __m128i x = _mm_unpacklo_epi8(a, _mm_srli_si128(b, 8));
+        const __m128i y = _mm_unpackhi_epi8(a, _mm_slli_si128(c, 8));
+        const __m128i z = _mm_unpacklo_epi8(b, _mm_srli_si128(c, 8));
+        a = x, b = y, c = z;
+    }
+    c0 = a, c1 = b, c2 = c;
+}
+
+// 16 pixels of 3 bytes in the order O to their greys (54 R + 183 G + 18 B + 128) >> 8: the sum stays below
+// 65536, so 16-bit lanes hold it exactly.
+template <TOrder O>
+struct SGrey24 {
+    static constexpr uint32_t kPixels = 16, kInBytes = 48, kOutBytes = 16;
+    // The weights are hidden from the optimiser, which would otherwise trade each multiply for several shifts.
+    static __m128i Weight(int16_t w)
+    {
+        __m128i v = _mm_set1_epi16(w);
+        asm("" : "+x"(v));
+        return v;
+    }
+    static __m128i Grey(__m128i r, __m128i g, __m128i b, const __m128i k[3])
+    {
+        const __m128i sum = _mm_add_epi16(_mm_add_epi16(_mm_mullo_epi16(r, k[0]), _mm_mullo_epi16(g, k[1])),
+                                          _mm_add_epi16(_mm_mullo_epi16(b, k[2]), _mm_set1_epi16(128)));
+        return _mm_srli_epi16(sum, 8);
+    }
+    template <bool kStream>
+    void Run(const uint8_t* s, uint8_t* d) const
+    {
+        __m128i c0, c1, c2;
+        Deinterleave3(s, c0, c1, c2);
+        const __m128i r = O == kBGR ? c2 : c0, g = c1, b = O == kBGR ? c0 : c2, zero = _mm_setzero_si128();
+        const __m128i k[3] = {Weight(54), Weight(183), Weight(18)};
+        const __m128i lo = Grey(_mm_unpacklo_epi8(r, zero), _mm_unpacklo_epi8(g, zero), _mm_unpacklo_epi8(b, zero), k);
+        const __m128i hi = Grey(_mm_unpackhi_epi8(r, zero), _mm_unpackhi_epi8(g, zero), _mm_unpackhi_epi8(b, zero), k);
+        Store<kStream>(d, _mm_packus_epi16(lo, hi));
+    }
+};
+
 // 16 pixels R, G, B to B, G, R and the destination's own fourth byte: spread as BGR24 is, then swapped.
 struct SRGB24ToBGR32 {
     using Spread = SShifts<MBGR24ToBGR32>;
@@ -330,5 +398,22 @@ int Convert_YCbCr422_8_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
     return Run(KAIP_LINE_ARGS, bReverseLines, SYCbCr422<kRGB, 4>{}, RYCbCr422_8{}, WRGB32{});
 }
+
+// The members of KAIP_SSE2_MEMBERS with a step of their own: name, scalar reader and writer, step.
+#define KAIP_SSE2_ENTRY(name, R, W, ...)                                    \
+    int name(KAIP_LINE_PARAMS, bool bReverseLines)                          \
+    {                                                                       \
+        return Run(KAIP_LINE_ARGS, bReverseLines, __VA_ARGS__{}, R{}, W{}); \
+    }
+KAIP_SSE2_ENTRY(Convert_BGR15_to_BGR24, RBGR15, WBGR24, SShortToBytes<false, kBGR, 3>)
+KAIP_SSE2_ENTRY(Convert_BGR15_to_RGB24, RBGR15, WRGB24, SShortToBytes<false, kRGB, 3>)
+KAIP_SSE2_ENTRY(Convert_BGR15_to_BGR32, RBGR15, WBGR32, SShortToBytes<false, kBGR, 4>)
+KAIP_SSE2_ENTRY(Convert_BGR15_to_RGB32, RBGR15, WRGB32, SShortToBytes<false, kRGB, 4>)
+KAIP_SSE2_ENTRY(Convert_BGR16_to_BGR24, RBGR16, WBGR24, SShortToBytes<true, kBGR, 3>)
+KAIP_SSE2_ENTRY(Convert_BGR16_to_RGB24, RBGR16, WRGB24, SShortToBytes<true, kRGB, 3>)
+KAIP_SSE2_ENTRY(Convert_BGR16_to_BGR32, RBGR16, WBGR32, SShortToBytes<true, kBGR, 4>)
+KAIP_SSE2_ENTRY(Convert_BGR16_to_RGB32, RBGR16, WRGB32, SShortToBytes<true, kRGB, 4>)
+KAIP_SSE2_ENTRY(Convert_BGR24_to_Mono8, RBGR24, WMono8, SGrey24<kBGR>)
+KAIP_SSE2_ENTRY(Convert_RGB24_to_Mono8, RRGB24, WMono8, SGrey24<kRGB>)
 
 }  // namespace convert::sse2

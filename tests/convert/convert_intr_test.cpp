@@ -131,10 +131,24 @@ const TCase kCases[] = {
     {"YCbCr422_8_to_RGB24", Convert_YCbCr422_8_to_RGB24_intr, Convert_YCbCr422_8_to_RGB24, YCbCr422Bytes, 3, kSSE2},
     {"YCbCr422_8_to_BGR32", Convert_YCbCr422_8_to_BGR32_intr, Convert_YCbCr422_8_to_BGR32, YCbCr422Bytes, 4, kSSE2},
     {"YCbCr422_8_to_RGB32", Convert_YCbCr422_8_to_RGB32_intr, Convert_YCbCr422_8_to_RGB32, YCbCr422Bytes, 4, kSSE2},
-    {"SwapColor8Data_sse2", SwapColor8Data_sse2, SwapColor8Data, Bytes3, 3, kSSE2},
-    {"Mono8_to_BGR24_sse2", Convert_Mono8_to_BGR24_sse2, Convert_Mono8_to_BGR24, Bytes1, 3, kSSE2},
-    {"BGR24_to_BGR32_sse2", Convert_BGR24_to_BGR32_sse2, Convert_BGR24_to_BGR32, Bytes3, 4, kSSE2},
-    {"RGB24_to_BGR32_sse2", Convert_RGB24_to_BGR32_sse2, Convert_RGB24_to_BGR32, Bytes3, 4, kSSE2},
+#define KAIP_SSE2_CASE(name, src, dst)                    \
+    {                                                     \
+#name "_sse2", name##_sse2, name, src, dst, kSSE2 \
+    }
+    KAIP_SSE2_CASE(SwapColor8Data, Bytes3, 3),
+    KAIP_SSE2_CASE(Convert_Mono8_to_BGR24, Bytes1, 3),
+    KAIP_SSE2_CASE(Convert_BGR24_to_BGR32, Bytes3, 4),
+    KAIP_SSE2_CASE(Convert_RGB24_to_BGR32, Bytes3, 4),
+    KAIP_SSE2_CASE(Convert_BGR15_to_BGR24, Bytes2, 3),
+    KAIP_SSE2_CASE(Convert_BGR15_to_RGB24, Bytes2, 3),
+    KAIP_SSE2_CASE(Convert_BGR15_to_BGR32, Bytes2, 4),
+    KAIP_SSE2_CASE(Convert_BGR15_to_RGB32, Bytes2, 4),
+    KAIP_SSE2_CASE(Convert_BGR16_to_BGR24, Bytes2, 3),
+    KAIP_SSE2_CASE(Convert_BGR16_to_RGB24, Bytes2, 3),
+    KAIP_SSE2_CASE(Convert_BGR16_to_BGR32, Bytes2, 4),
+    KAIP_SSE2_CASE(Convert_BGR16_to_RGB32, Bytes2, 4),
+    KAIP_SSE2_CASE(Convert_BGR24_to_Mono8, Bytes3, 1),
+    KAIP_SSE2_CASE(Convert_RGB24_to_Mono8, Bytes3, 1),
     {"MonoPacked10_to_Mono8_sse2", Depths<Convert_MonoPacked_to_Mono8_sse2, 10>,
      Depths<Convert_MonoPacked_to_Mono8, 10>, PackedBytes, 1, kSSE2},
     {"MonoPacked12_to_Mono8_sse2", Depths<Convert_MonoPacked_to_Mono8_sse2, 12>,
