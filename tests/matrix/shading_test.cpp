@@ -129,7 +129,8 @@ TEST(ApplyShadingCorrection, MatchesModelOnRandomImages)
 }
 
 // The vector workers write exactly the baseline's bytes: every format, every width up to 64 and a few
-// large ones, both line orders, padded lines, in place and into a sentinel-filled destination.
+// large ones, both line orders, lines padded by whole samples, in place and into a sentinel-filled
+// destination.
 TEST(ApplyShadingCorrection, VectorWorkersWriteTheBaselineBytes)
 {
     uint32_t seed = 60000;
@@ -145,10 +146,10 @@ TEST(ApplyShadingCorrection, VectorWorkersWriteTheBaselineBytes)
                 [&] {
                     std::mt19937 gen(seed);
                     std::vector<std::unique_ptr<GuardedImage>> images;
-                    images.push_back(MakeImage(w, 3, f.code, pixel, flags, 1 + seed % 5, seed));
+                    images.push_back(MakeImage(w, 3, f.code, pixel, flags, (1 + seed % 5) * f.bytes, seed));
                     images.push_back(MakeImage(w, 3, f.code, pixel, flags, 2, 0));
                     images.push_back(MakeImage(w, 3, f.code, pixel, flags, 0, 0));
-                    images.push_back(MakeImage(w, 3, f.code, pixel, flags, 3, 0));
+                    images.push_back(MakeImage(w, 3, f.code, pixel, flags, 4, 0));
                     FillReferences(f, images[1]->info, images[2]->info, gen);
                     return images;
                 },
