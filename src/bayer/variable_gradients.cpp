@@ -1,10 +1,14 @@
 // variable_gradients.cpp: threshold-based variable number of gradients (Chang, Cheung and Pang).
 #include <cstdlib>
+#include <cstring>
+#include <new>
 #include <type_traits>
 
 #include "bayer/bayer.h"
 #include "bayer/decoder_window.h"
 #include "bayer/variable_gradients.h"
+#include "core/log.h"
+#include "platform/os_buffer.h"
 
 namespace {
 
@@ -17,54 +21,148 @@ struct TTurned {
     static constexpr int Dx(int dy, int dx) { return Turn == 0 ? dx : Turn == 1 ? dy : Turn == 2 ? -dx : -dy; }
 };
 
-// One direction as seen from the pixel: its gradient (in halves) and, in quarters, the three
-// colours around the neighbour it points to. At a red or blue pixel the colours are its own,
-// green and the opposite one; at a green pixel green, then the colour whose sites lie like
-// (-2, 1) in the unturned direction, then the one whose sites lie like (-1, 2).
+// The colours of one direction, in quarters, around the neighbour it points to. At a red or
+// blue pixel they are its own, green and the opposite one; at a green pixel green, then the
+// colour whose sites lie like (-2, 1) in the unturned direction, then the one whose sites lie
+// like (-1, 2).
 template <class T>
-struct TDirection {
-    T gradient, first, second, third;
+struct TColours {
+    T first, second, third;
 };
 
-// |a - b| in the lane type (16 or 32 bits): 16-bit lanes have min and max but no abs in SSE2.
+// A loop runs over the columns of one kind (Green or not), so the picks between the kinds are
+// made at compile time.
+template <int Turn, bool Green, class T, class P>
+inline __attribute__((always_inline)) TColours<T> Axis(const P& p, T c)
+{
+    auto q = [&](int dy, int dx) { return p(TTurned<Turn>::Dy(dy, dx), TTurned<Turn>::Dx(dy, dx)); };
+    const T near4 = T(4 * q(-1, 0)), side = T(2 * (q(-1, -1) + q(-1, 1)));
+    const T far = T(q(-2, -1) + q(-2, 1) + q(0, -1) + q(0, 1));
+    return {T(2 * (q(-2, 0) + c)), Green ? far : near4, Green ? near4 : side};
+}
+
+template <int Turn, bool Green, class T, class P>
+inline __attribute__((always_inline)) TColours<T> Diagonal(const P& p, T c)
+{
+    auto q = [&](int dy, int dx) { return p(TTurned<Turn>::Dy(dy, dx), TTurned<Turn>::Dx(dy, dx)); };
+    const T corner4 = T(4 * q(-1, 1)), ownRB = T(2 * (q(-2, 2) + c));
+    const T around = T(q(-2, 1) + q(-1, 0) + q(-1, 2) + q(0, 1));
+    const T xG = T(2 * (q(-2, 1) + q(0, 1))), yG = T(2 * (q(-1, 0) + q(-1, 2)));
+    return {Green ? corner4 : ownRB, Green ? xG : around, Green ? yG : corner4};
+}
+
+// ---- a strip of columns, line after line ----
+
+// The source lines of a strip of up to kStrip columns, widened to the lane type and split by
+// column parity: column x0 - 4 + i lies in half i & 1 at index i >> 1. Columns x0 - 2 .. x1 + 1 are the image's,
+// the two beyond them on either side are zero (only unused plane entries read them).
+constexpr uint32_t kStrip = 1024;
+constexpr uint32_t kHalf = kStrip / 2 + 4;
+template <class T>
+using TRow = T[2][kHalf];
+
+// Every gradient is a sum of absolute differences of samples two apart along its direction
+// (one apart for the diagonals of red and blue pixels); the differences of each line are
+// taken once, into planes, whose slot r & 3 holds at each column i:
+//   tv  vertical pairs from line r: 2 |w(r, i) - w(r+2, i)| plus the same at i-1 and i+1
+//   hv  horizontal pairs on line r+1: |w(r+1, i-1) - w(r+1, i+1)| + |w(r+1, i) - w(r+1, i+2)|
+//   da  rising diagonal around (r+1, i): 2 |w(r, i+1) - w(r+2, i-1)| + |w(r, i) - w(r+1, i-1)|
+//       + |w(r+1, i+1) - w(r+2, i)|
+//   dm  falling diagonal around (r+1, i): 2 |w(r, i-1) - w(r+2, i+1)| + |w(r+1, i-1) - w(r+2, i)|
+//       + |w(r, i) - w(r+1, i+1)|
+//   a2  rising pairs from line r: |w(r, i) - w(r+2, i-2)| + |w(r, i+1) - w(r+2, i-1)|
+//   m2  falling pairs from line r: |w(r, i) - w(r+2, i+2)| + |w(r, i+1) - w(r+2, i+3)|
+// Around line y the north gradient is tv(y-2) + tv(y-1), the west one hv(y-1) + 2 hv(y) +
+// hv(y+1) at the column left of the pixel, and so on (see Gradients).
+template <class T>
+struct TStrip {
+    TRow<T> src[8];
+    TRow<T> tv[4], hv[4], da[4], dm[4], a2[4], m2[4];
+};
+
+// The value at column offset dx from column 2k + H of a split row (the offset's half and index).
+template <int H, class T>
+inline __attribute__((always_inline)) T At(const TRow<T>& row, int32_t k, int dx)
+{
+    return row[(H + dx) & 1][k + ((H + dx) >> 1)];
+}
+
 template <class T>
 inline T Distance(T a, T b)
 {
     if constexpr (sizeof(T) == 2) {
-        return T(std::max(a, b) - std::min(a, b));
+        return T(std::max(a, b) - std::min(a, b));  // SSE2 has min and max of 16-bit lanes, not abs
     } else {
         return std::abs(a - b);
     }
 }
 
-// A loop runs over the columns of one kind (Green or not), so the picks between the kinds are
-// made at compile time. The axial gradient is the same formula at both kinds.
-template <int Turn, bool Green, class T, class P>
-inline __attribute__((always_inline)) TDirection<T> Axis(const P& p, T c)
+template <unsigned Bits, class T>
+void WidenRow(const uint8_t* pLine, uint32_t x0, uint32_t n, TRow<T>& row)
 {
-    auto q = [&](int dy, int dx) { return p(TTurned<Turn>::Dy(dy, dx), TTurned<Turn>::Dx(dy, dx)); };
-    const T g = T(2 * Distance(q(-1, 0), q(1, 0)) + 2 * Distance(q(-2, 0), c) + Distance(q(-1, -1), q(1, -1)) +
-                  Distance(q(-1, 1), q(1, 1)) + Distance(q(-2, -1), q(0, -1)) + Distance(q(-2, 1), q(0, 1)));
-    const T near4 = T(4 * q(-1, 0)), side = T(2 * (q(-1, -1) + q(-1, 1)));
-    const T far = T(q(-2, -1) + q(-2, 1) + q(0, -1) + q(0, 1));
-    return {g, T(2 * (q(-2, 0) + c)), Green ? far : near4, Green ? near4 : side};
+    const uint8_t* __restrict pIn = pLine + size_t(x0 - 2) * TDepth<Bits>::kBytes;
+    for (int h = 0; h < 2; ++h) {
+        T* __restrict pOut = row[h];
+        const int32_t end = int32_t(n + 7 - h) / 2;  // columns i = 2 .. n+5
+        pOut[0] = 0, pOut[end] = 0;
+        for (int32_t k = 1; k < end; ++k) {  // a signed index: the compiler vectorises it
+            const int32_t i = 2 * k + h - 2;
+            if constexpr (Bits == 8) {
+                pOut[k] = pIn[i];
+            } else {
+                uint16_t v;
+                std::memcpy(&v, pIn + 2 * i, 2);
+                pOut[k] = T(v & TDepth<Bits>::kMask1);
+            }
+        }
+    }
 }
 
-template <int Turn, bool Green, class T, class P>
-inline __attribute__((always_inline)) TDirection<T> Diagonal(const P& p, T c)
+// The planes of slot r from lines r, r+1 and r+2, columns 2 .. n+4 of one half.
+template <int H, class T>
+__attribute__((optimize("no-tree-pre"))) void PlanesHalf(TStrip<T>& __restrict s, uint32_t r, uint32_t n)
 {
-    auto q = [&](int dy, int dx) { return p(TTurned<Turn>::Dy(dy, dx), TTurned<Turn>::Dx(dy, dx)); };
-    const T common = T(2 * Distance(q(-1, 1), q(1, -1)) + 2 * Distance(q(-2, 2), c));
-    const T tail = Green ? T(2 * Distance(q(-2, 1), q(0, -1)) + 2 * Distance(q(-1, 2), q(1, 0)))
-                         : T(Distance(q(-1, 0), q(0, -1)) + Distance(q(0, 1), q(1, 0)) + Distance(q(-2, 1), q(-1, 0)) +
-                             Distance(q(-1, 2), q(0, 1)));
-    const T corner4 = T(4 * q(-1, 1)), ownRB = T(2 * (q(-2, 2) + c));
-    const T around = T(q(-2, 1) + q(-1, 0) + q(-1, 2) + q(0, 1));
-    const T xG = T(2 * (q(-2, 1) + q(0, 1))), yG = T(2 * (q(-1, 0) + q(-1, 2)));
-    return {T(common + tail), Green ? corner4 : ownRB, Green ? xG : around, Green ? yG : corner4};
+    const TRow<T>&a = s.src[r & 7], &b = s.src[(r + 1) & 7], &c = s.src[(r + 2) & 7];
+    const uint32_t slot = r & 3;
+    for (int32_t k = 1; k < int32_t(n + 6 - H) / 2; ++k) {
+        auto v2 = [&](int dx) { return Distance(At<H>(a, k, dx), At<H>(c, k, dx)); };
+        s.tv[slot][H][k] = T(2 * v2(0) + v2(-1) + v2(1));
+        s.hv[slot][H][k] = T(Distance(At<H>(b, k, -1), At<H>(b, k, 1)) + Distance(At<H>(b, k, 0), At<H>(b, k, 2)));
+        s.da[slot][H][k] = T(2 * Distance(At<H>(a, k, 1), At<H>(c, k, -1)) + Distance(At<H>(a, k, 0), At<H>(b, k, -1)) +
+                             Distance(At<H>(b, k, 1), At<H>(c, k, 0)));
+        s.dm[slot][H][k] = T(2 * Distance(At<H>(a, k, -1), At<H>(c, k, 1)) + Distance(At<H>(b, k, -1), At<H>(c, k, 0)) +
+                             Distance(At<H>(a, k, 0), At<H>(b, k, 1)));
+        s.a2[slot][H][k] = T(Distance(At<H>(a, k, 0), At<H>(c, k, -2)) + Distance(At<H>(a, k, 1), At<H>(c, k, -1)));
+        s.m2[slot][H][k] = T(Distance(At<H>(a, k, 0), At<H>(c, k, 2)) + Distance(At<H>(a, k, 1), At<H>(c, k, 3)));
+    }
 }
 
-// The estimates of the count columns of one parity (green or not) of a stretch: the
+// The eight gradients (in halves) of the pixel at column 2k + Par of line y, directions in the
+// order of the turns: north, west, south, east, then north-east, north-west, south-west,
+// south-east.
+template <bool Green, int Par, class T>
+inline __attribute__((always_inline)) void Gradients(const TStrip<T>& s, uint32_t y, int32_t k, T (&g)[8])
+{
+    const uint32_t s0 = (y - 2) & 3, s1 = (y - 1) & 3, s2 = y & 3;
+    auto at = [&](const TRow<T>(&plane)[4], uint32_t slot, int dx) { return At<Par>(plane[slot], k, dx); };
+    g[0] = T(at(s.tv, s0, 0) + at(s.tv, s1, 0));
+    g[1] = T(at(s.hv, s0, -1) + 2 * at(s.hv, s1, -1) + at(s.hv, s2, -1));
+    g[2] = T(at(s.tv, s1, 0) + at(s.tv, s2, 0));
+    g[3] = T(at(s.hv, s0, 0) + 2 * at(s.hv, s1, 0) + at(s.hv, s2, 0));
+    if constexpr (Green) {
+        g[4] = T(2 * (at(s.a2, s0, 1) + at(s.a2, s1, 1)));
+        g[5] = T(2 * (at(s.m2, s0, -2) + at(s.m2, s1, -2)));
+        g[6] = T(2 * (at(s.a2, s1, 0) + at(s.a2, s2, 0)));
+        g[7] = T(2 * (at(s.m2, s1, -1) + at(s.m2, s2, -1)));
+    } else {
+        g[4] = T(at(s.da, s1, 0) + at(s.da, s0, 1));
+        g[5] = T(at(s.dm, s1, 0) + at(s.dm, s0, -1));
+        g[6] = T(at(s.da, s1, 0) + at(s.da, s2, -1));
+        g[7] = T(at(s.dm, s1, 0) + at(s.dm, s2, 1));
+    }
+}
+
+// The estimates of the count columns of one parity (green or not) of line y of a strip: the
 // directions whose gradient is at most 1.5 min + 0.5 (max - min) are chosen; each output is
 // the pixel's sample plus the mean colour difference over them, rounded once and clamped.
 // `first` is green at red and blue columns and the colour beside the pixel at green ones,
@@ -73,28 +171,33 @@ inline __attribute__((always_inline)) TDirection<T> Diagonal(const P& p, T c)
 // by a reciprocal (RoundedMean). Without partial redundancy elimination, which would carry
 // loads from one column to the next, the loop vectorises (WithAvx2 likewise).
 template <unsigned Bits, bool Green, int Par, class T>
-__attribute__((optimize("no-tree-pre"))) void Estimates(const TSplitWindow<T>& __restrict win, uint32_t count,
+__attribute__((optimize("no-tree-pre"))) void Estimates(const TStrip<T>& __restrict s, uint32_t y, uint32_t count,
                                                         int32_t* __restrict pFirst, int32_t* __restrict pSecond)
 {
+    const TRow<T>* rows[5] = {&s.src[(y - 2) & 7], &s.src[(y - 1) & 7], &s.src[y & 7], &s.src[(y + 1) & 7],
+                              &s.src[(y + 2) & 7]};
     for (int32_t j = 0; j < int32_t(count); ++j) {
-        auto p = [&](int dy, int dx) { return win.half[(Par + dx) & 1][2 + dy][j + ((Par + dx + 2) >> 1)]; };
+        const int32_t k = j + 2;  // column x0 + 2j + Par is i = 2k + Par
+        auto p = [&](int dy, int dx) { return At<Par>(*rows[2 + dy], k, dx); };
         const T c = p(0, 0);
-        const TDirection<T> d[8] = {Axis<0, Green>(p, c),     Axis<1, Green>(p, c),     Axis<2, Green>(p, c),
-                                    Axis<3, Green>(p, c),     Diagonal<0, Green>(p, c), Diagonal<1, Green>(p, c),
-                                    Diagonal<2, Green>(p, c), Diagonal<3, Green>(p, c)};
-        T lo = d[0].gradient, hi = d[0].gradient;
-        for (int k = 1; k < 8; ++k) lo = std::min(lo, d[k].gradient), hi = std::max(hi, d[k].gradient);
+        T g[8];
+        Gradients<Green, Par>(s, y, k, g);
+        const TColours<T> d[8] = {Axis<0, Green>(p, c),     Axis<1, Green>(p, c),     Axis<2, Green>(p, c),
+                                  Axis<3, Green>(p, c),     Diagonal<0, Green>(p, c), Diagonal<1, Green>(p, c),
+                                  Diagonal<2, Green>(p, c), Diagonal<3, Green>(p, c)};
+        T lo = g[0], hi = g[0];
+        for (int m = 1; m < 8; ++m) lo = std::min(lo, g[m]), hi = std::max(hi, g[m]);
         // gradient <= 1.5 min + 0.5 (max - min), i.e. 2 (gradient - min) <= max
         const T limit = T(hi >> 1);
         T taken = 0, own = 0, a = 0, b = 0;
-        for (int k = 0; k < 8; ++k) {
-            const T take = T(d[k].gradient - lo <= limit ? -1 : 0);
+        for (int m = 0; m < 8; ++m) {
+            const T take = T(g[m] - lo <= limit ? -1 : 0);
             // Around a green pixel odd turns swap the colours beside and above.
-            const bool bSwap = Green && (k & 1);
+            const bool bSwap = Green && (m & 1);
             taken = T(taken - take);
-            own = T(own + (d[k].first & take));
-            a = T(a + ((bSwap ? d[k].third : d[k].second) & take));
-            b = T(b + ((bSwap ? d[k].second : d[k].third) & take));
+            own = T(own + (d[m].first & take));
+            a = T(a + ((bSwap ? d[m].third : d[m].second) & take));
+            b = T(b + ((bSwap ? d[m].second : d[m].third) & take));
         }
         const T n4 = T(4 * taken), top = T(n4 * T(TDepth<Bits>::kMask1));
         pFirst[j] = RoundedMean(std::min(std::max(T(n4 * c + a - own), T(0)), top), taken);
@@ -102,18 +205,18 @@ __attribute__((optimize("no-tree-pre"))) void Estimates(const TSplitWindow<T>& _
     }
 }
 
-// The estimates of both parities of a stretch of n columns whose green columns have parity
-// greenParity; index 1 of the outputs holds the green columns.
+// The estimates of both parities of line y of a strip of n columns whose green columns have
+// parity greenParity; index 1 of the outputs holds the green columns.
 template <unsigned Bits, class T>
-void StretchEstimates(const TSplitWindow<T>& win, uint32_t n, int greenParity, int32_t (&first)[2][kStretch / 2],
-                      int32_t (&second)[2][kStretch / 2])
+void LineEstimates(const TStrip<T>& s, uint32_t y, uint32_t n, int greenParity, int32_t (&first)[2][kStrip / 2],
+                   int32_t (&second)[2][kStrip / 2])
 {
     if (greenParity == 0) {
-        Estimates<Bits, true, 0>(win, (n + 1) / 2, first[1], second[1]);
-        Estimates<Bits, false, 1>(win, n / 2, first[0], second[0]);
+        Estimates<Bits, true, 0>(s, y, (n + 1) / 2, first[1], second[1]);
+        Estimates<Bits, false, 1>(s, y, n / 2, first[0], second[0]);
     } else {
-        Estimates<Bits, false, 0>(win, (n + 1) / 2, first[0], second[0]);
-        Estimates<Bits, true, 1>(win, n / 2, first[1], second[1]);
+        Estimates<Bits, false, 0>(s, y, (n + 1) / 2, first[0], second[0]);
+        Estimates<Bits, true, 1>(s, y, n / 2, first[1], second[1]);
     }
 }
 
@@ -148,26 +251,36 @@ struct TGradientsColour {
     }
 };
 
-// The interior in stretches whose estimates work in lanes of type T, built for AVX2 if bAvx2.
+// The interior in strips of kStrip columns, each run from the top line to the bottom one:
+// every source line is widened once and its gradient planes taken once; lanes of type T,
+// built for AVX2 if bAvx2; the strip's lines and planes in pBuffer.
 template <unsigned Bits, uint32_t DstBytes, class T>
-void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32_t h, bool bAvx2)
+void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32_t h, bool bAvx2, void* pBuffer)
 {
     using TColour = TGradientsColour<Bits, DstBytes>;
     const TColour k{lut};
     const TSiteLines<TColour> lines(2, p.bShiftColumn);
-    TSplitWindow<T> split;
-    int32_t first[2][kStretch / 2], second[2][kStretch / 2];
-    for (uint32_t y = 2; y < h - 2; ++y) {
-        const TWindow5<Bits> s = Window5<Bits>(p, y);
-        const bool bRedLine = IsRedLine(y, p.bShiftLine);
-        const int greenParity = bRedLine == p.bShiftColumn ? 0 : 1;  // stretches start at even columns
-        const auto line = bRedLine ? lines.red : lines.blue;
-        uint8_t* pOut = p.pDst + size_t(y) * p.dwDstLineIncrement;
-        for (uint32_t x0 = 2; x0 < w - 2; x0 += kStretch) {
-            const uint32_t x1 = std::min(x0 + kStretch, w - 2);
-            WidenSplit(s, x0, x1, split);
-            AnyAvx2(bAvx2, [&] { StretchEstimates<Bits>(split, x1 - x0, greenParity, first, second); });
-            line(k, {s.pLine[2], {first[0], first[1]}, {second[0], second[1]}, x0, pOut}, x0, x1);
+    TStrip<T>& strip = *new (pBuffer) TStrip<T>;
+    int32_t first[2][kStrip / 2], second[2][kStrip / 2];
+    for (uint32_t x0 = 2; x0 < w - 2; x0 += kStrip) {
+        const uint32_t x1 = std::min(x0 + kStrip, w - 2), n = x1 - x0;
+        for (uint32_t r = 0; r < h; ++r) {
+            WidenRow<Bits>(p.pSrc + size_t(r) * p.dwSrcLineIncrement, x0, n, strip.src[r & 7]);
+            if (r < 2) continue;
+            // Line r completes the planes of slot r - 2 and, from line 4 on, the window of line r - 2.
+            const uint32_t y = r - 2;
+            const bool bRedLine = IsRedLine(y, p.bShiftLine);
+            const int greenParity = bRedLine == p.bShiftColumn ? 0 : 1;  // strips start at even columns
+            AnyAvx2(bAvx2, [&] {
+                PlanesHalf<0>(strip, y, n);
+                PlanesHalf<1>(strip, y, n);
+                if (y >= 2) LineEstimates<Bits>(strip, y, n, greenParity, first, second);
+            });
+            if (y < 2) continue;
+            const auto line = bRedLine ? lines.red : lines.blue;
+            const uint8_t* pCur = p.pSrc + size_t(y) * p.dwSrcLineIncrement;
+            uint8_t* pOut = p.pDst + size_t(y) * p.dwDstLineIncrement;
+            line(k, {pCur, {first[0], first[1]}, {second[0], second[1]}, x0, pOut}, x0, x1);
         }
     }
 }
@@ -180,24 +293,24 @@ KaipStatus BdVariableGradients(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDst
     TBayerJob job;
     TBayerLut lut;
     uint32_t dwDstBytes = 0;
-    const KaipStatus status = PrepareInterpolatingDecoder("KaipBdVariableGradients", pSrcImgInfo, pDstImgInfo,
-                                                          dwDstPixelFormat, dwOptions, hLut, job, lut, dwDstBytes);
+    const char* pszFunc = "KaipBdVariableGradients";
+    const KaipStatus status = PrepareInterpolatingDecoder(pszFunc, pSrcImgInfo, pDstImgInfo, dwDstPixelFormat,
+                                                          dwOptions, hLut, job, lut, dwDstBytes);
     if (status != KASTATUS_OK) return status;
     const uint32_t w = job.src.Width, h = job.src.Height;
-    const TBayerPlanes planes = JobPlanes(job);
     if (w > 4 && h > 4) {
+        // 8-bit samples and their sums fit 16-bit lanes, twice as many per register as 32-bit ones.
+        const bool bWide = job.dwBits > 8;
+        void* pBuffer = oxOsBufferCreateAligned(bWide ? sizeof(TStrip<int32_t>) : sizeof(TStrip<int16_t>), 64, 0);
+        if (!pBuffer) return Refuse(KASTATUS_KAIP_MEMORY_ALLOC_FAILED, "%s: no memory for the strip lines", pszFunc);
+        const TBayerPlanes planes = JobPlanes(job);
         WithDepth(job.dwBits, [&](auto bits) {
-            // 8-bit samples fit 16-bit lanes, twice as many per plain register; with AVX2, whose
-            // 32-bit lanes have native abs, min and max, 32-bit lanes are faster still.
             WithPixelBytes(dwDstBytes, [&](auto bytes) {
-                if (g_SSEChecker.UseAVX2()) {
-                    RunGradients<bits, bytes, int32_t>(planes, lut, w, h, true);
-                } else {
-                    RunGradients<bits, bytes, std::conditional_t<bits == 8, int16_t, int32_t>>(planes, lut, w, h,
-                                                                                               false);
-                }
+                using T = std::conditional_t<bits == 8, int16_t, int32_t>;
+                RunGradients<bits, bytes, T>(planes, lut, w, h, g_SSEChecker.UseAVX2(), pBuffer);
             });
         });
+        oxOsBufferFree(pBuffer);
     }
     FinishFrames(job, dwDstBytes, hLut);
     return KASTATUS_OK;

@@ -3,6 +3,7 @@
 
 #include "bayer/interpolation_model.h"
 #include "bayer/variable_gradients.h"
+#include "platform/os_buffer.h"
 
 using namespace bayer_model;
 
@@ -15,6 +16,27 @@ TEST(BdVariableGradients, MatchesReferenceForEveryDepthPatternDestinationAndLut)
 
 // The division-free rounded mean equals the division for every numerator and count it meets:
 // 16-bit lanes at 8 bits, 32-bit lanes up to 12 bits.
+// Every width up to 70 (both column parities at each end of the vector loops) and widths that
+// end the strips of 1024 columns at every parity.
+TEST(BdVariableGradients, MatchesReferenceAtEveryWidthAndAcrossStrips)
+{
+    std::vector<Size> sizes;
+    for (uint32_t w = 2; w <= 70; ++w) sizes.push_back({w, 6 + w % 3});
+    for (uint32_t w : {1027u, 1028u, 1029u, 1030u, 2053u, 2054u}) sizes.push_back({w, 5 + w % 2});
+    ExpectMatchesModel(KaipBdVariableGradients, VariableGradients, sizes);
+}
+
+TEST(BdVariableGradients, ReportsAFailedStripBufferAllocation)
+{
+    BayerImage src(9, 7, 8, false, false, 5);
+    auto dst = Destination(9, 7, KaipPixelFormat_BGR8Packed, 3);
+    oxOsBufferFailAfter(0);
+    const KaipStatus status =
+        KaipBdVariableGradients(&src.img->info, &dst->info, KaipPixelFormat_BGR8Packed, 0, nullptr);
+    oxOsBufferFailAfter(-1);
+    EXPECT_EQ(status, KASTATUS_KAIP_MEMORY_ALLOC_FAILED);
+}
+
 TEST(BdVariableGradients, RoundedMeanDividesExactlyOverTheWholeRange)
 {
     for (int32_t taken = 1; taken <= 8; ++taken) {
