@@ -17,6 +17,7 @@ namespace {
 // InOrder puts the words of a Pack32 result back in memory order.
 struct C128 : V128<false> {
     static T Sub16(T a, T b) { return _mm_sub_epi16(a, b); }
+    static T Avg16(T a, T b) { return _mm_avg_epu16(a, b); }  // (a + b + 1) >> 1, unsigned
     static T Min16(T a, T b) { return _mm_min_epi16(a, b); }
     static T Max16(T a, T b) { return _mm_max_epi16(a, b); }
     template <int S>
@@ -66,6 +67,7 @@ struct C128 : V128<false> {
 // 0, 2, 1, 3; InOrder swaps the middle groups.
 struct C256 : V256 {
     static T Sub16(T a, T b) { return _mm256_sub_epi16(a, b); }
+    static T Avg16(T a, T b) { return _mm256_avg_epu16(a, b); }
     static T Min16(T a, T b) { return _mm256_min_epi16(a, b); }
     static T Max16(T a, T b) { return _mm256_max_epi16(a, b); }
     template <int S>
@@ -139,9 +141,9 @@ struct TChannels {
 // into parts that fit and floored in stages: floor((4a + b) / 16) = floor((a + floor(b / 4)) / 4).
 // Even lanes hold the colour sites (own sample c): green and the opposite colour; odd lanes
 // the green sites: the colours beside (across) and above (vertical).
-//   green    = (2c + direct - ceil(q / 2) + 2) >> 2,            q = the four samples two away
-//   opposite = (3c + diagonal - q + floor(q / 4) + 2) >> 2
-//   across   = (c + left + right + ((c - diagonal - a2 + floor(v2 / 2) + 4) >> 2)) >> 1
+//   green    = (2c + 2 + direct - ceil(q / 2)) >> 2,            q = the four samples two away
+//   opposite = (2c + 2 + c + diagonal - (q - floor(q / 4))) >> 2
+//   across   = (c + left + right + ((c + 4 - diagonal - a2 + floor(v2 / 2)) >> 2)) >> 1
 //   vertical = the same with the vertical pair and v2, a2 swapped
 // (a2, v2: the sums of the two samples two away across and vertically); each kept within the
 // samples its bilinear estimate averages.
@@ -151,7 +153,7 @@ __attribute__((always_inline)) inline TChannels<V> Filters(const TRow<V> (&r)[5]
     using T = typename V::T;
     const T cEven = r[2].Even(i, 0), cOdd = r[2].Odd(i, 0), left = r[2].Odd(i, -1), right = r[2].Even(i, 1);
     const T upEven = r[1].Even(i, 0), upOdd = r[1].Odd(i, 0), downEven = r[3].Even(i, 0), downOdd = r[3].Odd(i, 0);
-    const T one = V::Set16(1), two = V::Set16(2), four = V::Set16(4);
+    const T two = V::Set16(2), four = V::Set16(4);
     auto clamp = [](T v, T a, T b) { return V::Min16(V::Max16(v, V::Min16(a, b)), V::Max16(a, b)); };
     // The vertical pairs of odd lanes bound the colour sites' diagonals and the green sites' vertical estimates.
     const T verticalMin = V::Min16(upOdd, downOdd), verticalMax = V::Max16(upOdd, downOdd);
@@ -162,10 +164,10 @@ __attribute__((always_inline)) inline TChannels<V> Filters(const TRow<V> (&r)[5]
         const T direct = V::Add(V::Add(left, cOdd), V::Add(upEven, downEven));
         const T diagonal = V::Add(V::Add(upLeft, upOdd), V::Add(downLeft, downOdd));
         const T q = V::Add(V::Add(r[2].Even(i, -1), right), V::Add(r[0].Even(i, 0), r[4].Even(i, 0)));
-        const T green = V::template Sar16<2>(
-            V::Add(V::Add(V::Add(c, c), direct), V::Sub16(two, V::template Sar16<1>(V::Add(q, one)))));
-        const T opposite = V::template Sar16<2>(V::Add(V::Add(V::Add(c, V::Add(c, c)), diagonal),
-                                                       V::Add(V::Sub16(V::template Sar16<2>(q), q), two)));
+        const T c2 = V::Add(V::Add(c, c), two);  // 2c + 2
+        const T green = V::template Sar16<2>(V::Sub16(V::Add(c2, direct), V::Avg16(q, V::Zero())));
+        const T opposite = V::template Sar16<2>(
+            V::Sub16(V::Add(V::Add(c2, c), diagonal), V::Sub16(q, V::template Sar16<2>(q))));
         out.even[0] = c;
         out.even[1] = V::Min16(V::Max16(green, V::Min16(V::Min16(left, cOdd), V::Min16(upEven, downEven))),
                                V::Max16(V::Max16(left, cOdd), V::Max16(upEven, downEven)));
@@ -174,14 +176,12 @@ __attribute__((always_inline)) inline TChannels<V> Filters(const TRow<V> (&r)[5]
     }
     {  // green sites: beside them cEven and right, above and below upOdd and downOdd
         const T c = cOdd;
-        const T cd = V::Sub16(c, V::Add(V::Add(upEven, r[1].Even(i, 1)), V::Add(downEven, r[3].Even(i, 1))));
+        const T cd = V::Sub16(V::Add(c, four), V::Add(V::Add(upEven, r[1].Even(i, 1)), V::Add(downEven, r[3].Even(i, 1))));
         const T a2 = V::Add(left, r[2].Odd(i, 1)), v2 = V::Add(r[0].Odd(i, 0), r[4].Odd(i, 0));
-        const T across = V::template Sar16<1>(
-            V::Add(V::Add(c, V::Add(cEven, right)),
-                   V::template Sar16<2>(V::Add(V::Sub16(cd, a2), V::Add(V::template Sar16<1>(v2), four)))));
-        const T vertical = V::template Sar16<1>(
-            V::Add(V::Add(c, V::Add(upOdd, downOdd)),
-                   V::template Sar16<2>(V::Add(V::Sub16(cd, v2), V::Add(V::template Sar16<1>(a2), four)))));
+        const T across = V::template Sar16<1>(V::Add(V::Add(c, V::Add(cEven, right)),
+                                                     V::template Sar16<2>(V::Add(V::Sub16(cd, a2), V::template Sar16<1>(v2)))));
+        const T vertical = V::template Sar16<1>(V::Add(V::Add(c, V::Add(upOdd, downOdd)),
+                                                       V::template Sar16<2>(V::Add(V::Sub16(cd, v2), V::template Sar16<1>(a2)))));
         out.odd[0] = clamp(across, cEven, right);
         out.odd[1] = c;
         out.odd[2] = V::Min16(V::Max16(vertical, verticalMin), verticalMax);
