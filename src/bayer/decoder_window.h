@@ -78,6 +78,20 @@ inline void FinishFrames(const TBayerJob& job, uint32_t dwDstBytes, KaipHLut hLu
 // Columns per stretch; results wait in small arrays on the stack. Stretches start at even columns.
 constexpr uint32_t kStretch = 256;
 
+// Sample i of a line as a lane of type T, masked to the depth; the loops that widen lines call
+// it with a signed index, which lets the compiler vectorise them.
+template <unsigned Bits, class T>
+inline T WideSample(const uint8_t* pIn, int32_t i)
+{
+    if constexpr (Bits == 8) {
+        return T(pIn[i]);
+    } else {
+        uint16_t v;
+        std::memcpy(&v, pIn + 2 * i, 2);
+        return T(v & TDepth<Bits>::kMask1);
+    }
+}
+
 // The five lines of a stretch widened to 32 bits (masked to the depth) with two columns on
 // either side, so the loops over it work on one lane width throughout.
 struct TWideWindow {
@@ -92,14 +106,8 @@ void WidenWindow(const TWindow5<Bits>& s, uint32_t x0, uint32_t x1, TWideWindow&
     for (int r = 0; r < 5; ++r) {
         const uint8_t* __restrict pIn = s.pLine[r] + size_t(x0 - 2) * TDepth<Bits>::kBytes;
         int32_t* __restrict pOut = wide.line[r];
-        for (int32_t i = 0; i < int32_t(n); ++i) {  // a signed index: the compiler vectorises it
-            if constexpr (Bits == 8) {
-                pOut[i] = pIn[i];
-            } else {
-                uint16_t v;
-                std::memcpy(&v, pIn + 2 * i, 2);
-                pOut[i] = v & TDepth<Bits>::kMask1;
-            }
+        for (int32_t i = 0; i < int32_t(n); ++i) {
+            pOut[i] = WideSample<Bits, int32_t>(pIn, i);
         }
     }
 }
@@ -120,15 +128,8 @@ void WidenSplit(const TWindow5<Bits>& s, uint32_t x0, uint32_t x1, TSplitWindow<
         const uint8_t* __restrict pIn = s.pLine[r] + size_t(x0 - 2) * TDepth<Bits>::kBytes;
         for (int h = 0; h < 2; ++h) {
             T* __restrict pOut = split.half[h][r];
-            for (int32_t k = 0; k < (n + 1 - h) / 2; ++k) {  // a signed index: the compiler vectorises it
-                const int32_t i = 2 * k + h;
-                if constexpr (Bits == 8) {
-                    pOut[k] = pIn[i];
-                } else {
-                    uint16_t v;
-                    std::memcpy(&v, pIn + 2 * i, 2);
-                    pOut[k] = T(v & TDepth<Bits>::kMask1);
-                }
+            for (int32_t k = 0; k < (n + 1 - h) / 2; ++k) {
+                pOut[k] = WideSample<Bits, T>(pIn, 2 * k + h);
             }
         }
     }

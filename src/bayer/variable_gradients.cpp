@@ -1,4 +1,6 @@
 // variable_gradients.cpp: threshold-based variable number of gradients (Chang, Cheung and Pang).
+#include "bayer/variable_gradients.h"
+
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -6,7 +8,6 @@
 
 #include "bayer/bayer.h"
 #include "bayer/decoder_window.h"
-#include "bayer/variable_gradients.h"
 #include "core/log.h"
 #include "platform/os_buffer.h"
 
@@ -105,16 +106,7 @@ void WidenRow(const uint8_t* pLine, uint32_t x0, uint32_t n, TRow<T>& row)
         T* __restrict pOut = row[h];
         const int32_t end = int32_t(n + 7 - h) / 2;  // columns i = 2 .. n+5
         pOut[0] = 0, pOut[end] = 0;
-        for (int32_t k = 1; k < end; ++k) {  // a signed index: the compiler vectorises it
-            const int32_t i = 2 * k + h - 2;
-            if constexpr (Bits == 8) {
-                pOut[k] = pIn[i];
-            } else {
-                uint16_t v;
-                std::memcpy(&v, pIn + 2 * i, 2);
-                pOut[k] = T(v & TDepth<Bits>::kMask1);
-            }
-        }
+        for (int32_t k = 1; k < end; ++k) pOut[k] = WideSample<Bits, T>(pIn, 2 * k + h - 2);
     }
 }
 
