@@ -142,9 +142,10 @@ int main(int argc, char** argv)
     for (int i = 2; i + 1 < argc; i += 2) {
         const std::string option = argv[i], value = argv[i + 1];
         if (option == "--decoder") {
-            decoders.erase(std::remove_if(decoders.begin(), decoders.end(),
-                                          [&](const TNamedDecoder& d) { return value != d.pszName && value != d.pszOldName; }),
-                           decoders.end());
+            decoders.erase(
+                std::remove_if(decoders.begin(), decoders.end(),
+                               [&](const TNamedDecoder& d) { return value != d.pszName && value != d.pszOldName; }),
+                decoders.end());
         } else if (option == "--pattern") {
             const auto* p = std::find_if(std::begin(kPatterns), std::end(kPatterns),
                                          [&](const TPattern& t) { return value == t.pszName; });

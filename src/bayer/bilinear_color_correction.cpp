@@ -126,7 +126,9 @@ void RunColorCorrection(const TBayerPlanes& p, const TBayerLut& lut, TColorCorre
     using TKernel = TColorCorrection<Bits, DstBytes>;
     const TKernel k{lut};
     const TSiteLines<TKernel> lines[2] = {{0, p.bShiftColumn}, {1, p.bShiftColumn}};
-    auto ring = [&](uint32_t y) { return TSplitLine{{pRing + (y % 5) * 2 * dwHalf, pRing + ((y % 5) * 2 + 1) * dwHalf}}; };
+    auto ring = [&](uint32_t y) {
+        return TSplitLine{{pRing + (y % 5) * 2 * dwHalf, pRing + ((y % 5) * 2 + 1) * dwHalf}};
+    };
     auto split = [&](uint32_t y) { vec.split(p.pSrc + size_t(y) * p.dwSrcLineIncrement, w, ring(y)); };
     if (pRing) {
         for (uint32_t y = 0; y < 4; ++y) split(y);
@@ -174,9 +176,8 @@ KaipStatus BdBilinearColorCorrection(const KaipImgInfo* pSrcImgInfo, KaipImgInfo
         auto* pRing =
             vec.line ? static_cast<uint16_t*>(oxOsBufferCreateAligned(uint64_t(10) * dwHalf * 2, 64, 0)) : nullptr;
         WithDepth(job.dwBits, [&](auto bits) {
-            WithPixelBytes(dwDstBytes, [&](auto bytes) {
-                RunColorCorrection<bits, bytes>(planes, lut, vec, pRing, dwHalf, w, h);
-            });
+            WithPixelBytes(dwDstBytes,
+                           [&](auto bytes) { RunColorCorrection<bits, bytes>(planes, lut, vec, pRing, dwHalf, w, h); });
         });
         if (pRing) oxOsBufferFree(pRing);
     }

@@ -166,8 +166,8 @@ __attribute__((always_inline)) inline TChannels<V> Filters(const TRow<V> (&r)[5]
         const T q = V::Add(V::Add(r[2].Even(i, -1), right), V::Add(r[0].Even(i, 0), r[4].Even(i, 0)));
         const T c2 = V::Add(V::Add(c, c), two);  // 2c + 2
         const T green = V::template Sar16<2>(V::Sub16(V::Add(c2, direct), V::Avg16(q, V::Zero())));
-        const T opposite = V::template Sar16<2>(
-            V::Sub16(V::Add(V::Add(c2, c), diagonal), V::Sub16(q, V::template Sar16<2>(q))));
+        const T opposite =
+            V::template Sar16<2>(V::Sub16(V::Add(V::Add(c2, c), diagonal), V::Sub16(q, V::template Sar16<2>(q))));
         out.even[0] = c;
         out.even[1] = V::Min16(V::Max16(green, V::Min16(V::Min16(left, cOdd), V::Min16(upEven, downEven))),
                                V::Max16(V::Max16(left, cOdd), V::Max16(upEven, downEven)));
@@ -176,12 +176,14 @@ __attribute__((always_inline)) inline TChannels<V> Filters(const TRow<V> (&r)[5]
     }
     {  // green sites: beside them cEven and right, above and below upOdd and downOdd
         const T c = cOdd;
-        const T cd = V::Sub16(V::Add(c, four), V::Add(V::Add(upEven, r[1].Even(i, 1)), V::Add(downEven, r[3].Even(i, 1))));
+        const T cd =
+            V::Sub16(V::Add(c, four), V::Add(V::Add(upEven, r[1].Even(i, 1)), V::Add(downEven, r[3].Even(i, 1))));
         const T a2 = V::Add(left, r[2].Odd(i, 1)), v2 = V::Add(r[0].Odd(i, 0), r[4].Odd(i, 0));
-        const T across = V::template Sar16<1>(V::Add(V::Add(c, V::Add(cEven, right)),
-                                                     V::template Sar16<2>(V::Add(V::Sub16(cd, a2), V::template Sar16<1>(v2)))));
-        const T vertical = V::template Sar16<1>(V::Add(V::Add(c, V::Add(upOdd, downOdd)),
-                                                       V::template Sar16<2>(V::Add(V::Sub16(cd, v2), V::template Sar16<1>(a2)))));
+        const T across = V::template Sar16<1>(V::Add(
+            V::Add(c, V::Add(cEven, right)), V::template Sar16<2>(V::Add(V::Sub16(cd, a2), V::template Sar16<1>(v2)))));
+        const T vertical =
+            V::template Sar16<1>(V::Add(V::Add(c, V::Add(upOdd, downOdd)),
+                                        V::template Sar16<2>(V::Add(V::Sub16(cd, v2), V::template Sar16<1>(a2)))));
         out.odd[0] = clamp(across, cEven, right);
         out.odd[1] = c;
         out.odd[2] = V::Min16(V::Max16(vertical, verticalMin), verticalMax);
