@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "bayer/interpolation_model.h"
+#include "platform/os_buffer.h"
 
 using namespace bayer_model;
 
@@ -19,6 +20,25 @@ TEST(BilinearColorCorrectionSimd, EveryWidthMatchesReference)
     for (uint32_t w = 2; w <= 64; ++w) sizes.push_back({w, 5 + w % 7});
     for (uint32_t w : {641u, 1000u, 2448u}) sizes.push_back({w, 6});
     ExpectMatchesModel(KaipBdBilinearColorCorrection, ColorCorrection, sizes);
+}
+
+// The vector blocks read a ring of split source lines; when it cannot be allocated the scalar
+// rule decodes the whole interior, to the same bytes.
+TEST(BilinearColorCorrectionSimd, WithoutItsLineRingTheScalarRuleDecodesEverything)
+{
+    const TestLut lut(LutKind::Identity, 1);
+    for (uint32_t bits : {8u, 12u}) {
+        const BayerImage src(70, 9, bits, false, true, 5 + bits);
+        auto dst = Destination(70, 9, KaipPixelFormat_BGR8Packed, 3);
+        oxOsBufferFailAfter(0);
+        const KaipStatus status =
+            KaipBdBilinearColorCorrection(&src.img->info, &dst->info, KaipPixelFormat_BGR8Packed, 0, nullptr);
+        oxOsBufferFailAfter(-1);
+        ASSERT_EQ(status, KASTATUS_OK);
+        const auto want = Expected(*dst, 3, false,
+                                   [&](uint32_t x, uint32_t y) { return ColorCorrection(src.m, lut.of(bits), x, y); });
+        EXPECT_EQ(FirstDifference(*dst, 3, want), "") << "bits " << bits;
+    }
 }
 
 }  // namespace
