@@ -236,7 +236,7 @@ void RunGrouping(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32
     }
 }
 
-// Line buffers of the 8-bit vector path: 13 lines split by parity (source ring of eight, green
+// Line buffers of the vector path: 13 lines split by parity (source ring of eight, green
 // ring of three, the first estimates of both parities, the second ones of green columns), each
 // half with a margin of 16 values in front and the loops' overrun behind.
 constexpr size_t kSplitLines = 13, kSplitMargin = 16;
@@ -246,11 +246,11 @@ size_t SplitStride(uint32_t w)
     return (kSplitMargin + (w + 1) / 2 + 48) & ~size_t(15);
 }
 
-// The 8-bit interior in vector loops. Every source line is split into 16-bit halves once, into
-// a ring of eight; the green of line y+1 (estimates at red and blue columns only: nothing reads
+// The interior in vector loops. Every source line is split into 16-bit halves once, into a
+// ring of eight; the green of line y+1 (estimates at red and blue columns only: nothing reads
 // the green plane at green columns) is made just before the colours of line y. The identity LUT
-// stores the values as they are; other LUTs are read per colour as in the plain path.
-template <uint32_t DstBytes>
+// stores the top 8 bits of the values; other LUTs are read per colour as in the plain path.
+template <unsigned Bits, uint32_t DstBytes>
 void RunGroupingVector(const TGroupingLoops& v, const TBayerPlanes& p, const TBayerLut& lut, bool bIdentity, uint32_t w,
                        uint32_t h, int16_t* pBuffer)
 {
@@ -287,7 +287,7 @@ void RunGroupingVector(const TGroupingLoops& v, const TBayerPlanes& p, const TBa
         if (rb == 1) ringGreen(y, 1);
         if (((w - 2) & 1) == uint32_t(rb)) ringGreen(y, w - 2);
     };
-    using TColour = TGroupingColour<8, DstBytes, int16_t>;
+    using TColour = TGroupingColour<Bits, DstBytes, int16_t>;
     const TSiteLines<TColour> colour(2, p.bShiftColumn);
     const TColour k{lut};
     makeGreen(1);
@@ -337,26 +337,25 @@ KaipStatus BdPixelGrouping(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgI
     if (status != KASTATUS_OK) return status;
     const uint32_t w = job.src.Width, h = job.src.Height;
     if (w > 4 && h > 4) {
-        // 8-bit mosaics take the vector loops (16-bit split lines), deeper ones the 32-bit stretches.
-        const bool bVector = job.dwBits == 8 && g_SSEChecker.m_bUseSSE2;
+        // The vector loops on 16-bit split lines; without SSE2 the 32-bit stretches.
+        const bool bVector = g_SSEChecker.m_bUseSSE2;
         const uint64_t qwBytes =
             bVector ? uint64_t(2) * kSplitLines * SplitStride(w) * sizeof(int16_t) : uint64_t(3) * w * sizeof(int32_t);
         void* pBuffer = oxOsBufferCreateAligned(qwBytes, 64, 0);
         if (!pBuffer) return Refuse(KASTATUS_KAIP_MEMORY_ALLOC_FAILED, "%s: no memory for line buffers", pszFunc);
         std::memset(pBuffer, 0, size_t(qwBytes));  // the loops' overrun reads defined values
         const TBayerPlanes planes = JobPlanes(job);
-        if (bVector) {
-            const TGroupingLoops& loops = g_SSEChecker.UseAVX2() ? g_GroupingAvx2 : g_GroupingSse2;
+        const TGroupingLoops& loops = (g_SSEChecker.UseAVX2() ? g_GroupingAvx2 : g_GroupingSse2)[(job.dwBits - 8) / 2];
+        WithDepth(job.dwBits, [&](auto bits) {
             WithPixelBytes(dwDstBytes, [&](auto bytes) {
-                RunGroupingVector<bytes>(loops, planes, lut, hLut == nullptr, w, h, static_cast<int16_t*>(pBuffer));
-            });
-        } else {
-            WithDepth(job.dwBits, [&](auto bits) {
-                WithPixelBytes(dwDstBytes, [&](auto bytes) {
+                if (bVector) {
+                    RunGroupingVector<bits, bytes>(loops, planes, lut, hLut == nullptr, w, h,
+                                                   static_cast<int16_t*>(pBuffer));
+                } else {
                     RunGrouping<bits, bytes>(planes, lut, w, h, static_cast<int32_t*>(pBuffer));
-                });
+                }
             });
-        }
+        });
         oxOsBufferFree(pBuffer);
     }
     FinishFrames(job, dwDstBytes, hLut);

@@ -5,6 +5,7 @@
 
 #include <immintrin.h>
 
+#include <array>
 #include <cstring>
 
 #include "bayer/pixel_grouping_simd.h"
@@ -41,6 +42,8 @@ struct TLanes {
     static constexpr uint32_t kBytes = sizeof(typename Wide::R);
     typedef int16_t T __attribute__((vector_size(kBytes)));
     typedef uint16_t U __attribute__((vector_size(kBytes)));
+    typedef uint32_t UI __attribute__((vector_size(kBytes)));
+    typedef int32_t I __attribute__((vector_size(kBytes)));
     typedef float F __attribute__((vector_size(kBytes)));
     using R = typename Wide::R;
     static constexpr uint32_t N = kBytes / 2;
@@ -79,6 +82,16 @@ struct TLanes {
     static T Narrow(T lo, T hi) { return T(Wide::Narrow(R(lo), R(hi))); }
     static T Madd(T a, T b) { return T(Wide::Madd(R(a), R(b))); }
     static T Add32(T a, T b) { return T(Wide::Add32(R(a), R(b))); }
+    static T Sub32(T a, T b) { return T(UI(a) - UI(b)); }
+    template <int S>
+    static T Shl32(T a)
+    {
+        return T(UI(a) << S);
+    }
+    static T Set32(int32_t v) { return T(I{} + v); }
+    static T Gt32(T a, T b) { return T(I(a) > I(b)); }
+    static T Max32(T a, T b) { return T(I(a) > I(b) ? I(a) : I(b)); }
+    static T Min32(T a, T b) { return T(I(a) < I(b) ? I(a) : I(b)); }
     static F ToFloat(T v) { return F(Wide::ToFloat(R(v))); }
     static T Trunc(F v) { return T(Wide::Trunc(v)); }
     static F SetF(float v) { return F{} + v; }
@@ -89,42 +102,54 @@ struct TLanes {
     static F MinF(F a, F b) { return a < b ? a : b; }
 };
 
-template <class V>
+template <class V, unsigned Bits>
 struct TGroupingVector {
+    static constexpr int16_t kMax = (1 << Bits) - 1;
     using T = typename V::T;
     using F = typename V::F;
 
     static T AbsDiff(T a, T b) { return V::Sub(V::Max(a, b), V::Min(a, b)); }
 
-    // Truncated quotients of lanes read as unsigned 16-bit numbers. Float division truncates to
-    // the exact quotient where it is below 256 with a divisor below 256: a quotient that is not
-    // an integer lies at least 1/255 below the next one, far more than float's rounding there.
-    static T Quotient(T num, T den)
+    // Truncated quotients of 32-bit numerators (two halves) by 16-bit divisors. Float division
+    // truncates to the exact quotient where the numerator is below 2^24 and the quotient below
+    // 2^Bits with a divisor below 2^Bits: a quotient that is not an integer lies at least
+    // 1/(2^Bits - 1) below the next one, more than float's rounding there.
+    static T Quotient(T numLo, T numHi, T den)
     {
         const T z = V::Zero();
-        const T lo = V::Trunc(V::DivF(V::ToFloat(V::Lo(num, z)), V::ToFloat(V::Lo(den, z))));
-        const T hi = V::Trunc(V::DivF(V::ToFloat(V::Hi(num, z)), V::ToFloat(V::Hi(den, z))));
+        const T lo = V::Trunc(V::DivF(V::ToFloat(numLo), V::ToFloat(V::Lo(den, z))));
+        const T hi = V::Trunc(V::DivF(V::ToFloat(numHi), V::ToFloat(V::Hi(den, z))));
         return V::Narrow(lo, hi);
     }
 
-    // Hue transit of 8-bit values (see HueTransit in pixel_grouping.cpp). Where l2 lies strictly
-    // between l1 and l3, a < b and the numerator is at most 255 b + b / 2, below 2^16: the 16-bit
-    // products are exact as unsigned numbers there; other lanes take the curved value.
+    // Hue transit (see HueTransit in pixel_grouping.cpp). Where l2 lies strictly between l1 and
+    // l3, a < b and the numerator is at most (2^Bits - 1) b + b / 2: for 8-bit values below
+    // 2^16, so 16-bit products are exact as unsigned numbers, deeper ones take pmaddwd. Other
+    // lanes take the curved value.
     static T HueTransit(T l1, T l2, T l3, T v1, T v3)
     {
+        const T z = V::Zero();
         const T monotonic = V::Or(V::And(V::Gt(l2, l1), V::Gt(l3, l2)), V::And(V::Gt(l1, l2), V::Gt(l2, l3)));
-        const T a = AbsDiff(l2, l1), b = AbsDiff(l3, l1);
-        const T num = V::Add(V::Add(V::Mul(v1, V::Sub(b, a)), V::Mul(v3, a)), V::template Srl<1>(b));
-        const T proportional = Quotient(num, V::Max(b, V::Set(1)));
+        const T a = AbsDiff(l2, l1), b = AbsDiff(l3, l1), den = V::Max(b, V::Set(1));
+        const T d = V::Sub(b, a), half = V::template Srl<1>(b);
+        T proportional;
+        if constexpr (Bits == 8) {
+            const T num = V::Add(V::Add(V::Mul(v1, d), V::Mul(v3, a)), half);
+            proportional = Quotient(V::Lo(num, z), V::Hi(num, z), den);
+        } else {
+            const T lo = V::Add32(V::Madd(V::Lo(v1, v3), V::Lo(d, a)), V::Lo(half, z));
+            const T hi = V::Add32(V::Madd(V::Hi(v1, v3), V::Hi(d, a)), V::Hi(half, z));
+            proportional = Quotient(lo, hi, den);
+        }
         const T twice = V::Add(V::Add(v1, v3), l2);
         const T curved = V::template Sra<2>(V::Add(V::Sub(V::Sub(V::Add(twice, twice), l1), l3), V::Set(2)));
-        return V::Select(monotonic, proportional, V::Min(V::Max(curved, V::Zero()), V::Set(255)));
+        return V::Select(monotonic, proportional, V::Min(V::Max(curved, z), V::Set(kMax)));
     }
 
-    // 4096 / (1 + g) truncated, as the scalar rule computes it in float.
+    // 4096 / (1 + g) truncated for g in 8-bit steps, as the scalar rule computes it in float.
     static T Weight(T g)
     {
-        const T z = V::Zero(), g1 = V::Add(g, V::Set(1));
+        const T z = V::Zero(), g1 = V::Add(V::template Sra<Bits - 8>(g), V::Set(1));
         const F k = V::SetF(4096.0f);
         return V::Narrow(V::Trunc(V::DivF(k, V::ToFloat(V::Lo(g1, z)))),
                          V::Trunc(V::DivF(k, V::ToFloat(V::Hi(g1, z)))));
@@ -136,9 +161,24 @@ struct TGroupingVector {
     // (below 256, at least 1/W from the next integer unless it is one) truncates exactly.
     static T Rounded(T sum, T weights)
     {
+        if constexpr (Bits > 8) return RoundedDeep(sum, weights);
         const F w4 = V::MulF(V::ToFloat(weights), V::SetF(4.0f));
         const F num = V::MinF(V::MaxF(V::ToFloat(sum), V::SetF(0.0f)), V::MulF(w4, V::SetF(255.0f)));
         return V::Trunc(V::DivF(V::AddF(num, V::MulF(w4, V::SetF(0.5f))), w4));
+    }
+
+    // The same for deeper samples: the sum (below 2^28) clamped to [0, (2^Bits - 1) W] in 32-bit
+    // lanes; float division gives the rounded quotient q to within one (numerator below 2^28,
+    // quotient below 2^12), and the remainder, with q times the weights from pmaddwd (both
+    // below 2^15), puts it right.
+    static T RoundedDeep(T sum, T weights)
+    {
+        const T w4 = V::template Shl32<2>(weights);
+        const T num = V::Min32(V::Max32(sum, V::Zero()), V::Sub32(V::template Shl32<Bits>(w4), w4));
+        const T n = V::Add32(num, V::Add32(weights, weights));  // + W / 2
+        const T q = V::Trunc(V::DivF(V::ToFloat(n), V::ToFloat(w4)));
+        const T r = V::Sub32(n, V::template Shl32<2>(V::Madd(q, weights)));
+        return V::Sub32(V::Add32(q, V::Gt32(V::Zero(), r)), V::Gt32(r, V::Sub32(w4, V::Set32(1))));
     }
 
     static void Green(const TGreenTaps& t, uint32_t k1)
@@ -197,6 +237,14 @@ struct TGroupingVector {
 
     static void Split(const uint8_t* pLine, uint32_t dwWidth, const TSplitLine& out)
     {
+        if constexpr (Bits > 8) {  // two-byte samples masked to the depth; the compiler vectorises it
+            for (uint32_t x = 0; x < dwWidth; ++x) {
+                uint16_t v;
+                std::memcpy(&v, pLine + 2 * x, 2);
+                out.half[x & 1][x >> 1] = int16_t(v & kMax);
+            }
+            return;
+        }
         uint32_t x = 0;
         for (; x + 2 * V::N <= dwWidth; x += 2 * V::N) {
             const T v = V::Load(pLine + x);
@@ -207,22 +255,26 @@ struct TGroupingVector {
     }
 };
 
-// Bytes of 16 pixels of one colour from its two parity planes at k (pixel 2k first).
-inline __m128i PixelBytes(const int16_t* const* pPlanes, uint32_t k)
+// Bytes of 16 pixels of one colour from its two parity planes at k (pixel 2k first), the values
+// shifted down by Shift (the identity LUT of deeper samples keeps their top 8 bits).
+template <int Shift>
+__m128i PixelBytes(const int16_t* const* pPlanes, uint32_t k)
 {
-    const __m128i even = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pPlanes[0] + k));
-    const __m128i odd = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pPlanes[1] + k));
+    const __m128i even = _mm_srli_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(pPlanes[0] + k)), Shift);
+    const __m128i odd = _mm_srli_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(pPlanes[1] + k)), Shift);
     return _mm_unpacklo_epi8(_mm_packus_epi16(even, even), _mm_packus_epi16(odd, odd));
 }
 
 // SSE2 stores whatever the set: the loop is bound by memory. Four-byte pixels go out as they
 // are; three-byte pixels are squeezed two per 64-bit half, each half stored as 8 bytes of
 // which the next store overwrites the 2 beyond its 6 (the last two land in the next pixel).
-inline uint32_t StoreIdentity(const TColourPlanes& c, uint32_t x0, uint32_t x1, uint32_t dwDstBytes, uint8_t* pOut)
+template <int Shift>
+uint32_t StoreIdentity(const TColourPlanes& c, uint32_t x0, uint32_t x1, uint32_t dwDstBytes, uint8_t* pOut)
 {
     uint32_t x = x0;
     for (; x + 16 < x1; x += 16) {
-        const __m128i b = PixelBytes(c.b, x / 2), g = PixelBytes(c.g, x / 2), r = PixelBytes(c.r, x / 2);
+        const __m128i b = PixelBytes<Shift>(c.b, x / 2), g = PixelBytes<Shift>(c.g, x / 2);
+        const __m128i r = PixelBytes<Shift>(c.r, x / 2);
         const __m128i bgLo = _mm_unpacklo_epi8(b, g), bgHi = _mm_unpackhi_epi8(b, g);
         const __m128i r0Lo = _mm_unpacklo_epi8(r, _mm_setzero_si128()),
                       r0Hi = _mm_unpackhi_epi8(r, _mm_setzero_si128());
@@ -243,11 +295,18 @@ inline uint32_t StoreIdentity(const TColourPlanes& c, uint32_t x0, uint32_t x1, 
     return x;
 }
 
-template <class Wide>
+template <class Wide, unsigned Bits>
 constexpr TGroupingLoops GroupingLoops()
 {
-    using K = TGroupingVector<TLanes<Wide>>;
-    return {K::Split, K::Green, K::GreenSites, K::OtherSites, StoreIdentity};
+    using K = TGroupingVector<TLanes<Wide>, Bits>;
+    return {K::Split, K::Green, K::GreenSites, K::OtherSites, StoreIdentity<Bits - 8>};
+}
+
+// The loops of 8-, 10- and 12-bit samples.
+template <class Wide>
+constexpr std::array<TGroupingLoops, 3> GroupingDepths()
+{
+    return {GroupingLoops<Wide, 8>(), GroupingLoops<Wide, 10>(), GroupingLoops<Wide, 12>()};
 }
 
 }  // namespace

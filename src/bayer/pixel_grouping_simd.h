@@ -1,6 +1,7 @@
 // pixel_grouping_simd.h: the vector loops of 8-bit pixel grouping over lines split by column parity.
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 // A line of 16-bit values split by column parity: half[p][k] is column 2k + p. Tap gives the
@@ -33,18 +34,19 @@ struct TColourPlanes {
     const int16_t *b[2], *g[2], *r[2];
 };
 
-// One copy of the loops per instruction set. Each loop runs over whole vectors: it reads and
-// writes up to 16 elements past count (the buffers carry that margin) and only the first count
-// results are used. Colours are bytes (the loops rely on 8-bit samples throughout).
+// One copy of the loops per instruction set and depth (8, 10, 12 bits). The loops over sites run
+// k from 1 to k1 - 1 in whole vectors: they read and write up to 16 elements past k1 (the
+// buffers carry that margin) and only those below k1 are used.
 struct TGroupingLoops {
     void (*split)(const uint8_t* pLine, uint32_t dwWidth, const TSplitLine& out);  // whole line
     void (*green)(const TGreenTaps& t, uint32_t count);
     void (*greenSites)(const TGreenSiteTaps& t, uint32_t count);
     void (*otherSites)(const TOtherSiteTaps& t, uint32_t count);
-    // Blocks of 16 pixels from x0 (even) as long as a block ends before x1; returns the first
-    // pixel not written. A 3-byte block also writes two bytes into the pixel after it.
+    // The identity LUT (the top 8 bits of each value): blocks of 16 pixels from x0 (even) as long
+    // as a block ends before x1; returns the first pixel not written. A 3-byte block also writes
+    // two bytes into the pixel after it.
     uint32_t (*storeIdentity)(const TColourPlanes& c, uint32_t x0, uint32_t x1, uint32_t dwDstBytes, uint8_t* pOut);
 };
 
-extern const TGroupingLoops g_GroupingSse2;
-extern const TGroupingLoops g_GroupingAvx2;  // only behind g_SSEChecker.UseAVX2()
+extern const std::array<TGroupingLoops, 3> g_GroupingSse2;  // by (bits - 8) / 2
+extern const std::array<TGroupingLoops, 3> g_GroupingAvx2;  // only behind g_SSEChecker.UseAVX2()

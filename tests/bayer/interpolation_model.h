@@ -232,6 +232,19 @@ inline const std::vector<Size>& WindowSizes()
     return sizes;
 }
 
+// Every width 2..64 (each position at which a vector block can end, lines starting with either
+// site) at heights 5 to 11, and a few long lines: for decoders with vector copies.
+inline const std::vector<Size>& EveryWidthSizes()
+{
+    static const std::vector<Size> sizes = [] {
+        std::vector<Size> s;
+        for (uint32_t w = 2; w <= 64; ++w) s.push_back({w, 5 + w % 7});
+        for (uint32_t w : {641u, 1000u, 2448u}) s.push_back({w, 6});
+        return s;
+    }();
+    return sizes;
+}
+
 // Random mosaics of every depth, pattern and size, three LUTs and both destinations, compared
 // byte for byte (padding included) with the model.
 inline void ExpectMatchesModel(Decoder decode, PixelModel model, const std::vector<Size>& sizes = WindowSizes())

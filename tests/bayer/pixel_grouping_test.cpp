@@ -13,17 +13,38 @@ TEST(BdPixelGrouping, MatchesReferenceForEveryDepthPatternDestinationAndLut)
     ExpectMatchesModel(KaipBdPixelGrouping, PixelGrouping);
 }
 
-// The 8-bit loops divide in float: a numerator below 2^24 by a divisor d up to 2^16 where the
-// quotient is below 256 (the rounded green: 4 weights at most 2^16; hue transit: d below 256).
-// Truncating the rounded quotient is monotonic in the numerator, so it is exact everywhere
-// when it is at both ends of every quotient's range, q d and q d + d - 1.
-TEST(BdPixelGrouping, FloatQuotientsBelow256TruncateExactly)
+// Every width at which the vector loops can end, and long lines; this binary also runs at
+// SIMD.Level 0 and 4, so the 32-bit path and both vector copies are held to the same bytes.
+TEST(BdPixelGrouping, MatchesReferenceAtEveryWidth)
 {
+    ExpectMatchesModel(KaipBdPixelGrouping, PixelGrouping, EveryWidthSizes());
+}
+
+// The vector loops divide in float. Truncating the rounded quotient is monotonic in the
+// numerator, so checking both ends of every quotient's range (q d and q d + d - 1) covers all
+// numerators. Exact: 8-bit rounded green (quotient below 256, divisor up to 2^16, numerator
+// below 2^24) and hue transit (quotient and divisor below 2^Bits, numerator below 2^24). The
+// deeper rounded green (divisor 4 w up to 2^16, numerator below 2^28) is within one of the
+// quotient, which its remainder step corrects.
+TEST(BdPixelGrouping, FloatQuotientsTruncateExactlyOrWithinOne)
+{
+    auto quotient = [](uint32_t num, uint32_t d) { return int64_t(float(num) / float(d)); };
     for (uint32_t d = 1; d <= 65536; ++d) {
         for (uint32_t q = 0; q < 256; ++q) {
-            for (uint32_t num : {q * d, q * d + d - 1}) {
-                ASSERT_EQ(uint32_t(float(num) / float(d)), q) << num << " / " << d;
-            }
+            ASSERT_EQ(quotient(q * d, d), q) << q * d << " / " << d;
+            ASSERT_EQ(quotient(q * d + d - 1, d), q) << q * d + d - 1 << " / " << d;
+        }
+    }
+    for (uint32_t d = 1; d < 4096; ++d) {
+        for (uint32_t q = 0; q < 4096; ++q) {
+            ASSERT_EQ(quotient(q * d, d), q) << q * d << " / " << d;
+            ASSERT_EQ(quotient(q * d + d - 1, d), q) << q * d + d - 1 << " / " << d;
+        }
+    }
+    for (uint32_t d = 4; d <= 65536; d += 4) {
+        for (uint32_t q = 0; q < 4096; ++q) {
+            ASSERT_LE(std::abs(quotient(q * d, d) - q), 1) << q * d << " / " << d;
+            ASSERT_LE(std::abs(quotient(q * d + d - 1, d) - q), 1) << q * d + d - 1 << " / " << d;
         }
     }
 }
