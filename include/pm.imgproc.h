@@ -398,9 +398,10 @@ KAIP_API KaipStatus KaipBdVariableGradients(const KaipImgInfo* pSrcImgInfo, Kaip
  * in 8-bit steps; red and blue then follow the green plane by hue transit, in proportion where
  * green rises or falls steadily across the pixel and by colour difference otherwise; at red
  * and blue sites along the diagonal of smaller gradient. The best PSNR of the library, about
- * 9 times the bilinear decoder's time with a LUT.
- * Allocates three lines of green (12 bytes per column) per call: when that fails it returns
- * KASTATUS_KAIP_MEMORY_ALLOC_FAILED, after a rebuild of the destination but before any write. */
+ * 4 times the bilinear decoder's time with a LUT (about 7 times for 12-bit mosaics).
+ * Allocates line buffers per call (about 26 bytes per column; 12 with SIMD.Level 0): when that
+ * fails it returns KASTATUS_KAIP_MEMORY_ALLOC_FAILED, after a rebuild of the destination but
+ * before any write. */
 KAIP_API KaipStatus KaipBdPixelGrouping(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
                                         uint32_t dwDstPixelFormat, uint32_t dwOptions, KaipHLut hLut);
 
