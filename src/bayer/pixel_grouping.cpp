@@ -243,7 +243,7 @@ constexpr size_t kSplitLines = 13, kSplitMargin = 16;
 
 size_t SplitStride(uint32_t w)
 {
-    return (kSplitMargin + (w + 1) / 2 + 48) & ~size_t(15);
+    return (kSplitMargin + (size_t(w) + 1) / 2 + 48) & ~size_t(15);
 }
 
 // The interior in vector loops. Every source line is split into 16-bit halves once, into a
