@@ -39,7 +39,11 @@ int Convert_YCbCr422_8_to_RGB32_intr(KAIP_LINE_PARAMS, bool bReverseLines);
     X(Convert_BGR16_to_BGR32) \
     X(Convert_BGR16_to_RGB32) \
     X(Convert_BGR24_to_Mono8) \
-    X(Convert_RGB24_to_Mono8)
+    X(Convert_RGB24_to_Mono8) \
+    X(Convert_BGR24_to_BGR15) \
+    X(Convert_RGB24_to_BGR15) \
+    X(Convert_BGR24_to_BGR16) \
+    X(Convert_RGB24_to_BGR16)
 #define KAIP_DECLARE_SSE2_MEMBER(name) int name##_sse2(KAIP_LINE_PARAMS, bool bReverseLines);
 KAIP_SSE2_MEMBERS(KAIP_DECLARE_SSE2_MEMBER)
 int Convert_MonoPacked_to_Mono8_sse2(KAIP_LINE_PARAMS, uint32_t dwSrcBits, uint32_t dwDstBits, bool bReverseLines);

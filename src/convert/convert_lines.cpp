@@ -148,11 +148,13 @@ void Convert_BGR16_to_BGR15(KAIP_LINE_PARAMS, bool bReverseLines)
 
 void Convert_BGR24_to_BGR15(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_BGR24_to_BGR15_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR24{}, WBGR15{});
 }
 
 void Convert_RGB24_to_BGR15(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_RGB24_to_BGR15_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RRGB24{}, WBGR15{});
 }
 
@@ -183,11 +185,13 @@ void Convert_BGR15_to_BGR16(KAIP_LINE_PARAMS, bool bReverseLines)
 
 void Convert_BGR24_to_BGR16(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_BGR24_to_BGR16_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR24{}, WBGR16{});
 }
 
 void Convert_RGB24_to_BGR16(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_RGB24_to_BGR16_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RRGB24{}, WBGR16{});
 }
 

@@ -304,6 +304,30 @@ struct SGrey24 {
     }
 };
 
+// 16 pixels of 3 bytes in the order O to 15-bit (k565 false) or 16-bit words, as Pack555 and Pack565 do.
+template <bool k565, TOrder O>
+struct SBytesToShort {
+    static constexpr uint32_t kPixels = 16, kInBytes = 48, kOutBytes = 32;
+    static __m128i Pack(__m128i r, __m128i g, __m128i b)
+    {
+        const __m128i hi = k565 ? _mm_and_si128(_mm_slli_epi16(r, 8), _mm_set1_epi16(int16_t(0xF800)))
+                                : _mm_and_si128(_mm_slli_epi16(r, 7), _mm_set1_epi16(0x7C00));
+        const __m128i mid = k565 ? _mm_and_si128(_mm_slli_epi16(g, 3), _mm_set1_epi16(0x7E0))
+                                 : _mm_and_si128(_mm_slli_epi16(g, 2), _mm_set1_epi16(0x3E0));
+        return _mm_or_si128(_mm_or_si128(hi, mid), _mm_srli_epi16(b, 3));
+    }
+    template <bool kStream>
+    void Run(const uint8_t* s, uint8_t* d) const
+    {
+        __m128i c0, c1, c2;
+        Deinterleave3(s, c0, c1, c2);
+        const __m128i r = O == kBGR ? c2 : c0, g = c1, b = O == kBGR ? c0 : c2, zero = _mm_setzero_si128();
+        Store<kStream>(d, Pack(_mm_unpacklo_epi8(r, zero), _mm_unpacklo_epi8(g, zero), _mm_unpacklo_epi8(b, zero)));
+        Store<kStream>(d + 16,
+                       Pack(_mm_unpackhi_epi8(r, zero), _mm_unpackhi_epi8(g, zero), _mm_unpackhi_epi8(b, zero)));
+    }
+};
+
 // 16 pixels R, G, B to B, G, R and the destination's own fourth byte: spread as BGR24 is, then swapped.
 struct SRGB24ToBGR32 {
     using Spread = SShifts<MBGR24ToBGR32>;
@@ -415,5 +439,9 @@ KAIP_SSE2_ENTRY(Convert_BGR16_to_BGR32, RBGR16, WBGR32, SShortToBytes<true, kBGR
 KAIP_SSE2_ENTRY(Convert_BGR16_to_RGB32, RBGR16, WRGB32, SShortToBytes<true, kRGB, 4>)
 KAIP_SSE2_ENTRY(Convert_BGR24_to_Mono8, RBGR24, WMono8, SGrey24<kBGR>)
 KAIP_SSE2_ENTRY(Convert_RGB24_to_Mono8, RRGB24, WMono8, SGrey24<kRGB>)
+KAIP_SSE2_ENTRY(Convert_BGR24_to_BGR15, RBGR24, WBGR15, SBytesToShort<false, kBGR>)
+KAIP_SSE2_ENTRY(Convert_RGB24_to_BGR15, RRGB24, WBGR15, SBytesToShort<false, kRGB>)
+KAIP_SSE2_ENTRY(Convert_BGR24_to_BGR16, RBGR24, WBGR16, SBytesToShort<true, kBGR>)
+KAIP_SSE2_ENTRY(Convert_RGB24_to_BGR16, RRGB24, WBGR16, SBytesToShort<true, kRGB>)
 
 }  // namespace convert::sse2
