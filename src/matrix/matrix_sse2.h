@@ -181,3 +181,15 @@ uint32_t CorrectBytesSse2(const uint8_t* pSrc, uint8_t* pDst, uint32_t dwWidth, 
     }
     return x;
 }
+
+// What a tag built for 128-bit registers brings (matrix_sse2.cpp, matrix_sse4.cpp): the registers of
+// Filter3x3Bytes and the correction of 8-bit pixels.
+template <class TIsa>
+struct TSse2Kernels {
+    using TVector = TVec128<TIsa>;
+    template <int iStep>
+    static uint32_t CorrectBytes(const uint8_t* pSrc, uint8_t* pDst, uint32_t dwWidth, const int32_t* c, int iRed)
+    {
+        return CorrectBytesSse2<TIsa, iStep>(pSrc, pDst, dwWidth, c, iRed);
+    }
+};

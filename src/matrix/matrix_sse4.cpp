@@ -4,14 +4,7 @@
 
 // The tag of the line workers built here; they run only when g_SSEChecker.m_bUseSSE4 is on.
 namespace {
-struct TSse4 {
-    using TVector = TVec128<TSse4>;
-    template <int iStep>
-    static uint32_t CorrectBytes(const uint8_t* pSrc, uint8_t* pDst, uint32_t dwWidth, const int32_t* c, int iRed)
-    {
-        return CorrectBytesSse2<TSse4, iStep>(pSrc, pDst, dwWidth, c, iRed);
-    }
-};
+struct TSse4 : TSse2Kernels<TSse4> {};
 }  // namespace
 
 KAIP_MATRIX_TABLES(TSse4, Sse4)

@@ -119,29 +119,25 @@ TEST(ApplyRgbColorCorrection, MatchesModelOnRandomImages)
 // sums or to leave the vector case.
 TEST(ApplyRgbColorCorrection, VectorWorkersWriteTheBaselineBytes)
 {
-    uint32_t seed = 40000;
+    uint32_t seeds = 40000;
     for (const TCcFormat& f : kFormats) {
         if (f.depth != 8) continue;
-        for (uint32_t w : TwinWidths()) {
-            for (uint32_t flags : {0u, KaipImgFlag_BottomUp}) {
-                ++seed;
-                std::mt19937 gen(seed);
-                std::array<int32_t, 9> m = RandomMatrix(gen);
-                if (gen() % 4 == 0)
-                    for (int32_t& v : m) v = int32_t(gen()) / int32_t(1 + gen() % 40000);
-                const bool inPlace = gen() % 2, bLut = gen() % 3 == 0;
-                SCOPED_TRACE(testing::Message()
-                             << "seed " << seed << " format 0x" << std::hex << f.code << std::dec << " width " << w
-                             << " flags " << flags << " in place " << inPlace << " lut " << bLut);
-                RandomLut lut(8, seed);
-                ExpectBaselineBytes([&] { return SourceAndDestination(w, 3, f.code, f.PixelBytes(), flags, seed); },
-                                    [&](std::vector<std::unique_ptr<GuardedImage>>& images) {
-                                        return KaipApplyRgbColorCorrection(&images[0]->info,
-                                                                           inPlace ? nullptr : &images[1]->info,
-                                                                           m.data(), 0, bLut ? lut.Handle() : nullptr);
-                                    });
-            }
-        }
+        ForEachTwinLine(seeds, [&](uint32_t w, uint32_t flags, uint32_t seed, std::mt19937& gen) {
+            std::array<int32_t, 9> m = RandomMatrix(gen);
+            if (gen() % 4 == 0)
+                for (int32_t& v : m) v = int32_t(gen()) / int32_t(1 + gen() % 40000);
+            const bool inPlace = gen() % 2, bLut = gen() % 3 == 0;
+            SCOPED_TRACE(testing::Message()
+                         << "seed " << seed << " format 0x" << std::hex << f.code << std::dec << " width " << w
+                         << " flags " << flags << " in place " << inPlace << " lut " << bLut);
+            RandomLut lut(8, seed);
+            ExpectBaselineBytes([&] { return SourceAndDestination(w, 3, f.code, f.PixelBytes(), flags, seed); },
+                                [&](std::vector<std::unique_ptr<GuardedImage>>& images) {
+                                    return KaipApplyRgbColorCorrection(&images[0]->info,
+                                                                       inPlace ? nullptr : &images[1]->info, m.data(),
+                                                                       0, bLut ? lut.Handle() : nullptr);
+                                });
+        });
     }
 }
 

@@ -112,32 +112,28 @@ TEST(Apply3x3Convolution, MatchesModelOnRandomImages)
 // of 16 bits (the vector case) and now and then a larger one, and in place (where the baseline's run).
 TEST(Apply3x3Convolution, VectorWorkersWriteTheBaselineBytes)
 {
-    uint32_t seed = 50000;
+    uint32_t seeds = 50000;
     for (const TConvFormat& f : kFormats) {
         if (f.bytes != 1) continue;
-        for (uint32_t w : TwinWidths()) {
-            for (uint32_t flags : {0u, KaipImgFlag_BottomUp}) {
-                ++seed;
-                std::mt19937 gen(seed);
-                const auto k = RandomKernel(gen, gen() % 2 == 0);
-                const bool bThreshold = gen() % 2, bLut = gen() % 3 == 0, bInPlace = gen() % 8 == 0;
-                const int32_t threshold = int32_t(gen() % 60) - 5;
-                SCOPED_TRACE(testing::Message()
-                             << "seed " << seed << " format 0x" << std::hex << f.code << std::dec << " width " << w
-                             << " flags " << flags << " threshold " << (bThreshold ? threshold : -2) << " lut " << bLut
-                             << " in place " << bInPlace);
-                RandomLut lut(8, seed);
-                const KaipHLut hLut = bLut ? lut.Handle() : nullptr;
-                ExpectBaselineBytes([&] { return SourceAndDestination(w, 5, f.code, f.PixelBytes(), flags, seed); },
-                                    [&](std::vector<std::unique_ptr<GuardedImage>>& images) {
-                                        KaipImgInfo* pSrc = &images[0]->info;
-                                        KaipImgInfo* pDst = bInPlace ? pSrc : &images[1]->info;
-                                        return bThreshold ? Kaip3x3ThresholdSharpening(pSrc, pDst, k.data(), threshold,
-                                                                                       0, hLut)
-                                                          : KaipApply3x3Convolution(pSrc, pDst, k.data(), 0, hLut);
-                                    });
-            }
-        }
+        ForEachTwinLine(seeds, [&](uint32_t w, uint32_t flags, uint32_t seed, std::mt19937& gen) {
+            const auto k = RandomKernel(gen, gen() % 2 == 0);
+            const bool bThreshold = gen() % 2, bLut = gen() % 3 == 0, bInPlace = gen() % 8 == 0;
+            const int32_t threshold = int32_t(gen() % 60) - 5;
+            SCOPED_TRACE(testing::Message()
+                         << "seed " << seed << " format 0x" << std::hex << f.code << std::dec << " width " << w
+                         << " flags " << flags << " threshold " << (bThreshold ? threshold : -2) << " lut " << bLut
+                         << " in place " << bInPlace);
+            RandomLut lut(8, seed);
+            const KaipHLut hLut = bLut ? lut.Handle() : nullptr;
+            ExpectBaselineBytes([&] { return SourceAndDestination(w, 5, f.code, f.PixelBytes(), flags, seed); },
+                                [&](std::vector<std::unique_ptr<GuardedImage>>& images) {
+                                    KaipImgInfo* pSrc = &images[0]->info;
+                                    KaipImgInfo* pDst = bInPlace ? pSrc : &images[1]->info;
+                                    return bThreshold
+                                               ? Kaip3x3ThresholdSharpening(pSrc, pDst, k.data(), threshold, 0, hLut)
+                                               : KaipApply3x3Convolution(pSrc, pDst, k.data(), 0, hLut);
+                                });
+        });
     }
 }
 

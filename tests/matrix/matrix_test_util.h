@@ -138,6 +138,19 @@ inline std::vector<uint32_t> TwinWidths()
     return widths;
 }
 
+// Calls test(width, flags, seed, gen) for every twin width in both line orders, counting `seeds` up and
+// seeding gen with each.
+template <class TTest>
+void ForEachTwinLine(uint32_t& seeds, TTest test)
+{
+    for (uint32_t width : TwinWidths()) {
+        for (uint32_t flags : {0u, KaipImgFlag_BottomUp}) {
+            std::mt19937 gen(++seeds);
+            test(width, flags, seeds, gen);
+        }
+    }
+}
+
 // A random source with lines padded by 1 to 5 bytes and a sentinel-filled destination, for twin tests.
 inline std::vector<std::unique_ptr<GuardedImage>> SourceAndDestination(uint32_t width, uint32_t height, uint32_t format,
                                                                        uint32_t pixelBytes, uint32_t flags,
