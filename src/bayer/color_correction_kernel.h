@@ -52,7 +52,7 @@ struct C128 : V128<false> {
                         _mm_unpackhi_epi32(hi01, hi2)};
         for (int i = 0; i < 4; ++i) {
             _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 12 * i), q[i]);
-            if (i < 3) _mm_storeh_pd(reinterpret_cast<double*>(p + 12 * i + 6), _mm_castsi128_pd(q[i]));
+            if (i < 3) _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 12 * i + 6), _mm_unpackhi_epi64(q[i], q[i]));
         }
         const T last = _mm_unpackhi_epi64(q[3], q[3]);
         const uint32_t four = uint32_t(_mm_cvtsi128_si32(last));
@@ -157,12 +157,13 @@ __attribute__((always_inline)) inline TChannels<V> Filters(const TRow<V> (&r)[5]
     auto clamp = [](T v, T a, T b) { return V::Min16(V::Max16(v, V::Min16(a, b)), V::Max16(a, b)); };
     // The vertical pairs of odd lanes bound the colour sites' diagonals and the green sites' vertical estimates.
     const T verticalMin = V::Min16(upOdd, downOdd), verticalMax = V::Max16(upOdd, downOdd);
+    const T verticalEven = V::Add(upEven, downEven), verticalOdd = V::Add(upOdd, downOdd);  // sums above and below
     TChannels<V> out;
     {  // colour sites
         const T c = cEven;
         const T upLeft = r[1].Odd(i, -1), downLeft = r[3].Odd(i, -1);
-        const T direct = V::Add(V::Add(left, cOdd), V::Add(upEven, downEven));
-        const T diagonal = V::Add(V::Add(upLeft, upOdd), V::Add(downLeft, downOdd));
+        const T direct = V::Add(V::Add(left, cOdd), verticalEven);
+        const T diagonal = V::Add(V::Add(upLeft, downLeft), verticalOdd);
         const T q = V::Add(V::Add(r[2].Even(i, -1), right), V::Add(r[0].Even(i, 0), r[4].Even(i, 0)));
         const T c2 = V::Add(V::Add(c, c), two);  // 2c + 2
         const T green = V::template Sar16<2>(V::Sub16(V::Add(c2, direct), V::Avg16(q, V::Zero())));
@@ -176,14 +177,12 @@ __attribute__((always_inline)) inline TChannels<V> Filters(const TRow<V> (&r)[5]
     }
     {  // green sites: beside them cEven and right, above and below upOdd and downOdd
         const T c = cOdd;
-        const T cd =
-            V::Sub16(V::Add(c, four), V::Add(V::Add(upEven, r[1].Even(i, 1)), V::Add(downEven, r[3].Even(i, 1))));
+        const T cd = V::Sub16(V::Add(c, four), V::Add(verticalEven, V::Add(r[1].Even(i, 1), r[3].Even(i, 1))));
         const T a2 = V::Add(left, r[2].Odd(i, 1)), v2 = V::Add(r[0].Odd(i, 0), r[4].Odd(i, 0));
         const T across = V::template Sar16<1>(V::Add(
             V::Add(c, V::Add(cEven, right)), V::template Sar16<2>(V::Add(V::Sub16(cd, a2), V::template Sar16<1>(v2)))));
-        const T vertical =
-            V::template Sar16<1>(V::Add(V::Add(c, V::Add(upOdd, downOdd)),
-                                        V::template Sar16<2>(V::Add(V::Sub16(cd, v2), V::template Sar16<1>(a2)))));
+        const T vertical = V::template Sar16<1>(
+            V::Add(V::Add(c, verticalOdd), V::template Sar16<2>(V::Add(V::Sub16(cd, v2), V::template Sar16<1>(a2)))));
         out.odd[0] = clamp(across, cEven, right);
         out.odd[1] = c;
         out.odd[2] = V::Min16(V::Max16(vertical, verticalMin), verticalMax);
@@ -229,10 +228,13 @@ void Blocks(const TSplitLine (&rows)[5], uint8_t* pOut, uint32_t x0, uint32_t x1
         auto shift = [](T v) { return V::template Shr<Bits - 8>(v); };  // the identity tables above 8 bits
         // Each word of even | odd << 8 is one pair of pixels.
         auto bytes = [&](T even, T odd) { return V::Or(shift(even), V::template Shl16<8>(shift(odd))); };
-        for (uint32_t x = x0; x < x1; x += V::N) {
-            fetch(x);
-            const TChannels<V> ch = Filters<V>(src, (x - x0) / 2);
-            uint8_t* p = pOut + size_t(x) * DstBytes;
+        // Steps of i words in the split lines, 2 i columns in the source and the output.
+        const uint8_t* pFetch = pAhead + size_t(x0) * TDepth<Bits>::kBytes;
+        uint8_t* p = pOut + size_t(x0) * DstBytes;
+        for (size_t i = 0, n = (x1 - x0) / 2; i < n;
+             i += V::N / 2, p += V::N * DstBytes, pFetch += V::N * TDepth<Bits>::kBytes) {
+            _mm_prefetch(reinterpret_cast<const char*>(pFetch), _MM_HINT_T0);
+            const TChannels<V> ch = Filters<V>(src, i);
             if constexpr (DstBytes == 3 && !V::kShuffle) {
                 V::StorePairs(p, shift(ch.even[kBlue]), shift(ch.even[1]), shift(ch.even[kRed]), shift(ch.odd[kBlue]),
                               shift(ch.odd[1]), shift(ch.odd[kRed]));
