@@ -35,12 +35,16 @@ struct KSteps {
     template <bool kStream>
     void Line(const uint8_t* pS, uint8_t* pD) const
     {
-        const uint32_t steps = dwWidth / S::kPixels;
-        const uint8_t* s = pS;
-        uint8_t* d = pD;
-        for (uint32_t i = 0; i < steps; ++i, s += S::kInBytes, d += S::kOutBytes) step.template Run<kStream>(s, d);
+        // Steps wider than 16 pixels cover every whole 16-pixel unit too, the last one moving back to end there
+        // (rewriting some pixels with the same bytes), so that a streamed line keeps streaming up to its tail.
+        constexpr uint32_t kUnit = S::kPixels < 16 ? S::kPixels : 16;
+        const uint32_t covered = dwWidth >= S::kPixels ? dwWidth / kUnit * kUnit : 0;
+        for (uint32_t x = 0; x < covered; x += S::kPixels) {
+            const size_t at = x + S::kPixels <= covered ? x : covered - S::kPixels;
+            step.template Run<kStream>(pS + at * S::kInBytes / S::kPixels, pD + at * S::kOutBytes / S::kPixels);
+        }
         R r = rd;
-        ConvertGroups(r, wr, steps * S::kPixels / R::kPixels, dwWidth / R::kPixels, pS, pD);
+        ConvertGroups(r, wr, covered / R::kPixels, dwWidth / R::kPixels, pS, pD);
         if constexpr (kCut) ConvertCutGroup(r, wr, dwWidth, pS, pD);
     }
 };
@@ -347,6 +351,21 @@ struct SRGB24ToBGR32 {
     }
 };
 
+// 32 pixels of groups of 3 bytes holding two pixels' high bytes at kFirst and kSecond: the groups split into
+// byte planes, then the two planes interleaved.
+template <int kFirst, int kSecond>
+struct SHighPairs {
+    static constexpr uint32_t kPixels = 32, kInBytes = 48, kOutBytes = 32;
+    template <bool kStream>
+    void Run(const uint8_t* s, uint8_t* d) const
+    {
+        __m128i c[3];
+        Deinterleave3(s, c[0], c[1], c[2]);
+        Store<kStream>(d, _mm_unpacklo_epi8(c[kFirst], c[kSecond]));
+        Store<kStream>(d + 16, _mm_unpackhi_epi8(c[kFirst], c[kSecond]));
+    }
+};
+
 // The step of a byte map: its shift plan, unless unpacking or a 32-bit swap does it in fewer operations.
 template <class M>
 struct TStepOf {
@@ -355,6 +374,14 @@ struct TStepOf {
 template <>
 struct TStepOf<MMono8ToBGR24> {
     using T = SMono8ToBytes<3>;
+};
+template <>
+struct TStepOf<MPackedHigh> {
+    using T = SHighPairs<0, 2>;
+};
+template <>
+struct TStepOf<MMipi12High> {
+    using T = SHighPairs<0, 1>;
 };
 template <>
 struct TStepOf<MRGB24ToBGR32> {
