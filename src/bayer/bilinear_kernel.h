@@ -378,15 +378,21 @@ void PairBlocks(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, u
         // store overwrites the spare bytes of the one before; the last goes out as four and two bytes.
         const T w01Lo = _mm_unpacklo_epi16(w0, w1), w01Hi = _mm_unpackhi_epi16(w0, w1);
         const T w22Lo = _mm_unpacklo_epi16(w2, w2), w22Hi = _mm_unpackhi_epi16(w2, w2);
-        alignas(16) uint64_t pairs[8];
-        _mm_store_si128(reinterpret_cast<T*>(pairs), _mm_unpacklo_epi32(w01Lo, w22Lo));
-        _mm_store_si128(reinterpret_cast<T*>(pairs + 2), _mm_unpackhi_epi32(w01Lo, w22Lo));
-        _mm_store_si128(reinterpret_cast<T*>(pairs + 4), _mm_unpacklo_epi32(w01Hi, w22Hi));
-        _mm_store_si128(reinterpret_cast<T*>(pairs + 6), _mm_unpackhi_epi32(w01Hi, w22Hi));
+        const T q[4] = {_mm_unpacklo_epi32(w01Lo, w22Lo), _mm_unpackhi_epi32(w01Lo, w22Lo),
+                        _mm_unpacklo_epi32(w01Hi, w22Hi), _mm_unpackhi_epi32(w01Hi, w22Hi)};
         uint8_t* p = pOut + size_t(x) * 3;
-        for (int k = 0; k < 7; ++k) std::memcpy(p + 6 * k, &pairs[k], 8);
-        std::memcpy(p + 42, &pairs[7], 4);
-        std::memcpy(p + 46, reinterpret_cast<const uint8_t*>(&pairs[7]) + 4, 2);
+        for (int k = 0; k < 4; ++k) {
+            const uint64_t first = uint64_t(_mm_cvtsi128_si64(q[k]));
+            const uint64_t second = uint64_t(_mm_cvtsi128_si64(_mm_unpackhi_epi64(q[k], q[k])));
+            std::memcpy(p + 12 * k, &first, 8);
+            if (k < 3) {
+                std::memcpy(p + 12 * k + 6, &second, 8);
+            } else {
+                std::memcpy(p + 42, &second, 4);
+                const uint16_t last = uint16_t(second >> 32);
+                std::memcpy(p + 46, &last, 2);
+            }
+        }
     }
 }
 
