@@ -16,7 +16,8 @@ uint32_t BilinearInterior_avx2(const TBayerPlanes& p, uint32_t dwWidth, uint32_t
 #endif
 }
 
-uint32_t NearestInterior_avx2(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwDstBytes, bool bRgb)
+uint32_t NearestInterior_avx2(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwDstBytes,
+                              bool bRgb)
 {
 #if defined(__AVX2__)
     return NearestInterior<V256>(p, dwWidth, dwHeight, dwDstBytes, bRgb);

@@ -124,7 +124,10 @@ struct V128 {
             }
         }
     }
-    static void Store32(uint8_t* p, uint32_t v) { std::memcpy(p, &v, 4); }
+    static void Store32(uint8_t* p, uint32_t v)
+    {
+        std::memcpy(p, &v, 4);
+    }
 };
 
 #if defined(__AVX2__)

@@ -1,4 +1,5 @@
-// bilinear_sse2.cpp: the bilinear and nearest-neighbour interiors in SSE2 registers, and the choice among the vector copies.
+// bilinear_sse2.cpp: the bilinear and nearest-neighbour interiors in SSE2 registers, and the choice among the vector
+// copies.
 #include "core/unidef.h"
 
 #if defined(__SSE2__)
@@ -20,7 +21,8 @@ uint32_t BilinearInterior_intr(const TBayerPlanes& p, uint32_t dwWidth, uint32_t
     return 1;
 }
 
-uint32_t NearestInterior_intr(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwDstBytes, bool bRgb)
+uint32_t NearestInterior_intr(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwDstBytes,
+                              bool bRgb)
 {
 #if defined(__SSE2__)
     if (g_SSEChecker.UseAVX2()) return NearestInterior_avx2(p, dwWidth, dwHeight, dwDstBytes, bRgb);

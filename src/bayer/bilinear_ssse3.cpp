@@ -16,7 +16,8 @@ uint32_t BilinearInterior_ssse3(const TBayerPlanes& p, uint32_t dwWidth, uint32_
 #endif
 }
 
-uint32_t NearestInterior_ssse3(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwDstBytes, bool bRgb)
+uint32_t NearestInterior_ssse3(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwDstBytes,
+                               bool bRgb)
 {
 #if defined(__SSSE3__)
     return NearestInterior<V128<true>>(p, dwWidth, dwHeight, dwDstBytes, bRgb);

@@ -112,8 +112,8 @@ TEST(NearestInterior8Simd, EveryLevelWritesTheScalarBytes)
                 for (const Size& s : sizes) {
                     const uint32_t seed = 23 + pattern * 7919u + s.w * 131u + d.format + bits;
                     SCOPED_TRACE("variant " + std::to_string(variant) + " format " + std::to_string(d.format) +
-                                 " pattern " + std::to_string(pattern) + " width " + std::to_string(s.w) +
-                                 " seed " + std::to_string(seed));
+                                 " pattern " + std::to_string(pattern) + " width " + std::to_string(s.w) + " seed " +
+                                 std::to_string(seed));
                     const BayerImage src(s.w, s.h, bits, pattern & 2, pattern & 1, seed);
                     ExpectEveryLevelWritesTheScalarBytes(KaipBdNearestNeighbour, src, d.format, d.bytes, lut.handle);
                 }
@@ -140,7 +140,7 @@ TEST(BilinearInterior8Simd, ClosedGatesWriteNothing)
     }
     CSimdLevel sse2(1);
     EXPECT_EQ(BilinearInterior_intr(planes, 100, 6, 8, 3, lut, true), g_SSEChecker.m_bUseSSE2 ? 99u : 1u);
-    EXPECT_EQ(BilinearInterior_intr(planes, 17, 6, 8, 3, lut, true), 1u);     // 15 interior columns: no whole block
+    EXPECT_EQ(BilinearInterior_intr(planes, 17, 6, 8, 3, lut, true), 1u);  // 15 interior columns: no whole block
     EXPECT_EQ(BilinearInterior_intr(planes, 18, 6, 8, 3, lut, true), g_SSEChecker.m_bUseSSE2 ? 17u : 1u);
     EXPECT_EQ(BilinearInterior_intr(planes, 100, 6, 12, 3, lut, false), 1u);  // tables at 12 bits stay scalar
     EXPECT_EQ(NearestInterior_intr(planes, 100, 6, 3, false), g_SSEChecker.m_bUseSSE2 ? 100u : 1u);
