@@ -278,6 +278,25 @@ struct TByteTable {
     }
 };
 
+// Exact truncating means of unsigned bytes from the rounding average of the instruction set.
+template <class V>
+struct TByteMeans {
+    using T = typename V::T;
+    const T one = V::Set8(1);
+    // floor((a + b) / 2) = avg(a, b) - ((a ^ b) & 1), with the dropped bit kept for Four.
+    T Two(T a, T b, T& odd) const
+    {
+        odd = V::And(V::Xor(a, b), one);
+        return V::Sub(V::Avg(a, b), odd);
+    }
+    // floor((a + b + c + d) / 4) from the two halves h1, h2 and their dropped bits: h1 + h2 + 1
+    // halved when both bits were set, h1 + h2 halved otherwise.
+    T Four(T h1, T odd1, T h2, T odd2) const
+    {
+        return V::Sub(V::Avg(h1, h2), V::AndNot(V::And(odd1, odd2), V::And(V::Xor(h1, h2), one)));
+    }
+};
+
 // Null LUT: out = the truncated mean itself. In a red line the colour sites take red = own,
 // green = direct / 4, blue = diagonal / 4 and the green sites red = across / 2, green = own,
 // blue = upDown / 2; a blue line swaps red and blue. The means are exact in byte lanes.
@@ -294,26 +313,16 @@ void IdentityLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown,
     using TTable = std::conditional_t<bMapped, TByteTable<V>, TNone>;
     const TTable mapB(lut.pBlue), mapG(lut.pGreen), mapR(lut.pRed);
     const T colour = V::Set16(s.bColourFirst ? 0x00FF : int16_t(0xFF00));  // byte lanes of the colour sites
-    const T one = V::Set8(1);
-    // floor((a + b) / 2) = avg(a, b) - ((a ^ b) & 1), with the dropped bit kept for the four-mean.
-    auto mean2 = [&](T a, T b, T& odd) {
-        odd = V::And(V::Xor(a, b), one);
-        return V::Sub(V::Avg(a, b), odd);
-    };
-    // floor((a + b + c + d) / 4) from the two halves h1, h2 and their dropped bits: h1 + h2 + 1
-    // halved when both bits were set, h1 + h2 halved otherwise.
-    auto mean4 = [&](T h1, T odd1, T h2, T odd2) {
-        return V::Sub(V::Avg(h1, h2), V::AndNot(V::And(odd1, odd2), V::And(V::Xor(h1, h2), one)));
-    };
+    const TByteMeans<V> means;
     for (uint32_t x = x0; x < x1; x += V::N) {
         const T sample = V::Load(pCur + x);
         T oddA, oddV, oddU, oddD;
-        const T across = mean2(V::Load(pCur + x - 1), V::Load(pCur + x + 1), oddA);
-        const T upDown = mean2(V::Load(pUp + x), V::Load(pDown + x), oddV);
-        const T direct = mean4(across, oddA, upDown, oddV);
-        const T up = mean2(V::Load(pUp + x - 1), V::Load(pUp + x + 1), oddU);
-        const T down = mean2(V::Load(pDown + x - 1), V::Load(pDown + x + 1), oddD);
-        const T diagonal = mean4(up, oddU, down, oddD);
+        const T across = means.Two(V::Load(pCur + x - 1), V::Load(pCur + x + 1), oddA);
+        const T upDown = means.Two(V::Load(pUp + x), V::Load(pDown + x), oddV);
+        const T direct = means.Four(across, oddA, upDown, oddV);
+        const T up = means.Two(V::Load(pUp + x - 1), V::Load(pUp + x + 1), oddU);
+        const T down = means.Two(V::Load(pDown + x - 1), V::Load(pDown + x + 1), oddD);
+        const T diagonal = means.Four(up, oddU, down, oddD);
         T own = V::Select(colour, sample, across);
         T g = V::Select(colour, direct, sample);
         T other = V::Select(colour, diagonal, upDown);
@@ -344,25 +353,19 @@ template <class V, bool bRedLine, bool bColourFirst>
 void PairBlocks(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut, uint32_t x0, uint32_t x1)
 {
     using T = __m128i;
-    const T one = V::Set8(1), lo = V::Set16(0x00FF), hi = V::Set16(int16_t(0xFF00));
-    auto mean2 = [&](T a, T b, T& odd) {
-        odd = V::And(V::Xor(a, b), one);
-        return V::Sub(V::Avg(a, b), odd);
-    };
-    auto mean4 = [&](T h1, T odd1, T h2, T odd2) {
-        return V::Sub(V::Avg(h1, h2), V::AndNot(V::And(odd1, odd2), V::And(V::Xor(h1, h2), one)));
-    };
+    const T lo = V::Set16(0x00FF), hi = V::Set16(int16_t(0xFF00));
+    const TByteMeans<V> means;
     for (uint32_t x = x0; x < x1; x += V::N) {
         const T sample = V::Load(pCur + x);
         T oddA, oddM, oddP;
-        const T across = mean2(V::Load(pCur + x - 1), V::Load(pCur + x + 1), oddA);
-        const T vm = mean2(V::Load(pUp + x - 1), V::Load(pDown + x - 1), oddM);
-        const T vp = mean2(V::Load(pUp + x + 1), V::Load(pDown + x + 1), oddP);
-        const T diagonal = mean4(vm, oddM, vp, oddP);
+        const T across = means.Two(V::Load(pCur + x - 1), V::Load(pCur + x + 1), oddA);
+        const T vm = means.Two(V::Load(pUp + x - 1), V::Load(pDown + x - 1), oddM);
+        const T vp = means.Two(V::Load(pUp + x + 1), V::Load(pDown + x + 1), oddP);
+        const T diagonal = means.Four(vm, oddM, vp, oddP);
         T w0, w1, w2;
         if constexpr (bColourFirst) {
             // e: colour site (means in the low bytes), o: green site.
-            const T direct = mean4(across, oddA, _mm_srli_epi16(vm, 8), _mm_srli_epi16(oddM, 8));
+            const T direct = means.Four(across, oddA, _mm_srli_epi16(vm, 8), _mm_srli_epi16(oddM, 8));
             const T ownE = V::And(sample, lo), otherE = V::And(diagonal, lo), gE = _mm_slli_epi16(direct, 8);
             const T gO = _mm_srli_epi16(sample, 8), ownO = V::And(across, hi), otherO = _mm_slli_epi16(vp, 8);
             w0 = V::Or(bRedLine ? otherE : ownE, gE);
@@ -370,7 +373,7 @@ void PairBlocks(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, u
             w2 = V::Or(gO, bRedLine ? ownO : otherO);
         } else {
             // e: green site, o: colour site (means in the high bytes).
-            const T direct = mean4(across, oddA, _mm_slli_epi16(vp, 8), _mm_slli_epi16(oddP, 8));
+            const T direct = means.Four(across, oddA, _mm_slli_epi16(vp, 8), _mm_slli_epi16(oddP, 8));
             const T ownE = V::And(across, lo), otherE = _mm_srli_epi16(vm, 8), gE = _mm_slli_epi16(sample, 8);
             const T gO = _mm_srli_epi16(direct, 8), ownO = V::And(sample, hi), otherO = V::And(diagonal, hi);
             w0 = V::Or(bRedLine ? otherE : ownE, gE);
