@@ -16,10 +16,7 @@ namespace {
 // copy are held to the same bytes.
 TEST(BilinearColorCorrectionSimd, EveryWidthMatchesReference)
 {
-    std::vector<Size> sizes;
-    for (uint32_t w = 2; w <= 64; ++w) sizes.push_back({w, 5 + w % 7});
-    for (uint32_t w : {641u, 1000u, 2448u}) sizes.push_back({w, 6});
-    ExpectMatchesModel(KaipBdBilinearColorCorrection, ColorCorrection, sizes);
+    ExpectMatchesModel(KaipBdBilinearColorCorrection, ColorCorrection, EveryWidthSizes());
 }
 
 // The vector blocks read a ring of split source lines; when it cannot be allocated the scalar
