@@ -1,11 +1,13 @@
 #!/usr/bin/python3
 """Turns kaip_bench runs into a Markdown table: ours, the peer and memcpy of each case side by side.
 
-Usage: report.py [--size WxH] [--peers-only] LABEL=run.json[,run.json...] [LABEL=...] > table.md
+Usage: report.py [--size WxH] [--peers-only | --decoders] LABEL=run.json[,run.json...] [LABEL=...] > table.md
   e.g. report.py default=default.json "SIMD.Level 4=level4.json"
 Several files under one label are one configuration run in parts (a later file's figures win).
 --size keeps the rows of one frame size only (e.g. --size 2448x2048); --peers-only the cases
-that have a peer (OpenCV, libyuv; our own scalar variants are left out).
+that have a peer (OpenCV, libyuv; our own scalar variants are left out). --decoders compares instead
+each Bayer decoder case (Bayer/<Decoder><depth>_<rest>) with the bilinear case of the same depth,
+destination and LUT in the same run: its time over the bilinear decoder's.
 
 Each run is Google Benchmark JSON output (--benchmark_format=json or --benchmark_out=FILE). Benchmarks
 are named Family/Case/Role[/arguments]; Role is Ours, Memcpy or a peer (OpenCV, libyuv). The roles of one
@@ -103,14 +105,41 @@ def table(runs, only_size=None, peers_only=False):
     return "\n".join(lines)
 
 
+def decoder_table(runs, only_size=None):
+    """Each decoder's time over the bilinear decoder's of the same depth, destination and LUT."""
+    lines = ["| Case | Size | Configuration | Ours ms | Bilinear ms | Time / bilinear |", "|---|---|---|---:|---:|---:|"]
+    cases = []
+    for _, run in runs:
+        for (case, args, role) in run:
+            if role == "Ours" and case.startswith("Bayer/") and (case, args) not in cases:
+                cases.append((case, args))
+    for case, args in cases:
+        name = case.partition("/")[2]
+        depth_at = next((i for i, ch in enumerate(name) if ch.isdigit()), None)
+        if name.startswith("Bilinear") or depth_at is None:
+            continue
+        if only_size and size_of(args).split(" ")[0] != only_size:
+            continue
+        for label, run in runs:
+            ms = run.get((case, args, "Ours"))
+            bilinear = run.get(("Bayer/Bilinear" + name[depth_at:], args, "Ours"))
+            if ms is not None and bilinear is not None:
+                lines.append("| %s | %s | %s | %s | %s | %s |" % (case, size_of(args), label, fmt(ms), fmt(bilinear),
+                                                                  ratio(ms, bilinear)))
+    return "\n".join(lines)
+
+
 def main(argv):
-    only_size, peers_only = None, False
+    only_size, peers_only, decoders = None, False, False
     while len(argv) > 1 and argv[1].startswith("--"):
         if argv[1] == "--size" and len(argv) > 2:
             only_size = argv[2]
             argv = argv[:1] + argv[3:]
         elif argv[1] == "--peers-only":
             peers_only = True
+            argv = argv[:1] + argv[2:]
+        elif argv[1] == "--decoders":
+            decoders = True
             argv = argv[:1] + argv[2:]
         else:
             break
@@ -123,7 +152,7 @@ def main(argv):
         for path in paths.split(","):
             run.update(load(path))
         runs.append((label, run))
-    print(table(runs, only_size, peers_only))
+    print(decoder_table(runs, only_size) if decoders else table(runs, only_size, peers_only))
     return 0
 
 
