@@ -1,8 +1,9 @@
 // variable_gradients_test.cpp: KaipBdVariableGradients against its per-pixel reference; flat and ramp images; refusals.
+#include "bayer/variable_gradients.h"
+
 #include <gtest/gtest.h>
 
 #include "bayer/interpolation_model.h"
-#include "bayer/variable_gradients.h"
 #include "platform/os_buffer.h"
 
 using namespace bayer_model;
