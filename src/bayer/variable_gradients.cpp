@@ -8,6 +8,7 @@
 
 #include "bayer/bayer.h"
 #include "bayer/decoder_window.h"
+#include "bayer/variable_gradients_simd.h"
 #include "core/log.h"
 #include "platform/os_buffer.h"
 
@@ -245,9 +246,11 @@ struct TGradientsColour {
 
 // The interior in strips of kStrip columns, each run from the top line to the bottom one:
 // every source line is widened once and its gradient planes taken once; lanes of type T,
-// built for AVX2 if bAvx2; the strip's lines and planes in pBuffer.
+// built for AVX2 if bAvx2; the strip's lines and planes in pBuffer. The vector writer (if
+// any) writes whole blocks of each line's stretch, the scalar one what it leaves.
 template <unsigned Bits, uint32_t DstBytes, class T>
-void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32_t h, bool bAvx2, void* pBuffer)
+void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32_t h, bool bAvx2,
+                  TGradientsWriter writer, void* pBuffer)
 {
     using TColour = TGradientsColour<Bits, DstBytes>;
     const TColour k{lut};
@@ -272,7 +275,10 @@ void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint3
             const auto line = bRedLine ? lines.red : lines.blue;
             const uint8_t* pCur = p.pSrc + size_t(y) * p.dwSrcLineIncrement;
             uint8_t* pOut = p.pDst + size_t(y) * p.dwDstLineIncrement;
-            line(k, {pCur, {first[0], first[1]}, {second[0], second[1]}, x0, pOut}, x0, x1);
+            const TGradientsStretch stretch{pCur,     {first[0], first[1]}, {second[0], second[1]}, x0, x1, pOut,
+                                            bRedLine, greenParity};
+            const uint32_t xs = writer ? writer(stretch, lut) : x0;
+            line(k, {pCur, {first[0], first[1]}, {second[0], second[1]}, x0, pOut}, xs, x1);
         }
     }
 }
@@ -296,10 +302,11 @@ KaipStatus BdVariableGradients(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDst
         void* pBuffer = oxOsBufferCreateAligned(bWide ? sizeof(TStrip<int32_t>) : sizeof(TStrip<int16_t>), 64, 0);
         if (!pBuffer) return Refuse(KASTATUS_KAIP_MEMORY_ALLOC_FAILED, "%s: no memory for the strip lines", pszFunc);
         const TBayerPlanes planes = JobPlanes(job);
+        const TGradientsWriter writer = GradientsWriter_intr(job.dwBits, dwDstBytes, hLut == nullptr);
         WithDepth(job.dwBits, [&](auto bits) {
             WithPixelBytes(dwDstBytes, [&](auto bytes) {
                 using T = std::conditional_t<bits == 8, int16_t, int32_t>;
-                RunGradients<bits, bytes, T>(planes, lut, w, h, g_SSEChecker.UseAVX2(), pBuffer);
+                RunGradients<bits, bytes, T>(planes, lut, w, h, g_SSEChecker.UseAVX2(), writer, pBuffer);
             });
         });
         oxOsBufferFree(pBuffer);

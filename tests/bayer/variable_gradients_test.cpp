@@ -15,10 +15,9 @@ TEST(BdVariableGradients, MatchesReferenceForEveryDepthPatternDestinationAndLut)
     ExpectMatchesModel(KaipBdVariableGradients, VariableGradients);
 }
 
-// The division-free rounded mean equals the division for every numerator and count it meets:
-// 16-bit lanes at 8 bits, 32-bit lanes up to 12 bits.
-// Every width up to 70 (both column parities at each end of the vector loops) and widths that
-// end the strips of 1024 columns at every parity.
+// Every width up to 70 (both column parities at each end of the vector loops, the writer's
+// blocks of 16 and 32 pixels and the scalar pixels after them) and widths that end the strips
+// of 1024 columns at every parity.
 TEST(BdVariableGradients, MatchesReferenceAtEveryWidthAndAcrossStrips)
 {
     std::vector<Size> sizes;
@@ -38,6 +37,8 @@ TEST(BdVariableGradients, ReportsAFailedStripBufferAllocation)
     EXPECT_EQ(status, KASTATUS_KAIP_MEMORY_ALLOC_FAILED);
 }
 
+// The division-free rounded mean equals the division for every numerator and count it meets:
+// 16-bit lanes at 8 bits, 32-bit lanes up to 12 bits.
 TEST(BdVariableGradients, RoundedMeanDividesExactlyOverTheWholeRange)
 {
     for (int32_t taken = 1; taken <= 8; ++taken) {
