@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <random>
@@ -111,6 +113,52 @@ private:
     std::unique_ptr<TKaIpLut12> m_save12;
     TModelLut m_tables;
 };
+
+// The formats of the 3x3 filters: bytes per sample, filtered samples and samples per pixel, the
+// largest sample and the LUT depth (0: takes no LUT).
+struct TFilterFormat {
+    uint32_t code;
+    unsigned bytes, channels, step;
+    int32_t max;
+    unsigned lutDepth;
+    unsigned PixelBytes() const { return bytes * step; }
+};
+constexpr TFilterFormat kFilterFormats[] = {
+    {KaipPixelFormat_Mono8, 1, 1, 1, 255, 8},       {KaipPixelFormat_BGR8Packed, 1, 3, 3, 255, 8},
+    {KaipPixelFormat_BGRA8Packed, 1, 3, 4, 255, 8}, {KaipPixelFormat_Mono10, 2, 1, 1, 1023, 10},
+    {KaipPixelFormat_Mono12, 2, 1, 1, 4095, 12},    {KaipPixelFormat_Mono9, 2, 1, 1, 511, 0},
+    {KaipPixelFormat_Mono11, 2, 1, 1, 2047, 0},     {KaipPixelFormat_Mono13, 2, 1, 1, 8191, 0},
+    {KaipPixelFormat_Mono15, 2, 1, 1, 32767, 0},    {KaipPixelFormat_Mono16, 2, 1, 1, 65535, 0},
+};
+
+// The 3x3 filter by its rules, interior samples only, each channel with the same channel of its
+// neighbours: the kernel sum wrapped to 32 bits and divided toward zero where
+// |9 x centre - sum of the nine samples| > 9 x threshold (everywhere without a threshold), else the
+// centre; clamped; then the LUT table of the byte position (colour) or the green table (mono).
+// `out` holds what the destination held before.
+inline void ModelFilter(const TFilterFormat& f, const KaipImgInfo& src, std::vector<uint8_t>& out,
+                        uint32_t outIncrement, const int32_t* k, const int32_t* threshold, const TModelLut* lut)
+{
+    for (uint32_t y = 1; y + 1 < src.Height; ++y)
+        for (uint32_t x = 1; x + 1 < src.Width; ++x)
+            for (unsigned ch = 0; ch < f.channels; ++ch) {
+                auto sample = [&](uint32_t yy, uint32_t xx) {
+                    return int64_t(GetSample(src.pData + yy * src.LineIncrement, xx * f.step + ch, f.bytes));
+                };
+                int64_t weighted = 0, nine = 0;
+                for (int dy = 0; dy < 3; ++dy)
+                    for (int dx = 0; dx < 3; ++dx) {
+                        weighted += k[3 * dy + dx] * sample(y - 1 + dy, x - 1 + dx);
+                        nine += sample(y - 1 + dy, x - 1 + dx);
+                    }
+                const int64_t centre = sample(y, x);
+                const bool sharpen = !threshold || std::abs(9 * centre - nine) > 9 * int64_t(*threshold);
+                int64_t v = sharpen ? int32_t(uint32_t(uint64_t(weighted))) / 1000 : centre;
+                v = std::min<int64_t>(std::max<int64_t>(v, 0), f.max);
+                if (lut) v = (*lut)[f.channels == 3 ? ch : 1][size_t(v)];
+                PutSample(out.data() + y * outIncrement, x * f.step + ch, f.bytes, uint32_t(v));
+            }
+}
 
 // The configured SIMD level for one scope: 0 runs the baseline workers, 1 the SSE2 ones, 3 the SSE4.2
 // ones and 4 the AVX2 ones (each as far as the processor has them).

@@ -1,6 +1,5 @@
 // shading_test.cpp: KaipApplyShadingCorrection against a per-pixel model, worked values and refusals.
 #include <algorithm>
-#include <functional>
 
 #include "matrix/matrix_test_util.h"
 #include "support/log_capture.h"
@@ -200,80 +199,55 @@ TEST(ApplyShadingCorrection, ReallocatesAMisfitDestination)
     EXPECT_EQ(KaipDeallocateImageData(&dst), KASTATUS_OK);
 }
 
+// Its refusals with their log lines (the statuses of the common checks are also in tests/hostile).
 TEST(ApplyShadingCorrection, Refusals)
 {
-    using Call = std::function<KaipStatus(KaipImgInfo & s, KaipImgInfo & b, KaipImgInfo & w, KaipImgInfo & d)>;
-    auto run = [](KaipImgInfo& s, KaipImgInfo& b, KaipImgInfo& w, KaipImgInfo& d) {
-        return KaipApplyShadingCorrection(&s, &b, &w, &d, 0);
+    using I = KaipImgInfo*;
+    struct TCase {
+        KaipStatus status;
+        void (*spoil)(I& s, I& b, I& w, I& d);
+        const char* line;
     };
-    const std::tuple<const char*, KaipStatus, Call, const char*> cases[] = {
-        {"null source", KASTATUS_KAIP_INVALID_SRC_POINTER,
-         [](KaipImgInfo&, KaipImgInfo& b, KaipImgInfo& w, KaipImgInfo& d) {
-             return KaipApplyShadingCorrection(nullptr, &b, &w, &d, 0);
-         },
+    const TCase cases[] = {
+        {KASTATUS_KAIP_INVALID_SRC_POINTER, [](I& s, I&, I&, I&) { s = nullptr; },
          "KaipApplyShadingCorrection: pSrcImgInfo is NULL!"},
-        {"null black", KASTATUS_KAIP_INVALID_POINTER,
-         [](KaipImgInfo& s, KaipImgInfo&, KaipImgInfo& w, KaipImgInfo& d) {
-             return KaipApplyShadingCorrection(&s, nullptr, &w, &d, 0);
-         },
+        {KASTATUS_KAIP_INVALID_POINTER, [](I&, I& b, I&, I&) { b = nullptr; },
          "KaipApplyShadingCorrection: pBlackImgInfo is NULL!"},
-        {"white not initialised", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED,
-         [&](KaipImgInfo& s, KaipImgInfo& b, KaipImgInfo& w, KaipImgInfo& d) {
-             w.LineIncrement = 0;
-             return run(s, b, w, d);
-         },
+        {KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED, [](I&, I&, I& w, I&) { w->LineIncrement = 0; },
          "KaipApplyShadingCorrection: pWhiteImgInfo is not initialized!"},
-        {"black of another size", KASTATUS_KAIP_IMGINFOS_NOT_EQUAL,
-         [&](KaipImgInfo& s, KaipImgInfo& b, KaipImgInfo& w, KaipImgInfo& d) {
-             b.Height = 2;
-             return run(s, b, w, d);
-         },
+        {KASTATUS_KAIP_IMGINFOS_NOT_EQUAL, [](I&, I& b, I&, I&) { b->Height = 2; },
          "KaipApplyShadingCorrection: pBlackImgInfo differs in size: w=6, h=2, Src: w=6, h=4"},
-        {"white of another format", KASTATUS_KAIP_REF_PIXEL_FORMAT_DIFFERS,
-         [&](KaipImgInfo& s, KaipImgInfo& b, KaipImgInfo& w, KaipImgInfo& d) {
-             w.PixelFormat = KaipPixelFormat_BayerRG8;
-             return run(s, b, w, d);
-         },
+        {KASTATUS_KAIP_REF_PIXEL_FORMAT_DIFFERS, [](I&, I&, I& w, I&) { w->PixelFormat = KaipPixelFormat_BayerRG8; },
          "KaipApplyShadingCorrection: pWhiteImgInfo differs in pixel format: 0x01080009, Src pixel "
          "format=0x01080001"},
-        {"white bottom-up", KASTATUS_KAIP_REF_FLAGS_DIFFER,
-         [&](KaipImgInfo& s, KaipImgInfo& b, KaipImgInfo& w, KaipImgInfo& d) {
-             w.Flags = KaipImgFlag_BottomUp;
-             return run(s, b, w, d);
-         },
+        {KASTATUS_KAIP_REF_FLAGS_DIFFER, [](I&, I&, I& w, I&) { w->Flags = KaipImgFlag_BottomUp; },
          "KaipApplyShadingCorrection: pWhiteImgInfo differs in flags: 0x2, Src Flags=0x0"},
-        {"black without buffer", KASTATUS_KAIP_SRC_NOT_ALLOCATED,
-         [&](KaipImgInfo& s, KaipImgInfo& b, KaipImgInfo& w, KaipImgInfo& d) {
-             b.pData = nullptr;
-             return run(s, b, w, d);
-         },
+        {KASTATUS_KAIP_SRC_NOT_ALLOCATED, [](I&, I& b, I&, I&) { b->pData = nullptr; },
          "KaipApplyShadingCorrection: pBlackImgInfo->pData is NULL!"},
-        {"Mono10Packed", KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT,
-         [&](KaipImgInfo& s, KaipImgInfo& b, KaipImgInfo& w, KaipImgInfo& d) {
-             s.PixelFormat = b.PixelFormat = w.PixelFormat = d.PixelFormat = KaipPixelFormat_Mono10Packed;
-             return run(s, b, w, d);
+        {KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT,
+         [](I& s, I& b, I& w, I& d) {
+             s->PixelFormat = b->PixelFormat = w->PixelFormat = d->PixelFormat = KaipPixelFormat_Mono10Packed;
          },
          "KaipApplyShadingCorrection: Unsupported source color format 0x010c0004"},
-        {"destination of another format", KASTATUS_KAIP_INCOMPATIBLE_SRC_DST_PIXEL_FORMAT,
-         [&](KaipImgInfo& s, KaipImgInfo& b, KaipImgInfo& w, KaipImgInfo& d) {
-             d.PixelFormat = KaipPixelFormat_Mono10;
-             return run(s, b, w, d);
-         },
+        {KASTATUS_KAIP_INCOMPATIBLE_SRC_DST_PIXEL_FORMAT,
+         [](I&, I&, I&, I& d) { d->PixelFormat = KaipPixelFormat_Mono10; },
          "KaipApplyShadingCorrection: Src and Dst images differ in pixel format and KaipOption_ReallocateDst flag "
          "is not present."},
     };
-    for (const auto& [what, status, call, line] : cases) {
-        SCOPED_TRACE(what);
+    for (const TCase& c : cases) {
+        SCOPED_TRACE(c.line);
         auto src = MakeImage(6, 4, KaipPixelFormat_Mono8, 1, 0, 2, 21);
         auto black = MakeImage(6, 4, KaipPixelFormat_Mono8, 1, 0, 2, 0, 1);
         auto white = MakeImage(6, 4, KaipPixelFormat_Mono8, 1, 0, 2, 0, 200);
         auto dst = MakeImage(6, 4, KaipPixelFormat_Mono8, 1, 0, 2, 0, 3);
         const std::vector<uint8_t> srcBefore = Bytes(*src), dstBefore = Bytes(*dst);
+        I s = &src->info, b = &black->info, w = &white->info, d = &dst->info;
+        c.spoil(s, b, w, d);
         LogCapture log;
-        EXPECT_EQ(call(src->info, black->info, white->info, dst->info), status);
+        EXPECT_EQ(KaipApplyShadingCorrection(s, b, w, d, 0), c.status);
         EXPECT_EQ(Bytes(*src), srcBefore);
         EXPECT_EQ(Bytes(*dst), dstBefore);
-        EXPECT_EQ(log.Lines().at(0), line);
+        EXPECT_EQ(log.Lines().at(0), c.line);
     }
 }
 
