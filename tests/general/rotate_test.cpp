@@ -1,4 +1,5 @@
-// rotate_test.cpp: KaipRotate90AndMirror against the eight cases of the quarter turn.
+// rotate_test.cpp: KaipRotate90AndMirror against the eight cases of the quarter turn, and the gate of its SSE2
+// blocks.
 #include <gtest/gtest.h>
 
 #include "general/geometry_test_util.h"
@@ -38,14 +39,10 @@ TEST(Rotate90AndMirror, MatchesModel)
 {
     const RandomLut lut(11);
     uint32_t seed = 100;
-    const std::pair<uint32_t, uint32_t> small[] = {{1, 1}, {3, 2}, {2, 5}, {5, 4}, {8, 3}, {1, 7}};
-    const std::pair<uint32_t, uint32_t> large[] = {{70, 67}, {129, 35}};
+    // Small sizes, and sizes that cover whole vector tiles and cross their edges (run at every SIMD level).
+    const std::pair<uint32_t, uint32_t> sizes[] = {{1, 1},   {3, 2},   {2, 5},   {5, 4},   {8, 3},    {1, 7},
+                                                   {16, 16}, {17, 33}, {64, 48}, {70, 67}, {129, 35}, {200, 31}};
     for (const TFormat& f : FormatsOf(0x7FFF)) {
-        std::vector<std::pair<uint32_t, uint32_t>> sizes(std::begin(small), std::end(small));
-        // Sizes that cross tile edges, once per pixel size.
-        if (f.dwCode == KaipPixelFormat_Mono8 || f.dwCode == KaipPixelFormat_Mono10 ||
-            f.dwCode == KaipPixelFormat_RGB8Packed || f.dwCode == KaipPixelFormat_RGBA8Packed)
-            sizes.insert(sizes.end(), std::begin(large), std::end(large));
         for (auto [w, h] : sizes)
             for (uint32_t flags : {0u, KaipImgFlag_BottomUp})
                 for (int c = 0; c < 8; ++c) {

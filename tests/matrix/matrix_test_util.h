@@ -11,9 +11,9 @@
 #include <random>
 #include <vector>
 
-#include "core/unidef.h"
 #include "general/lut.h"
 #include "support/guarded.h"
+#include "support/simd_level.h"
 
 // Samples are bytes or little-endian 16-bit words.
 inline uint32_t GetSample(const uint8_t* p, size_t i, unsigned bytes)
@@ -160,21 +160,7 @@ inline void ModelFilter(const TFilterFormat& f, const KaipImgInfo& src, std::vec
             }
 }
 
-// The configured SIMD level for one scope: 0 runs the baseline workers, 1 the SSE2 ones, 3 the SSE4.2
-// ones and 4 the AVX2 ones (each as far as the processor has them).
-class ScopedSimdLevel {
-public:
-    explicit ScopedSimdLevel(int level) : m_saved(g_SSEChecker.m_iSIMDLevel) { Set(level); }
-    ~ScopedSimdLevel() { Set(m_saved); }
-
-private:
-    static void Set(int level)
-    {
-        g_SSEChecker.m_iSIMDLevel = level;
-        g_SSEChecker.DeriveSwitches();
-    }
-    int m_saved;
-};
+// The SIMD levels the twin tests compare: the baseline, SSE2, SSE4.2 and AVX2.
 constexpr int kSimdLevels[] = {0, 1, 3, 4};
 
 // Every width up to 64 (every tail of every register width) and a few large ones.
