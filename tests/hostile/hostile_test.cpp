@@ -341,13 +341,6 @@ void AddArgumentCases(std::vector<Case>& cases)
         Images images(KaipPixelFormat_BGR8Packed, KaipPixelFormat_BGR8Packed);
         return KaipCalcWbFactors(&images.src.info, nullptr, nullptr, nullptr, KaipWbOption_Refine);
     });
-    add("KaipGet12BitLut_NullTables", 0, [] { return KaipGet12BitLut(nullptr, nullptr, nullptr, nullptr); });
-    add("KaipSet8BitLut_NullTables", 0, [] {
-        KaipHLut h = KaipAllocateLut(KAIP_LUT_8BIT);
-        const KaipStatus status = KaipSet8BitLut(h, nullptr, nullptr, nullptr);
-        KaipFreeLut(h);
-        return status;
-    });
     // Builder parameters are not range-checked: extremes saturate without overflow.
     add("KaipLutBuilders_ExtremeParameters", 0, [] {
         KaipHLut h = KaipAllocateLut(KAIP_LUT_ALL_DEPTHS | KAIP_LUT_BAYER | KAIP_LUT_BAYER_16);
@@ -361,32 +354,6 @@ void AddArgumentCases(std::vector<Case>& cases)
         KaipFreeLut(h);
         return status;
     });
-    add("KaipApplyRgbColorCorrection_NullMatrix", KASTATUS_KAIP_INVALID_POINTER, [] {
-        Images images(KaipPixelFormat_BGR8Packed, KaipPixelFormat_BGR8Packed);
-        return KaipApplyRgbColorCorrection(&images.src.info, &images.dst.info, nullptr, 0, nullptr);
-    });
-    add("KaipApply3x3Convolution_NullMatrix", KASTATUS_KAIP_INVALID_POINTER, [] {
-        Images images(KaipPixelFormat_Mono8, KaipPixelFormat_Mono8);
-        return KaipApply3x3Convolution(&images.src.info, &images.dst.info, nullptr, 0, nullptr);
-    });
-    add("Kaip3x3ThresholdSharpening_NullMatrix", KASTATUS_KAIP_INVALID_POINTER, [] {
-        Images images(KaipPixelFormat_Mono8, KaipPixelFormat_Mono8);
-        return Kaip3x3ThresholdSharpening(&images.src.info, &images.dst.info, nullptr, 0, 0, nullptr);
-    });
-    add("KaipApplyShadingCorrection_NullReference", KASTATUS_KAIP_INVALID_POINTER, [] {
-        Images images(KaipPixelFormat_Mono8, KaipPixelFormat_Mono8);
-        return KaipApplyShadingCorrection(&images.src.info, nullptr, &images.src.info, &images.dst.info, 0);
-    });
-    add("KaipApplyShadingCorrection_ReferenceOtherSize", KASTATUS_KAIP_IMGINFOS_NOT_EQUAL, [] {
-        Images images(KaipPixelFormat_Mono8, KaipPixelFormat_Mono8);
-        KaipImgInfo white = images.src.info;
-        white.Height -= 1;
-        return KaipApplyShadingCorrection(&images.src.info, &images.src.info, &white, &images.dst.info, 0);
-    });
-    add("KaipSetSaturationMatrix_Null", KASTATUS_KAIP_INVALID_POINTER,
-        [] { return KaipSetSaturationMatrix(100, nullptr); });
-    add("KaipSet3x3MatrixSharpening_Null", KASTATUS_KAIP_INVALID_POINTER,
-        [] { return KaipSet3x3MatrixSharpening(50, nullptr, 0); });
     // Files: names that are null, missing, folders or devices, and saves that cannot be made.
     using Loader = std::function<KaipStatus(const char*, KaipImgInfo*)>;
     const std::pair<const char*, Loader> loaders[] = {

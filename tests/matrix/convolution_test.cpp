@@ -152,8 +152,8 @@ TEST(Apply3x3Convolution, ReallocatesAMisfitDestination)
     EXPECT_EQ(KaipDeallocateImageData(&dst), KASTATUS_OK);
 }
 
-// The refusals of its own; the common ones (null pointers, uninitialised images, missing buffers,
-// colour planes, other sizes, the null kernel) are in tests/hostile.
+// The refusals of its own; the common ones (null images, uninitialised images, missing buffers, colour
+// planes, other sizes) are in tests/hostile, the null kernel in LogLines below.
 TEST(Apply3x3Convolution, Refusals)
 {
     const int32_t k[9] = {0, 0, 0, 0, 1000, 0, 0, 0, 0};
