@@ -14,15 +14,6 @@
 
 namespace {
 
-// The eight directions are one north and one north-east template turned by quarter turns;
-// quarter turns keep every site's colour around a red or blue pixel and swap red and blue
-// around a green one.
-template <int Turn>
-struct TTurned {
-    static constexpr int Dy(int dy, int dx) { return Turn == 0 ? dy : Turn == 1 ? -dx : Turn == 2 ? -dy : dx; }
-    static constexpr int Dx(int dy, int dx) { return Turn == 0 ? dx : Turn == 1 ? dy : Turn == 2 ? -dx : -dy; }
-};
-
 // The colours of one direction, in quarters, around the neighbour it points to. At a red or
 // blue pixel they are its own, green and the opposite one; at a green pixel green, then the
 // colour whose sites lie like (-2, 1) in the unturned direction, then the one whose sites lie
@@ -54,40 +45,6 @@ inline __attribute__((always_inline)) TColours<T> Diagonal(const P& p, T c)
 }
 
 // ---- a strip of columns, line after line ----
-
-// The source lines of a strip of up to kStrip columns, widened to the lane type and split by
-// column parity: column x0 - 4 + i lies in half i & 1 at index i >> 1. Columns x0 - 2 .. x1 + 1 are the image's,
-// the two beyond them on either side are zero (only unused plane entries read them).
-constexpr uint32_t kStrip = 1024;
-constexpr uint32_t kHalf = kStrip / 2 + 4;
-template <class T>
-using TRow = T[2][kHalf];
-
-// Every gradient is a sum of absolute differences of samples two apart along its direction
-// (one apart for the diagonals of red and blue pixels); the differences of each line are
-// taken once, into planes, whose slot r & 3 holds at each column i:
-//   tv  vertical pairs from line r: 2 |w(r, i) - w(r+2, i)| plus the same at i-1 and i+1
-//   hv  horizontal pairs on line r+1: |w(r+1, i-1) - w(r+1, i+1)| + |w(r+1, i) - w(r+1, i+2)|
-//   da  rising diagonal around (r+1, i): 2 |w(r, i+1) - w(r+2, i-1)| + |w(r, i) - w(r+1, i-1)|
-//       + |w(r+1, i+1) - w(r+2, i)|
-//   dm  falling diagonal around (r+1, i): 2 |w(r, i-1) - w(r+2, i+1)| + |w(r+1, i-1) - w(r+2, i)|
-//       + |w(r, i) - w(r+1, i+1)|
-//   a2  rising pairs from line r: |w(r, i) - w(r+2, i-2)| + |w(r, i+1) - w(r+2, i-1)|
-//   m2  falling pairs from line r: |w(r, i) - w(r+2, i+2)| + |w(r, i+1) - w(r+2, i+3)|
-// Around line y the north gradient is tv(y-2) + tv(y-1), the west one hv(y-1) + 2 hv(y) +
-// hv(y+1) at the column left of the pixel, and so on (see Gradients).
-template <class T>
-struct TStrip {
-    TRow<T> src[8];
-    TRow<T> tv[4], hv[4], da[4], dm[4], a2[4], m2[4];
-};
-
-// The value at column offset dx from column 2k + H of a split row (the offset's half and index).
-template <int H, class T>
-inline __attribute__((always_inline)) T At(const TRow<T>& row, int32_t k, int dx)
-{
-    return row[(H + dx) & 1][k + ((H + dx) >> 1)];
-}
 
 template <class T>
 inline T Distance(T a, T b)
@@ -165,7 +122,7 @@ inline __attribute__((always_inline)) void Gradients(const TStrip<T>& s, uint32_
 // loads from one column to the next, the loop vectorises (WithAvx2 likewise).
 template <unsigned Bits, bool Green, int Par, class T>
 __attribute__((optimize("no-tree-pre"))) void Estimates(const TStrip<T>& __restrict s, uint32_t y, uint32_t count,
-                                                        int32_t* __restrict pFirst, int32_t* __restrict pSecond)
+                                                        int16_t* __restrict pFirst, int16_t* __restrict pSecond)
 {
     const TRow<T>* rows[5] = {&s.src[(y - 2) & 7], &s.src[(y - 1) & 7], &s.src[y & 7], &s.src[(y + 1) & 7],
                               &s.src[(y + 2) & 7]};
@@ -193,16 +150,15 @@ __attribute__((optimize("no-tree-pre"))) void Estimates(const TStrip<T>& __restr
             b = T(b + ((bSwap ? d[m].second : d[m].third) & take));
         }
         const T n4 = T(4 * taken), top = T(n4 * T(TDepth<Bits>::kMask1));
-        pFirst[j] = RoundedMean(std::min(std::max(T(n4 * c + a - own), T(0)), top), taken);
-        pSecond[j] = RoundedMean(std::min(std::max(T(n4 * c + b - own), T(0)), top), taken);
+        pFirst[j] = int16_t(RoundedMean(std::min(std::max(T(n4 * c + a - own), T(0)), top), taken));
+        pSecond[j] = int16_t(RoundedMean(std::min(std::max(T(n4 * c + b - own), T(0)), top), taken));
     }
 }
 
 // The estimates of both parities of line y of a strip of n columns whose green columns have
 // parity greenParity; index 1 of the outputs holds the green columns.
 template <unsigned Bits, class T>
-void LineEstimates(const TStrip<T>& s, uint32_t y, uint32_t n, int greenParity, int32_t (&first)[2][kStrip / 2],
-                   int32_t (&second)[2][kStrip / 2])
+void LineEstimates(const TStrip<T>& s, uint32_t y, uint32_t n, int greenParity, TEstimates& first, TEstimates& second)
 {
     if (greenParity == 0) {
         Estimates<Bits, true, 0>(s, y, (n + 1) / 2, first[1], second[1]);
@@ -218,8 +174,8 @@ template <unsigned Bits, uint32_t DstBytes>
 struct TGradientsColour {
     struct TLine {
         const uint8_t* pCur;
-        const int32_t* pFirst[2];  // by column pair of the stretch; [1] at green columns
-        const int32_t* pSecond[2];
+        const int16_t* pFirst[2];  // by column pair of the stretch; [1] at green columns
+        const int16_t* pSecond[2];
         uint32_t x0;
         uint8_t* pOut;
     };
@@ -230,7 +186,7 @@ struct TGradientsColour {
     {
         constexpr int kGreen = Site == kSiteGreenR || Site == kSiteGreenB;
         const uint32_t j = (x - l.x0) >> 1, c = TDepth<Bits>::At(l.pCur, x) & TDepth<Bits>::kMask1;
-        const uint32_t first = uint32_t(l.pFirst[kGreen][j]), second = uint32_t(l.pSecond[kGreen][j]);
+        const uint32_t first = uint16_t(l.pFirst[kGreen][j]), second = uint16_t(l.pSecond[kGreen][j]);
         uint8_t* p = l.pOut + size_t(x) * DstBytes;
         if constexpr (Site == kSiteGreenR) {
             StoreBgr<DstBytes>(p, lut.pBlue[second], lut.pGreen[c], lut.pRed[first]);
@@ -246,17 +202,19 @@ struct TGradientsColour {
 
 // The interior in strips of kStrip columns, each run from the top line to the bottom one:
 // every source line is widened once and its gradient planes taken once; lanes of type T,
-// built for AVX2 if bAvx2; the strip's lines and planes in pBuffer. The vector writer (if
-// any) writes whole blocks of each line's stretch, the scalar one what it leaves.
+// built for AVX2 if bAvx2; the strip's lines and planes in pBuffer (zeroed once, so the
+// vector blocks past a strip's end read defined values). The vector estimator (if any)
+// replaces the per-pixel loop; the vector writer (if any) writes whole blocks of each line's
+// stretch, the scalar one what it leaves.
 template <unsigned Bits, uint32_t DstBytes, class T>
 void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32_t h, bool bAvx2,
-                  TGradientsWriter writer, void* pBuffer)
+                  TGradientsEstimator estimator, TGradientsWriter writer, void* pBuffer)
 {
     using TColour = TGradientsColour<Bits, DstBytes>;
     const TColour k{lut};
     const TSiteLines<TColour> lines(2, p.bShiftColumn);
-    TStrip<T>& strip = *new (pBuffer) TStrip<T>;
-    int32_t first[2][kStrip / 2], second[2][kStrip / 2];
+    TStrip<T>& strip = *new (pBuffer) TStrip<T>();
+    TEstimates first, second;
     for (uint32_t x0 = 2; x0 < w - 2; x0 += kStrip) {
         const uint32_t x1 = std::min(x0 + kStrip, w - 2), n = x1 - x0;
         for (uint32_t r = 0; r < h; ++r) {
@@ -269,6 +227,9 @@ void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint3
             AnyAvx2(bAvx2, [&] {
                 PlanesHalf<0>(strip, y, n);
                 PlanesHalf<1>(strip, y, n);
+                if constexpr (std::is_same_v<T, int16_t>) {
+                    if (y >= 2 && estimator) return estimator(strip, y, n, greenParity, first, second);
+                }
                 if (y >= 2) LineEstimates<Bits>(strip, y, n, greenParity, first, second);
             });
             if (y < 2) continue;
@@ -303,10 +264,11 @@ KaipStatus BdVariableGradients(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDst
         if (!pBuffer) return Refuse(KASTATUS_KAIP_MEMORY_ALLOC_FAILED, "%s: no memory for the strip lines", pszFunc);
         const TBayerPlanes planes = JobPlanes(job);
         const TGradientsWriter writer = GradientsWriter_intr(job.dwBits, dwDstBytes, hLut == nullptr);
+        const TGradientsEstimator estimator = GradientsEstimator_intr();
         WithDepth(job.dwBits, [&](auto bits) {
             WithPixelBytes(dwDstBytes, [&](auto bytes) {
                 using T = std::conditional_t<bits == 8, int16_t, int32_t>;
-                RunGradients<bits, bytes, T>(planes, lut, w, h, g_SSEChecker.UseAVX2(), writer, pBuffer);
+                RunGradients<bits, bytes, T>(planes, lut, w, h, g_SSEChecker.UseAVX2(), estimator, writer, pBuffer);
             });
         });
         oxOsBufferFree(pBuffer);

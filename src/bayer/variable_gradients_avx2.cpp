@@ -1,5 +1,5 @@
-// variable_gradients_avx2.cpp: the variable-gradients output stage with AVX2's registers (this file alone is built
-// with -mavx2).
+// variable_gradients_avx2.cpp: the variable-gradients estimates and output stage with AVX2's registers (this file
+// alone is built with -mavx2).
 #if defined(__AVX2__)
 #include "bayer/variable_gradients_kernel.h"
 #else
@@ -11,6 +11,16 @@ TGradientsWriter GradientsWriter_avx2(uint32_t dwBits, uint32_t dwDstBytes, bool
 {
 #if defined(__AVX2__)
     return GradientsWriter<V256>(dwBits, dwDstBytes, bIdentity);
+#else
+    return nullptr;
+#endif
+}
+
+// Runs only behind g_SSEChecker.UseAVX2() (see GradientsEstimator_intr).
+TGradientsEstimator GradientsEstimator_avx2()
+{
+#if defined(__AVX2__)
+    return EstimateLine<W256>;
 #else
     return nullptr;
 #endif

@@ -8,11 +8,10 @@
 
 namespace {
 
-// The words of V::N / 2 estimates (values below 2^15) in memory order.
-inline __m128i EstimateWords(__m128i, const int32_t* p)
+// The words of V::N / 2 estimates in memory order.
+inline __m128i EstimateWords(__m128i, const int16_t* p)
 {
-    return _mm_packs_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)),
-                           _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 4)));
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
 }
 
 // Bytes of even columns in the low byte of each word, odd ones in the high byte.
@@ -22,11 +21,9 @@ inline __m128i Interleave(__m128i even, __m128i odd)
 }
 
 #if defined(__AVX2__)
-inline __m256i EstimateWords(__m256i, const int32_t* p)
+inline __m256i EstimateWords(__m256i, const int16_t* p)
 {
-    const __m256i a = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
-    const __m256i b = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 8));
-    return _mm256_permute4x64_epi64(_mm256_packs_epi32(a, b), 0xD8);
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
 }
 
 inline __m256i Interleave(__m256i even, __m256i odd)
@@ -53,7 +50,7 @@ uint32_t WriteGradients(const TGradientsStretch& s, const TBayerLut& lut)
     const TTable mapB(lut.pBlue), mapG(lut.pGreen), mapR(lut.pRed);
     const T colour = V::Set16(s.greenParity == 0 ? int16_t(0xFF00) : 0x00FF);  // byte lanes of the colour sites
     const int even = s.greenParity == 0 ? 1 : 0;                               // estimates of the even columns
-    auto estimates = [&](const int32_t* const(&pArray)[2], size_t j) {
+    auto estimates = [&](const int16_t* const(&pArray)[2], size_t j) {
         const T e = V::template Shr<Bits - 8>(EstimateWords(T{}, pArray[even] + j));
         const T o = V::template Shr<Bits - 8>(EstimateWords(T{}, pArray[1 - even] + j));
         return Interleave(e, o);
@@ -83,6 +80,22 @@ uint32_t WriteGradients(const TGradientsStretch& s, const TBayerLut& lut)
     return x;
 }
 
+// Without an in-register table (SSE2), 8-bit tables are applied by a scalar pass over the bytes
+// the identity blocks just wrote, still in the first-level cache: a load, a table read and a
+// store per byte is cheaper than the scalar writer's per-pixel work.
+template <class V, uint32_t DstBytes>
+uint32_t WriteGradientsMapped(const TGradientsStretch& s, const TBayerLut& lut)
+{
+    const uint32_t x = WriteGradients<V, 8, DstBytes, false>(s, lut);
+    const uint8_t *const pB = lut.pBlue, *const pG = lut.pGreen, *const pR = lut.pRed;
+    uint8_t* __restrict p = s.pOut + size_t(s.x0) * DstBytes;
+    for (uint8_t* const pEnd = s.pOut + size_t(x) * DstBytes; p < pEnd; p += DstBytes) {
+        const uint8_t b = pB[p[0]], g = pG[p[1]], r = pR[p[2]];
+        p[0] = b, p[1] = g, p[2] = r;
+    }
+    return x;
+}
+
 template <class V>
 TGradientsWriter GradientsWriter(uint32_t dwBits, uint32_t dwDstBytes, bool bIdentity)
 {
@@ -93,10 +106,212 @@ TGradientsWriter GradientsWriter(uint32_t dwBits, uint32_t dwDstBytes, bool bIde
                 f = WriteGradients<V, bits, bytes, false>;
             } else if constexpr (bits == 8 && V::kShuffle) {
                 f = WriteGradients<V, bits, bytes, true>;
+            } else if constexpr (bits == 8) {
+                f = WriteGradientsMapped<V, bytes>;
             }
         });
     });
     return f;
+}
+
+// ---- the estimates of 8-bit strips in 16-bit lanes ----
+
+// Word lanes: 8 in SSE2 registers, 16 in AVX2 ones. Only non-negative values are shifted right.
+struct W128 {
+    using T = __m128i;
+    static constexpr int32_t N = 8;
+    static T Load(const int16_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+    static void Store(int16_t* p, T v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
+    static T Set(int16_t v) { return _mm_set1_epi16(v); }
+    static T Add(T a, T b) { return _mm_add_epi16(a, b); }
+    static T Sub(T a, T b) { return _mm_sub_epi16(a, b); }
+    static T Min(T a, T b) { return _mm_min_epi16(a, b); }
+    static T Max(T a, T b) { return _mm_max_epi16(a, b); }
+    static T Gt(T a, T b) { return _mm_cmpgt_epi16(a, b); }
+    static T And(T a, T b) { return _mm_and_si128(a, b); }
+    static T AndNot(T a, T b) { return _mm_andnot_si128(a, b); }  // ~a & b
+    template <int S>
+    static T Shl(T a)
+    {
+        return _mm_slli_epi16(a, S);
+    }
+    template <int S>
+    static T Shr(T a)
+    {
+        return _mm_srli_epi16(a, S);
+    }
+    static T MulLo(T a, T b) { return _mm_mullo_epi16(a, b); }
+    static T MulHiU(T a, T b) { return _mm_mulhi_epu16(a, b); }
+};
+
+#if defined(__AVX2__)
+struct W256 {
+    using T = __m256i;
+    static constexpr int32_t N = 16;
+    static T Load(const int16_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
+    static void Store(int16_t* p, T v) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v); }
+    static T Set(int16_t v) { return _mm256_set1_epi16(v); }
+    static T Add(T a, T b) { return _mm256_add_epi16(a, b); }
+    static T Sub(T a, T b) { return _mm256_sub_epi16(a, b); }
+    static T Min(T a, T b) { return _mm256_min_epi16(a, b); }
+    static T Max(T a, T b) { return _mm256_max_epi16(a, b); }
+    static T Gt(T a, T b) { return _mm256_cmpgt_epi16(a, b); }
+    static T And(T a, T b) { return _mm256_and_si256(a, b); }
+    static T AndNot(T a, T b) { return _mm256_andnot_si256(a, b); }
+    template <int S>
+    static T Shl(T a)
+    {
+        return _mm256_slli_epi16(a, S);
+    }
+    template <int S>
+    static T Shr(T a)
+    {
+        return _mm256_srli_epi16(a, S);
+    }
+    static T MulLo(T a, T b) { return _mm256_mullo_epi16(a, b); }
+    static T MulHiU(T a, T b) { return _mm256_mulhi_epu16(a, b); }
+};
+#endif
+
+// What one direction adds to the two sums when it is chosen: 4 c + (colour - first colour),
+// in quarters, for the first and the second estimate. The sums over the chosen directions are
+// the numerators of the per-pixel loop (4 n c + a - own, 4 n c + b - own); at 8 bits each term
+// lies within +-2040, so eight of them fit a word.
+template <class W>
+struct TTerms {
+    typename W::T a, b;
+};
+
+template <class W, int Turn, bool Green, class P>
+inline __attribute__((always_inline)) TTerms<W> AxisTerms(const P& p, typename W::T c)
+{
+    using T = typename W::T;
+    auto q = [&](int dy, int dx) { return p(TTurned<Turn>::Dy(dy, dx), TTurned<Turn>::Dx(dy, dx)); };
+    const T base = W::Sub(c, q(-2, 0));
+    if constexpr (Green) {
+        const T twice = W::Add(base, base), near = W::template Shl<2>(q(-1, 0));
+        const T far = W::Add(W::Add(q(-2, -1), q(-2, 1)), W::Add(q(0, -1), q(0, 1)));
+        // Odd turns swap the colours beside and above.
+        return (Turn & 1) ? TTerms<W>{W::Add(twice, near), W::Add(twice, far)}
+                          : TTerms<W>{W::Add(twice, far), W::Add(twice, near)};
+    } else {
+        const T q1 = q(-1, 0);
+        const T a = W::Add(base, W::Add(q1, q1)), b = W::Add(base, W::Add(q(-1, -1), q(-1, 1)));
+        return {W::Add(a, a), W::Add(b, b)};
+    }
+}
+
+template <class W, int Turn, bool Green, class P>
+inline __attribute__((always_inline)) TTerms<W> DiagonalTerms(const P& p, typename W::T c)
+{
+    using T = typename W::T;
+    auto q = [&](int dy, int dx) { return p(TTurned<Turn>::Dy(dy, dx), TTurned<Turn>::Dx(dy, dx)); };
+    if constexpr (Green) {
+        const T base = W::template Shl<2>(W::Sub(c, q(-1, 1)));
+        const T x = W::Add(q(-2, 1), q(0, 1)), y = W::Add(q(-1, 0), q(-1, 2));
+        const T bx = W::Add(base, W::Add(x, x)), by = W::Add(base, W::Add(y, y));
+        return (Turn & 1) ? TTerms<W>{by, bx} : TTerms<W>{bx, by};
+    } else {
+        const T d = W::Sub(c, q(-2, 2)), twice = W::Add(d, d);
+        const T around = W::Add(W::Add(q(-2, 1), q(-1, 0)), W::Add(q(-1, 2), q(0, 1)));
+        return {W::Add(twice, around), W::Add(twice, W::template Shl<2>(q(-1, 1)))};
+    }
+}
+
+// ceil(2^15 / n) for n = 1..8 lane by lane, as Reciprocal<15> builds it.
+template <class W>
+inline typename W::T Reciprocals(typename W::T n)
+{
+    auto r = [](int32_t t) { return int32_t(((1 << 15) + t - 1) / t); };
+    typename W::T m = W::Set(int16_t(r(8)));
+    for (int t = 1; t < 8; ++t)
+        m = W::Add(m, W::And(W::Gt(W::Set(int16_t(t + 1)), n), W::Set(int16_t(r(t) - r(t + 1)))));
+    return m;
+}
+
+// The estimates of the count columns of one parity of line y (see Estimates in
+// variable_gradients.cpp), W::N columns at a time.
+template <class W, bool Green, int Par>
+void EstimateBlocks(const TStrip<int16_t>& s, uint32_t y, uint32_t count, int16_t* pFirst, int16_t* pSecond)
+{
+    using T = typename W::T;
+    const TRow<int16_t>* rows[5] = {&s.src[(y - 2) & 7], &s.src[(y - 1) & 7], &s.src[y & 7], &s.src[(y + 1) & 7],
+                                    &s.src[(y + 2) & 7]};
+    const uint32_t s0 = (y - 2) & 3, s1 = (y - 1) & 3, s2 = y & 3;
+    for (int32_t j = 0; j < int32_t(count); j += W::N) {
+        const int32_t k = j + 2;  // column x0 + 2j + Par is i = 2k + Par
+        auto p = [&](int dy, int dx) { return W::Load(&At<Par>(*rows[2 + dy], k, dx)); };
+        auto at = [&](const TRow<int16_t>(&plane)[4], uint32_t slot, int dx) {
+            return W::Load(&At<Par>(plane[slot], k, dx));
+        };
+        auto sum3 = [&](const TRow<int16_t>(&plane)[4], int dx) {
+            const T mid = at(plane, s1, dx);
+            return W::Add(W::Add(at(plane, s0, dx), at(plane, s2, dx)), W::Add(mid, mid));
+        };
+        T g[8];
+        const T tv1 = at(s.tv, s1, 0);
+        g[0] = W::Add(at(s.tv, s0, 0), tv1);
+        g[1] = sum3(s.hv, -1);
+        g[2] = W::Add(tv1, at(s.tv, s2, 0));
+        g[3] = sum3(s.hv, 0);
+        if constexpr (Green) {
+            auto twice = [](T a, T b) {
+                const T v = W::Add(a, b);
+                return W::Add(v, v);
+            };
+            g[4] = twice(at(s.a2, s0, 1), at(s.a2, s1, 1));
+            g[5] = twice(at(s.m2, s0, -2), at(s.m2, s1, -2));
+            g[6] = twice(at(s.a2, s1, 0), at(s.a2, s2, 0));
+            g[7] = twice(at(s.m2, s1, -1), at(s.m2, s2, -1));
+        } else {
+            const T da = at(s.da, s1, 0), dm = at(s.dm, s1, 0);
+            g[4] = W::Add(da, at(s.da, s0, 1));
+            g[5] = W::Add(dm, at(s.dm, s0, -1));
+            g[6] = W::Add(da, at(s.da, s2, -1));
+            g[7] = W::Add(dm, at(s.dm, s2, 1));
+        }
+        T lo = g[0], hi = g[0];
+        for (int m = 1; m < 8; ++m) lo = W::Min(lo, g[m]), hi = W::Max(hi, g[m]);
+        const T limit = W::Add(lo, W::template Shr<1>(hi));  // chosen: gradient <= min + max / 2
+        const T c = p(0, 0);
+        T n = W::Set(8), numA = W::Set(0), numB = W::Set(0);
+        auto add = [&](T gradient, TTerms<W> e) {
+            const T skip = W::Gt(gradient, limit);
+            n = W::Add(n, skip);
+            numA = W::Add(numA, W::AndNot(skip, e.a));
+            numB = W::Add(numB, W::AndNot(skip, e.b));
+        };
+        add(g[0], AxisTerms<W, 0, Green>(p, c));
+        add(g[1], AxisTerms<W, 1, Green>(p, c));
+        add(g[2], AxisTerms<W, 2, Green>(p, c));
+        add(g[3], AxisTerms<W, 3, Green>(p, c));
+        add(g[4], DiagonalTerms<W, 0, Green>(p, c));
+        add(g[5], DiagonalTerms<W, 1, Green>(p, c));
+        add(g[6], DiagonalTerms<W, 2, Green>(p, c));
+        add(g[7], DiagonalTerms<W, 3, Green>(p, c));
+        // RoundedMean of the numerators clamped to 0 .. 4 n 255: floor(u / n) with
+        // u = (num + 2 n) / 4 is the high word of 2u ceil(2^15 / n).
+        const T zero = W::Set(0), twoN = W::Add(n, n), top = W::MulLo(n, W::Set(4 * 255)), m = Reciprocals<W>(n);
+        auto mean = [&](T num) {
+            const T u = W::template Shr<2>(W::Add(W::Min(W::Max(num, zero), top), twoN));
+            return W::MulHiU(W::Add(u, u), m);
+        };
+        W::Store(pFirst + j, mean(numA));
+        W::Store(pSecond + j, mean(numB));
+    }
+}
+
+template <class W>
+void EstimateLine(const TStrip<int16_t>& s, uint32_t y, uint32_t n, int greenParity, TEstimates& first,
+                  TEstimates& second)
+{
+    if (greenParity == 0) {
+        EstimateBlocks<W, true, 0>(s, y, (n + 1) / 2, first[1], second[1]);
+        EstimateBlocks<W, false, 1>(s, y, n / 2, first[0], second[0]);
+    } else {
+        EstimateBlocks<W, false, 0>(s, y, (n + 1) / 2, first[0], second[0]);
+        EstimateBlocks<W, true, 1>(s, y, n / 2, first[1], second[1]);
+    }
 }
 
 }  // namespace

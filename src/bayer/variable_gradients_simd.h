@@ -1,17 +1,66 @@
-// variable_gradients_simd.h: the vector output stage of the variable-gradients decoder, one copy per instruction set.
+// variable_gradients_simd.h: the strip of the variable-gradients decoder and its vector stages, one copy per
+// instruction set.
 #pragma once
 
 #include <cstdint>
 
 #include "bayer/decoder_frame.h"
 
+// The eight directions are one north and one north-east template turned by quarter turns;
+// quarter turns keep every site's colour around a red or blue pixel and swap red and blue
+// around a green one.
+template <int Turn>
+struct TTurned {
+    static constexpr int Dy(int dy, int dx) { return Turn == 0 ? dy : Turn == 1 ? -dx : Turn == 2 ? -dy : dx; }
+    static constexpr int Dx(int dy, int dx) { return Turn == 0 ? dx : Turn == 1 ? dy : Turn == 2 ? -dx : -dy; }
+};
+
+// The source lines of a strip of up to kStrip columns, widened to the lane type and split by
+// column parity: column x0 - 4 + i lies in half i & 1 at index i >> 1. Columns x0 - 2 .. x1 + 1 are the image's,
+// the two beyond them on either side are zero (only unused plane entries read them). The vector
+// loops run whole blocks past the strip's last column: kSpare more entries keep them inside.
+constexpr uint32_t kStrip = 1024;
+constexpr uint32_t kSpare = 32;
+constexpr uint32_t kHalf = kStrip / 2 + 4 + kSpare;
+template <class T>
+using TRow = T[2][kHalf];
+
+// Every gradient is a sum of absolute differences of samples two apart along its direction
+// (one apart for the diagonals of red and blue pixels); the differences of each line are
+// taken once, into planes, whose slot r & 3 holds at each column i:
+//   tv  vertical pairs from line r: 2 |w(r, i) - w(r+2, i)| plus the same at i-1 and i+1
+//   hv  horizontal pairs on line r+1: |w(r+1, i-1) - w(r+1, i+1)| + |w(r+1, i) - w(r+1, i+2)|
+//   da  rising diagonal around (r+1, i): 2 |w(r, i+1) - w(r+2, i-1)| + |w(r, i) - w(r+1, i-1)|
+//       + |w(r+1, i+1) - w(r+2, i)|
+//   dm  falling diagonal around (r+1, i): 2 |w(r, i-1) - w(r+2, i+1)| + |w(r+1, i-1) - w(r+2, i)|
+//       + |w(r, i) - w(r+1, i+1)|
+//   a2  rising pairs from line r: |w(r, i) - w(r+2, i-2)| + |w(r, i+1) - w(r+2, i-1)|
+//   m2  falling pairs from line r: |w(r, i) - w(r+2, i+2)| + |w(r, i+1) - w(r+2, i+3)|
+// Around line y the north gradient is tv(y-2) + tv(y-1), the west one hv(y-1) + 2 hv(y) +
+// hv(y+1) at the column left of the pixel, and so on (see Gradients).
+template <class T>
+struct TStrip {
+    TRow<T> src[8];
+    TRow<T> tv[4], hv[4], da[4], dm[4], a2[4], m2[4];
+};
+
+// The value at column offset dx from column 2k + H of a split row (the offset's half and index).
+template <int H, class T>
+inline __attribute__((always_inline)) const T& At(const TRow<T>& row, int32_t k, int dx)
+{
+    return row[(H + dx) & 1][k + ((H + dx) >> 1)];
+}
+
+// The two estimates of each column of a line's stretch, by column pair; [1] at green columns.
+using TEstimates = int16_t[2][kStrip / 2 + kSpare];
+
 // One stretch of an output line from its estimates: columns x0 (even) .. x1-1, whose column
 // x0 + 2j + par has its estimates at pFirst[g][j] and pSecond[g][j], g = 1 at green columns
 // (those of parity greenParity from x0) and 0 at the others. pCur: the source line.
 struct TGradientsStretch {
     const uint8_t* pCur;
-    const int32_t* pFirst[2];
-    const int32_t* pSecond[2];
+    const int16_t* pFirst[2];
+    const int16_t* pSecond[2];
     uint32_t x0, x1;
     uint8_t* pOut;
     bool bRedLine;
@@ -25,9 +74,20 @@ using TGradientsWriter = uint32_t (*)(const TGradientsStretch& s, const TBayerLu
 // The writer of the widest vector set the switches of g_SSEChecker allow for a depth (8, 10,
 // 12) and a destination (3 or 4 bytes), or null. bIdentity (null LUT): the identity tables
 // (out = value shifted to 8 bits) are computed; otherwise 8-bit tables are looked up in
-// registers (SSSE3, AVX2), and deeper ones are left to the scalar writer.
+// registers (SSSE3, AVX2) or by a byte pass after the identity blocks (SSE2), and deeper ones
+// are left to the scalar writer.
 TGradientsWriter GradientsWriter_intr(uint32_t dwBits, uint32_t dwDstBytes, bool bIdentity);
 
 // The copies behind GradientsWriter_intr, called only once their switch is checked.
 TGradientsWriter GradientsWriter_ssse3(uint32_t dwBits, uint32_t dwDstBytes, bool bIdentity);
 TGradientsWriter GradientsWriter_avx2(uint32_t dwBits, uint32_t dwDstBytes, bool bIdentity);
+
+// The estimates of both parities of line y of a strip of n columns of 8-bit samples (whose
+// planes of lines y-2 .. y are taken), green columns of parity greenParity: the same values as
+// the per-pixel loop, whole blocks of lanes (the spare entries past n hold garbage).
+using TGradientsEstimator = void (*)(const TStrip<int16_t>& s, uint32_t y, uint32_t n, int greenParity,
+                                     TEstimates& first, TEstimates& second);
+
+// The estimator of the widest vector set the switches allow, or null; its AVX2 copy.
+TGradientsEstimator GradientsEstimator_intr();
+TGradientsEstimator GradientsEstimator_avx2();

@@ -1,5 +1,5 @@
-// variable_gradients_sse2.cpp: the variable-gradients output stage in SSE2 registers, and the choice among the
-// vector copies.
+// variable_gradients_sse2.cpp: the variable-gradients estimates and output stage in SSE2 registers, and the choice
+// among the vector copies.
 #include "core/unidef.h"
 
 #if defined(__SSE2__)
@@ -14,6 +14,15 @@ TGradientsWriter GradientsWriter_intr(uint32_t dwBits, uint32_t dwDstBytes, bool
     if (g_SSEChecker.UseAVX2()) return GradientsWriter_avx2(dwBits, dwDstBytes, bIdentity);
     if (g_SSEChecker.m_bUseSSSE3) return GradientsWriter_ssse3(dwBits, dwDstBytes, bIdentity);
     if (g_SSEChecker.m_bUseSSE2) return GradientsWriter<V128<false>>(dwBits, dwDstBytes, bIdentity);
+#endif
+    return nullptr;
+}
+
+TGradientsEstimator GradientsEstimator_intr()
+{
+#if defined(__SSE2__)
+    if (g_SSEChecker.UseAVX2()) return GradientsEstimator_avx2();
+    if (g_SSEChecker.m_bUseSSE2) return EstimateLine<W128>;
 #endif
     return nullptr;
 }
