@@ -105,13 +105,6 @@ TEST(Deinterlace, Refusals)
     EXPECT_EQ(KaipDeinterlace(&mono10->info, nullptr, 0), KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT);
     EXPECT_EQ(KaipDeinterlace(&rgb8->info, nullptr, 0), KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT);
     EXPECT_EQ(KaipDeinterlace(&src->info, &other->info, 0), KASTATUS_KAIP_INCOMPATIBLE_SIZE);
-
-    KaipImgInfo dst{};
-    ASSERT_EQ(KaipDeinterlace(&src->info, &dst, KaipOption_ReallocateDst), 0);
-    EXPECT_EQ(dst.Width, 4u);
-    EXPECT_EQ(dst.Height, 3u);
-    EXPECT_EQ(dst.PixelFormat, KaipPixelFormat_BGR8Packed);
-    KaipDeallocateImageData(&dst);
 }
 
 TEST(Deinterlace, LogLine)

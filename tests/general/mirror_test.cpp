@@ -184,22 +184,6 @@ TEST(Mirror, Refusals)
     KaipFreeLut(lut10);
 }
 
-TEST(Mirror, ReallocatesAMisfitWithTheOption)
-{
-    auto src = RandomImage(5, 3, {KaipPixelFormat_RGB8Packed, 3}, 1, 0, 9);
-    KaipImgInfo dst{};
-    ASSERT_EQ(KaipInitImgInfo(&dst, 2, 2, KaipPixelFormat_Mono8, 0), 0);
-    ASSERT_EQ(KaipAllocateImageData(&dst), 0);
-    ASSERT_EQ(KaipMirror(&src->info, &dst, 0, 1, KaipOption_ReallocateDst | KaipImgFlag_Align16, nullptr), 0);
-    EXPECT_EQ(dst.Width, 5u);
-    EXPECT_EQ(dst.Height, 3u);
-    EXPECT_EQ(dst.PixelFormat, KaipPixelFormat_RGB8Packed);
-    EXPECT_EQ(dst.LineIncrement, 16u);
-    EXPECT_EQ(dst.Flags, KaipImgFlag_Align16 | KaipImgFlag_DataAllocated);
-    for (uint32_t y = 0; y < 3; ++y) EXPECT_EQ(0, std::memcmp(dst.pData + 16 * y + 3 * 4, src->info.pData + 16 * y, 3));
-    KaipDeallocateImageData(&dst);
-}
-
 TEST(ReverseLines, KeepsThePictureAndFlipsTheFlag)
 {
     for (uint32_t flags : {0u, KaipImgFlag_BottomUp}) {

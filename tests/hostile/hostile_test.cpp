@@ -260,6 +260,27 @@ void AddImageCases(std::vector<Case>& cases)
                  KaipDeallocateImageData(&img);
                  return status;
              }});
+        // A misfit destination is rebuilt with the option: the source's size (turned for the quarter turn),
+        // the function's format and the options' alignment as flags (line reversal then flips the order).
+        cases.push_back({std::string(f.name) + "_MisfitRebuilt", 0, [f] {
+                             Images images(f.srcFormat, f.dstFormat);
+                             KaipImgInfo dst{};
+                             KaipInitImgInfo(&dst, 2, 1, KaipPixelFormat_Mono16, 0);
+                             KaipAllocateImageData(&dst);
+                             const KaipStatus status =
+                                 f.call(&images.src.info, &dst, KaipOption_ReallocateDst | KaipImgFlag_Align16);
+                             const uint32_t w = f.rotated ? kH : kW, h = f.rotated ? kW : kH;
+                             const uint32_t flipped =
+                                 std::strncmp(f.name, "KaipReverseLines", 16) ? 0 : KaipImgFlag_BottomUp;
+                             if (dst.Width != w || dst.Height != h || dst.PixelFormat != f.dstFormat ||
+                                 dst.LineIncrement != (w * Bytes(f.dstFormat) + 15) / 16 * 16 ||
+                                 dst.Flags != (KaipImgFlag_Align16 | KaipImgFlag_DataAllocated | flipped))
+                                 ADD_FAILURE() << "rebuilt as " << dst.Width << "x" << dst.Height << " format 0x"
+                                               << std::hex << dst.PixelFormat << " line " << std::dec
+                                               << dst.LineIncrement << " flags 0x" << std::hex << dst.Flags;
+                             KaipDeallocateImageData(&dst);
+                             return status;
+                         }});
     }
 }
 

@@ -29,21 +29,6 @@ TEST(ThresholdSharpening, WorkedValues)
     EXPECT_EQ(Bytes(*a), Bytes(*b));
 }
 
-TEST(ThresholdSharpening, ReallocatesAMisfitDestination)
-{
-    int32_t k[9];
-    KaipSet3x3MatrixSharpening(60, k, KaipSharpening_AllNeighbours);
-    auto src = MakeImage(9, 5, KaipPixelFormat_BGR8Packed, 3, 0, 0, 56);
-    KaipImgInfo dst{};
-    ASSERT_EQ(Kaip3x3ThresholdSharpening(&src->info, &dst, k, 20, KaipOption_ReallocateDst, nullptr), KASTATUS_OK);
-    ASSERT_EQ(dst.LineIncrement, 27u);
-    std::vector<uint8_t> got(dst.pData, dst.pData + 135), expected = got;
-    const int32_t threshold = 20;
-    ModelFilter(kFilterFormats[1], src->info, expected, 27, k, &threshold, nullptr);
-    EXPECT_EQ(got, expected);
-    EXPECT_EQ(KaipDeallocateImageData(&dst), KASTATUS_OK);
-}
-
 // Its refusals with their log lines (the statuses of the common checks are also in tests/hostile).
 TEST(ThresholdSharpening, Refusals)
 {
