@@ -147,32 +147,51 @@ struct KMonoWordToMono8 {
     }
 };
 
-// B, G, R words of the 16 pixels of 32 bytes Y0 Cb Y1 Cr, by the split sums of the SSE2 build:
-// Y + Cr' + ((103 Cr' + 128) >> 8), Y - Cr' + ((73 Cr' - 88 Cb' + 128) >> 8), Y + 2 Cb' + ((128 - 58 Cb') >> 8),
-// equal to the scalar formulas because the parts taken out are multiples of 256.
-KAIP_AVX2 inline void YCbCrToWords(__m256i s, __m256i& b, __m256i& g, __m256i& r)
+// acc + k v in 16-bit lanes, the small factors by additions.
+template <int32_t k>
+KAIP_AVX2 inline __m256i AddTimes(__m256i acc, __m256i v)
 {
-    const __m256i words = _mm256_set1_epi32(0xFFFF), c128 = _mm256_set1_epi16(128);
-    const __m256i y = _mm256_and_si256(s, _mm256_set1_epi16(0xFF)), c = _mm256_srli_epi16(s, 8);
-    const __m256i cb = _mm256_sub_epi16(_mm256_or_si256(_mm256_and_si256(c, words), _mm256_slli_epi32(c, 16)), c128);
-    const __m256i cr = _mm256_sub_epi16(_mm256_or_si256(_mm256_srli_epi32(c, 16), _mm256_andnot_si256(words, c)), c128);
-    const __m256i rp = _mm256_srai_epi16(_mm256_add_epi16(_mm256_mullo_epi16(cr, _mm256_set1_epi16(103)), c128), 8);
-    const __m256i gp =
-        _mm256_srai_epi16(_mm256_add_epi16(_mm256_add_epi16(_mm256_mullo_epi16(cr, _mm256_set1_epi16(73)),
-                                                            _mm256_mullo_epi16(cb, _mm256_set1_epi16(-88))),
-                                           c128),
-                          8);
-    const __m256i bp = _mm256_srai_epi16(_mm256_add_epi16(_mm256_mullo_epi16(cb, _mm256_set1_epi16(-58)), c128), 8);
-    r = _mm256_add_epi16(_mm256_add_epi16(y, cr), rp);
-    g = _mm256_add_epi16(_mm256_sub_epi16(y, cr), gp);
-    b = _mm256_add_epi16(_mm256_add_epi16(y, _mm256_add_epi16(cb, cb)), bp);
+    if constexpr (k == 0) return acc;
+    if constexpr (k == 1) return _mm256_add_epi16(acc, v);
+    if constexpr (k == -1) return _mm256_sub_epi16(acc, v);
+    if constexpr (k == 2) return _mm256_add_epi16(acc, _mm256_add_epi16(v, v));
+    return _mm256_add_epi16(acc, _mm256_mullo_epi16(v, _mm256_set1_epi16(int16_t(k))));
 }
 
-// 32 pixels of YCbCr 4:2:2 per step over the Covered pixels to 3 or 4 bytes each in the order O, the fourth
-// byte 0; the rest of the line by the scalar member's reader and writer.
-template <TOrder O, uint32_t kPixelBytes>
-struct KYCbCr422 {
-    using W = WBytes<O, kPixelBytes == 4 ? kFourthZero : kNoFourth>;
+// One channel of 16 pixels from its split sums (TSplit): whole part plus the remainder sum shifted down.
+template <int32_t kULo, int32_t kVLo, int32_t kUHi, int32_t kVHi>
+KAIP_AVX2 inline __m256i Channel(__m256i rest, __m256i whole, __m256i u, __m256i v)
+{
+    const __m256i lo = AddTimes<kULo>(AddTimes<kVLo>(rest, v), u);
+    return _mm256_add_epi16(_mm256_srai_epi16(lo, 8), AddTimes<kUHi>(AddTimes<kVHi>(whole, v), u));
+}
+
+// B, G, R words of the 16 pixels of 32 bytes of 4:2:2 (luma at the even bytes when kLumaFirst, U before V),
+// by the split sums of TSplit<K>, as the SSE2 build computes them.
+template <class K, bool kLumaFirst>
+KAIP_AVX2 inline void YuvToWords(__m256i s, __m256i& b, __m256i& g, __m256i& r)
+{
+    using T = TSplit<K>;
+    const __m256i low = _mm256_set1_epi16(0xFF);
+    const __m256i y = kLumaFirst ? _mm256_and_si256(s, low) : _mm256_srli_epi16(s, 8);
+    const __m256i c =
+        _mm256_sub_epi16(kLumaFirst ? _mm256_srli_epi16(s, 8) : _mm256_and_si256(s, low), _mm256_set1_epi16(128));
+    const __m256i u = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(c, 0xA0), 0xA0);
+    const __m256i v = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(c, 0xF5), 0xF5);
+    const __m256i rest = AddTimes<T::kYLo>(_mm256_set1_epi16(int16_t(T::kL)), y);
+    const __m256i whole = K::kYOffset ? _mm256_sub_epi16(y, _mm256_set1_epi16(int16_t(K::kYOffset))) : y;
+    r = Channel<0, T::kRVLo, 0, T::kRVHi>(rest, whole, u, v);
+    g = Channel<T::kGULo, T::kGVLo, T::kGUHi, T::kGVHi>(rest, whole, u, v);
+    b = Channel<T::kBULo, 0, T::kBUHi, 0>(rest, whole, u, v);
+}
+
+// 32 pixels of 4:2:2 per step over the Covered pixels, read as R reads them, to 3 or 4 bytes each as W writes
+// them, the fourth byte 0; the rest of the line by the scalar member's reader and writer.
+template <class R, class W>
+struct KYuv422 {
+    static constexpr TOrder O = W::kOrder;
+    static constexpr uint32_t kPixelBytes = W::kBytes;
+    using K = typename R::TCoefficients;
     uint32_t dwWidth;
 
     template <bool kStream>
@@ -184,8 +203,8 @@ struct KYCbCr422 {
             const uint8_t* s = pS + 2 * at;
             uint8_t* d = pD + at * kPixelBytes;
             __m256i b0, g0, r0, b1, g1, r1;
-            YCbCrToWords(Load(s), b0, g0, r0);
-            YCbCrToWords(Load(s + 32), b1, g1, r1);
+            YuvToWords<K, R::kLumaFirst>(Load(s), b0, g0, r0);
+            YuvToWords<K, R::kLumaFirst>(Load(s + 32), b1, g1, r1);
             // The packs interleave the lanes (pixels 0-7, 16-23 | 8-15, 24-31); the byte unpacks below
             // undo that, leaving pixels 0-15 in the low halves and 16-31 in the high ones.
             const __m256i b = _mm256_packus_epi16(b0, b1), g = _mm256_packus_epi16(g0, g1);
@@ -220,7 +239,7 @@ struct KYCbCr422 {
                                                           _mm256_permutevar8x32_epi32(c3, i2), 0xFC));
             }
         }
-        RYCbCr422_8 rd;
+        R rd;
         ConvertGroups(rd, W{}, covered / 2, dwWidth / 2, pS, pD);
     }
 };
@@ -260,24 +279,11 @@ int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRevers
                     KMonoWordToMono8{dwWidth, dwSrcBits});
 }
 
-int Convert_YCbCr422_8_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, KYCbCr422<kBGR, 3>{dwWidth});
-}
-
-int Convert_YCbCr422_8_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, KYCbCr422<kRGB, 3>{dwWidth});
-}
-
-int Convert_YCbCr422_8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, KYCbCr422<kBGR, 4>{dwWidth});
-}
-
-int Convert_YCbCr422_8_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, KYCbCr422<kRGB, 4>{dwWidth});
-}
+#define KAIP_DEFINE_YUV422_CONVERTER(name, R, W)                                                                  \
+    int name(KAIP_LINE_PARAMS, bool bReverseLines)                                                                \
+    {                                                                                                             \
+        return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, KYuv422<R, W>{dwWidth}); \
+    }
+KAIP_YUV422_CONVERTERS(KAIP_DEFINE_YUV422_CONVERTER)
 
 }  // namespace convert::avx2

@@ -127,19 +127,33 @@ int Convert_YCbCr422_8_to_RGB32_intr(KAIP_LINE_PARAMS, bool bReverseLines)
                   bReverseLines);
 }
 
-#define KAIP_DEFINE_SSE2_MEMBER(name)                                  \
-    int name##_sse2(KAIP_LINE_PARAMS, bool bReverseLines)              \
-    {                                                                  \
-        return UseSSE2() && sse2::name(KAIP_LINE_ARGS, bReverseLines); \
-    }
-KAIP_SSE2_MEMBERS(KAIP_DEFINE_SSE2_MEMBER)
+// A vector member runs behind the SSE2 switch, by its AVX2 build when the AVX switch is on and AVX2 was
+// detected, else by its SSSE3 build when that switch is on, else by its SSE2 build; a missing build is null.
+template <class F, class... A>
+int Vector(F avx2Fn, F ssse3Fn, F sse2Fn, A... args)
+{
+    if (!UseSSE2()) return 0;
+    if (avx2Fn && g_SSEChecker.UseAVX2()) return avx2Fn(args...);
+    return ssse3Fn && UseSSSE3() ? ssse3Fn(args...) : sse2Fn(args...);
+}
 
-int Convert_MonoPacked_to_Mono8_sse2(KAIP_LINE_PARAMS, uint32_t, uint32_t, bool bReverseLines)
+using TLineFn = int (*)(KAIP_LINE_PARAMS, bool);
+#define KAIP_BUILD_0(fn) nullptr
+#define KAIP_BUILD_1(fn) fn
+#define KAIP_DEFINE_VECTOR_MEMBER(name, kSsse3, kAvx2)                                                       \
+    int name##_vec(KAIP_LINE_PARAMS, bool bReverseLines)                                                     \
+    {                                                                                                        \
+        return Vector<TLineFn>(KAIP_BUILD_##kAvx2(avx2::name), KAIP_BUILD_##kSsse3(ssse3::name), sse2::name, \
+                               KAIP_LINE_ARGS, bReverseLines);                                               \
+    }
+KAIP_VECTOR_MEMBERS(KAIP_DEFINE_VECTOR_MEMBER)
+
+int Convert_MonoPacked_to_Mono8_vec(KAIP_LINE_PARAMS, uint32_t, uint32_t, bool bReverseLines)
 {
     return UseSSE2() && sse2::Convert_MonoPacked_to_Mono8(KAIP_LINE_ARGS, bReverseLines);
 }
 
-int Convert_MonoMipi_to_Mono8_sse2(KAIP_LINE_PARAMS, uint32_t dwSrcBits, uint32_t, bool bReverseLines)
+int Convert_MonoMipi_to_Mono8_vec(KAIP_LINE_PARAMS, uint32_t dwSrcBits, uint32_t, bool bReverseLines)
 {
     if (!UseSSE2()) return 0;
     if (dwSrcBits == 10) return sse2::Convert_MonoMipi10_to_Mono8(KAIP_LINE_ARGS, bReverseLines);
@@ -165,10 +179,10 @@ int Convert_YCbCr422_8_to_BGR24_intr(KAIP_LINE_PARAMS, bool) { return 0; }
 int Convert_YCbCr422_8_to_RGB24_intr(KAIP_LINE_PARAMS, bool) { return 0; }
 int Convert_YCbCr422_8_to_BGR32_intr(KAIP_LINE_PARAMS, bool) { return 0; }
 int Convert_YCbCr422_8_to_RGB32_intr(KAIP_LINE_PARAMS, bool) { return 0; }
-#define KAIP_DEFINE_SSE2_MEMBER(name) int name##_sse2(KAIP_LINE_PARAMS, bool) { return 0; }
-KAIP_SSE2_MEMBERS(KAIP_DEFINE_SSE2_MEMBER)
-int Convert_MonoPacked_to_Mono8_sse2(KAIP_LINE_PARAMS, uint32_t, uint32_t, bool) { return 0; }
-int Convert_MonoMipi_to_Mono8_sse2(KAIP_LINE_PARAMS, uint32_t, uint32_t, bool) { return 0; }
+#define KAIP_DEFINE_VECTOR_MEMBER(name, kSsse3, kAvx2) int name##_vec(KAIP_LINE_PARAMS, bool) { return 0; }
+KAIP_VECTOR_MEMBERS(KAIP_DEFINE_VECTOR_MEMBER)
+int Convert_MonoPacked_to_Mono8_vec(KAIP_LINE_PARAMS, uint32_t, uint32_t, bool) { return 0; }
+int Convert_MonoMipi_to_Mono8_vec(KAIP_LINE_PARAMS, uint32_t, uint32_t, bool) { return 0; }
 // clang-format on
 
 #endif

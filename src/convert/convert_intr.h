@@ -21,30 +21,39 @@ int Convert_YCbCr422_8_to_RGB24_intr(KAIP_LINE_PARAMS, bool bReverseLines);
 int Convert_YCbCr422_8_to_BGR32_intr(KAIP_LINE_PARAMS, bool bReverseLines);
 int Convert_YCbCr422_8_to_RGB32_intr(KAIP_LINE_PARAMS, bool bReverseLines);
 
-// SSE2 builds the members try first (after their variant above, if they have one): non-zero when the SSE2
-// switch is on and the whole image was converted (the scalar member's bytes, the variants' store policy),
-// 0 otherwise. They serve the members whose variant asks for SSSE3 when that gate is closed, and members
-// without a variant.
-#define KAIP_SSE2_MEMBERS(X)  \
-    X(SwapColor8Data)         \
-    X(Convert_Mono8_to_BGR24) \
-    X(Convert_BGR24_to_BGR32) \
-    X(Convert_RGB24_to_BGR32) \
-    X(Convert_BGR15_to_BGR24) \
-    X(Convert_BGR15_to_RGB24) \
-    X(Convert_BGR15_to_BGR32) \
-    X(Convert_BGR15_to_RGB32) \
-    X(Convert_BGR16_to_BGR24) \
-    X(Convert_BGR16_to_RGB24) \
-    X(Convert_BGR16_to_BGR32) \
-    X(Convert_BGR16_to_RGB32) \
-    X(Convert_BGR24_to_Mono8) \
-    X(Convert_RGB24_to_Mono8) \
-    X(Convert_BGR24_to_BGR15) \
-    X(Convert_RGB24_to_BGR15) \
-    X(Convert_BGR24_to_BGR16) \
-    X(Convert_RGB24_to_BGR16)
-#define KAIP_DECLARE_SSE2_MEMBER(name) int name##_sse2(KAIP_LINE_PARAMS, bool bReverseLines);
-KAIP_SSE2_MEMBERS(KAIP_DECLARE_SSE2_MEMBER)
-int Convert_MonoPacked_to_Mono8_sse2(KAIP_LINE_PARAMS, uint32_t dwSrcBits, uint32_t dwDstBits, bool bReverseLines);
-int Convert_MonoMipi_to_Mono8_sse2(KAIP_LINE_PARAMS, uint32_t dwSrcBits, uint32_t dwDstBits, bool bReverseLines);
+// The vector builds the members try first (after their variant above, if they have one): non-zero when the
+// SSE2 switch is on and the whole image was converted (the scalar member's bytes, the variants' store
+// policy) by the widest build the switches allow, 0 otherwise. They serve the members whose variant asks for
+// SSSE3 when that gate is closed, and members without a variant. Each entry: the member, then 1 or 0 for
+// whether it has an SSSE3 build and an AVX2 build beside its SSE2 one.
+#define KAIP_VECTOR_MEMBERS(X)           \
+    X(SwapColor8Data, 0, 0)              \
+    X(Convert_Mono8_to_BGR24, 0, 0)      \
+    X(Convert_BGR24_to_BGR32, 0, 0)      \
+    X(Convert_RGB24_to_BGR32, 0, 0)      \
+    X(Convert_BGR15_to_BGR24, 0, 0)      \
+    X(Convert_BGR15_to_RGB24, 0, 0)      \
+    X(Convert_BGR15_to_BGR32, 0, 0)      \
+    X(Convert_BGR15_to_RGB32, 0, 0)      \
+    X(Convert_BGR16_to_BGR24, 0, 0)      \
+    X(Convert_BGR16_to_RGB24, 0, 0)      \
+    X(Convert_BGR16_to_BGR32, 0, 0)      \
+    X(Convert_BGR16_to_RGB32, 0, 0)      \
+    X(Convert_BGR24_to_Mono8, 0, 0)      \
+    X(Convert_RGB24_to_Mono8, 0, 0)      \
+    X(Convert_BGR24_to_BGR15, 0, 0)      \
+    X(Convert_RGB24_to_BGR15, 0, 0)      \
+    X(Convert_BGR24_to_BGR16, 0, 0)      \
+    X(Convert_RGB24_to_BGR16, 0, 0)      \
+    X(Convert_Yuv422_to_BGR24, 0, 1)     \
+    X(Convert_Yuv422_to_RGB24, 0, 1)     \
+    X(Convert_Yuv422_to_BGR32, 0, 1)     \
+    X(Convert_Yuv422_to_RGB32, 0, 1)     \
+    X(Convert_Yuv422yuyv_to_BGR24, 0, 1) \
+    X(Convert_Yuv422yuyv_to_RGB24, 0, 1) \
+    X(Convert_Yuv422yuyv_to_BGR32, 0, 1) \
+    X(Convert_Yuv422yuyv_to_RGB32, 0, 1)
+#define KAIP_DECLARE_VECTOR_MEMBER(name, kSsse3, kAvx2) int name##_vec(KAIP_LINE_PARAMS, bool bReverseLines);
+KAIP_VECTOR_MEMBERS(KAIP_DECLARE_VECTOR_MEMBER)
+int Convert_MonoPacked_to_Mono8_vec(KAIP_LINE_PARAMS, uint32_t dwSrcBits, uint32_t dwDstBits, bool bReverseLines);
+int Convert_MonoMipi_to_Mono8_vec(KAIP_LINE_PARAMS, uint32_t dwSrcBits, uint32_t dwDstBits, bool bReverseLines);

@@ -32,8 +32,7 @@ void CopyBitmapData(KAIP_LINE_PARAMS, bool bReverseLines)
 
 void SwapColor8Data(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (SwapColor8Data_intr(KAIP_LINE_ARGS, bReverseLines) || SwapColor8Data_sse2(KAIP_LINE_ARGS, bReverseLines))
-        return;
+    if (SwapColor8Data_intr(KAIP_LINE_ARGS, bReverseLines) || SwapColor8Data_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RRGB24{}, WBGR24{});
 }
 
@@ -61,13 +60,13 @@ void Convert_BGR16_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines)
 
 void Convert_BGR24_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (Convert_BGR24_to_Mono8_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
+    if (Convert_BGR24_to_Mono8_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR24{}, WMono8{});
 }
 
 void Convert_RGB24_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (Convert_RGB24_to_Mono8_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
+    if (Convert_RGB24_to_Mono8_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RRGB24{}, WMono8{});
 }
 
@@ -121,7 +120,7 @@ void Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRever
 void Convert_MonoPacked_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, uint32_t dwDstBits, bool bReverseLines)
 {
     if (Convert_MonoPacked_to_Mono8_intr(KAIP_LINE_ARGS, dwSrcBits, dwDstBits, bReverseLines) ||
-        Convert_MonoPacked_to_Mono8_sse2(KAIP_LINE_ARGS, dwSrcBits, dwDstBits, bReverseLines))
+        Convert_MonoPacked_to_Mono8_vec(KAIP_LINE_ARGS, dwSrcBits, dwDstBits, bReverseLines))
         return;
     ConvertImage<true>(KAIP_LINE_ARGS, bReverseLines, RPacked<8>{}, WMono8{});
 }
@@ -129,7 +128,7 @@ void Convert_MonoPacked_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, uint32_t 
 void Convert_MonoMipi_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, uint32_t dwDstBits, bool bReverseLines)
 {
     if (Convert_MonoMipi_to_Mono8_intr(KAIP_LINE_ARGS, dwSrcBits, dwDstBits, bReverseLines) ||
-        Convert_MonoMipi_to_Mono8_sse2(KAIP_LINE_ARGS, dwSrcBits, dwDstBits, bReverseLines))
+        Convert_MonoMipi_to_Mono8_vec(KAIP_LINE_ARGS, dwSrcBits, dwDstBits, bReverseLines))
         return;
     if (dwSrcBits == 10) return ConvertImage(KAIP_LINE_ARGS, bReverseLines, RMipi10<8>{}, WMono8{});
     if (dwSrcBits == 12) return ConvertImage(KAIP_LINE_ARGS, bReverseLines, RMipi12<8>{}, WMono8{});
@@ -148,13 +147,13 @@ void Convert_BGR16_to_BGR15(KAIP_LINE_PARAMS, bool bReverseLines)
 
 void Convert_BGR24_to_BGR15(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (Convert_BGR24_to_BGR15_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
+    if (Convert_BGR24_to_BGR15_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR24{}, WBGR15{});
 }
 
 void Convert_RGB24_to_BGR15(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (Convert_RGB24_to_BGR15_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
+    if (Convert_RGB24_to_BGR15_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RRGB24{}, WBGR15{});
 }
 
@@ -185,13 +184,13 @@ void Convert_BGR15_to_BGR16(KAIP_LINE_PARAMS, bool bReverseLines)
 
 void Convert_BGR24_to_BGR16(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (Convert_BGR24_to_BGR16_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
+    if (Convert_BGR24_to_BGR16_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR24{}, WBGR16{});
 }
 
 void Convert_RGB24_to_BGR16(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (Convert_RGB24_to_BGR16_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
+    if (Convert_RGB24_to_BGR16_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RRGB24{}, WBGR16{});
 }
 
@@ -213,20 +212,20 @@ void Convert_MonoWord_to_BGR16(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRever
 void Convert_Mono8_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
     if (Convert_Mono8_to_BGR24_intr(KAIP_LINE_ARGS, bReverseLines) ||
-        Convert_Mono8_to_BGR24_sse2(KAIP_LINE_ARGS, bReverseLines))
+        Convert_Mono8_to_BGR24_vec(KAIP_LINE_ARGS, bReverseLines))
         return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RMono8{}, WBGR24{});
 }
 
 void Convert_BGR15_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (Convert_BGR15_to_BGR24_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
+    if (Convert_BGR15_to_BGR24_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR15{}, WBGR24{});
 }
 
 void Convert_BGR16_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (Convert_BGR16_to_BGR24_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
+    if (Convert_BGR16_to_BGR24_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR16{}, WBGR24{});
 }
 
@@ -272,13 +271,13 @@ void Convert_MonoWord_to_BGR24(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRever
 
 void Convert_BGR15_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (Convert_BGR15_to_RGB24_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
+    if (Convert_BGR15_to_RGB24_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR15{}, WRGB24{});
 }
 
 void Convert_BGR16_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (Convert_BGR16_to_RGB24_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
+    if (Convert_BGR16_to_RGB24_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR16{}, WRGB24{});
 }
 
@@ -310,20 +309,20 @@ void Convert_Mono8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
 
 void Convert_BGR15_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (Convert_BGR15_to_BGR32_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
+    if (Convert_BGR15_to_BGR32_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR15{}, WBGR32{});
 }
 
 void Convert_BGR16_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (Convert_BGR16_to_BGR32_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
+    if (Convert_BGR16_to_BGR32_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR16{}, WBGR32{});
 }
 
 void Convert_BGR24_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
     if (Convert_BGR24_to_BGR32_intr(KAIP_LINE_ARGS, bReverseLines) ||
-        Convert_BGR24_to_BGR32_sse2(KAIP_LINE_ARGS, bReverseLines))
+        Convert_BGR24_to_BGR32_vec(KAIP_LINE_ARGS, bReverseLines))
         return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR24{}, WBGR32{});
 }
@@ -331,7 +330,7 @@ void Convert_BGR24_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
 void Convert_RGB24_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
     if (Convert_RGB24_to_BGR32_intr(KAIP_LINE_ARGS, bReverseLines) ||
-        Convert_RGB24_to_BGR32_sse2(KAIP_LINE_ARGS, bReverseLines))
+        Convert_RGB24_to_BGR32_vec(KAIP_LINE_ARGS, bReverseLines))
         return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RRGB24{}, WBGR32Kept{});
 }
@@ -379,13 +378,13 @@ void Convert_MonoWord_to_BGR32(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRever
 
 void Convert_BGR15_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (Convert_BGR15_to_RGB32_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
+    if (Convert_BGR15_to_RGB32_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR15{}, WRGB32{});
 }
 
 void Convert_BGR16_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    if (Convert_BGR16_to_RGB32_sse2(KAIP_LINE_ARGS, bReverseLines)) return;
+    if (Convert_BGR16_to_RGB32_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR16{}, WRGB32{});
 }
 
@@ -710,21 +709,25 @@ void Convert_Yuv422_to_MonoWord(KAIP_LINE_PARAMS, uint32_t dwDstBits, bool bReve
 
 void Convert_Yuv422_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_Yuv422_to_BGR24_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYuv422{}, WBGR24{});
 }
 
 void Convert_Yuv422_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_Yuv422_to_RGB24_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYuv422{}, WRGB24{});
 }
 
 void Convert_Yuv422_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_Yuv422_to_BGR32_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYuv422{}, WBGR32{});
 }
 
 void Convert_Yuv422_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_Yuv422_to_RGB32_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYuv422{}, WRGB32{});
 }
 
@@ -740,21 +743,25 @@ void Convert_Yuv422yuyv_to_MonoWord(KAIP_LINE_PARAMS, uint32_t dwDstBits, bool b
 
 void Convert_Yuv422yuyv_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_Yuv422yuyv_to_BGR24_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYuv422yuyv{}, WBGR24{});
 }
 
 void Convert_Yuv422yuyv_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_Yuv422yuyv_to_RGB24_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYuv422yuyv{}, WRGB24{});
 }
 
 void Convert_Yuv422yuyv_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_Yuv422yuyv_to_BGR32_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYuv422yuyv{}, WBGR32{});
 }
 
 void Convert_Yuv422yuyv_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_Yuv422yuyv_to_RGB32_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYuv422yuyv{}, WRGB32{});
 }
 

@@ -236,6 +236,8 @@ struct RWords : TReader<TRgb, 1, 6> {
 // Byte positions of luma and chroma within one group of a YUV layout.
 template <class K, uint32_t kY0, uint32_t kU, uint32_t kY1, uint32_t kV>
 struct RChroma422 : TReader<TYuv<K>, 2, 4> {
+    using TCoefficients = K;
+    static constexpr bool kLumaFirst = kY0 == 0;  // Y0 U Y1 V rather than U Y0 V Y1
     typename RChroma422::TGroup Read(const uint8_t* p) const
     {
         return {{{p[kY0], p[kU], p[kV]}, {p[kY1], p[kU], p[kV]}}};
@@ -325,6 +327,7 @@ enum TFourth : int { kNoFourth, kFourthZero, kFourthKept };
 
 template <TOrder O, TFourth F>
 struct WBytes {
+    static constexpr TOrder kOrder = O;
     static constexpr uint32_t kBytes = F == kNoFourth ? 3 : 4;
     template <class S>
     void Write(uint8_t* p, S s) const

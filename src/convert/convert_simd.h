@@ -37,32 +37,78 @@ namespace convert {
     }
 
 // The converters with steps of their own, built for SSE2 and AVX2.
-#define KAIP_OWN_STEP_CONVERTERS                                                             \
-    int CopyBitmapData(KAIP_LINE_PARAMS, bool bReverseLines);                                \
-    int Convert_Mono8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);                        \
-    int Convert_RGB32_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);                        \
-    int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bReverseLines); \
-    int Convert_YCbCr422_8_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines);                   \
-    int Convert_YCbCr422_8_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines);                   \
-    int Convert_YCbCr422_8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines);                   \
-    int Convert_YCbCr422_8_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines);
+#define KAIP_OWN_STEP_CONVERTERS                                      \
+    int CopyBitmapData(KAIP_LINE_PARAMS, bool bReverseLines);         \
+    int Convert_Mono8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines); \
+    int Convert_RGB32_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines); \
+    int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bReverseLines);
 
-#define KAIP_DECLARE_SSE2_ENTRY(name) int name(KAIP_LINE_PARAMS, bool bReverseLines);
+// The 4:2:2 colour converters, each with the scalar member's reader and writer, built for SSE2 and AVX2.
+#define KAIP_YUV422_CONVERTERS(X)                       \
+    X(Convert_Yuv422_to_BGR24, RYuv422, WBGR24)         \
+    X(Convert_Yuv422_to_RGB24, RYuv422, WRGB24)         \
+    X(Convert_Yuv422_to_BGR32, RYuv422, WBGR32)         \
+    X(Convert_Yuv422_to_RGB32, RYuv422, WRGB32)         \
+    X(Convert_Yuv422yuyv_to_BGR24, RYuv422yuyv, WBGR24) \
+    X(Convert_Yuv422yuyv_to_RGB24, RYuv422yuyv, WRGB24) \
+    X(Convert_Yuv422yuyv_to_BGR32, RYuv422yuyv, WBGR32) \
+    X(Convert_Yuv422yuyv_to_RGB32, RYuv422yuyv, WRGB32) \
+    X(Convert_YCbCr422_8_to_BGR24, RYCbCr422_8, WBGR24) \
+    X(Convert_YCbCr422_8_to_RGB24, RYCbCr422_8, WRGB24) \
+    X(Convert_YCbCr422_8_to_BGR32, RYCbCr422_8, WBGR32) \
+    X(Convert_YCbCr422_8_to_RGB32, RYCbCr422_8, WRGB32)
+#define KAIP_DECLARE_YUV422_CONVERTER(name, R, W) int name(KAIP_LINE_PARAMS, bool bReverseLines);
+
+// The vector members' builds: SSE2 always, SSSE3 and AVX2 where the list says so. The byte-map and 4:2:2
+// converters above declare their own.
+#define KAIP_IF_0(...)
+#define KAIP_IF_1(...) __VA_ARGS__
+#define KAIP_DECLARE_SSE2_BUILD(name, kSsse3, kAvx2) int name(KAIP_LINE_PARAMS, bool bReverseLines);
+#define KAIP_DECLARE_SSSE3_BUILD(name, kSsse3, kAvx2) KAIP_IF_##kSsse3(int name(KAIP_LINE_PARAMS, bool bReverseLines);)
+#define KAIP_DECLARE_AVX2_BUILD(name, kSsse3, kAvx2) KAIP_IF_##kAvx2(int name(KAIP_LINE_PARAMS, bool bReverseLines);)
 
 namespace sse2 {
 KAIP_BYTE_MAP_CONVERTERS(KAIP_DECLARE_BYTE_MAP_CONVERTER)
-KAIP_SSE2_MEMBERS(KAIP_DECLARE_SSE2_ENTRY)
+KAIP_VECTOR_MEMBERS(KAIP_DECLARE_SSE2_BUILD)
+KAIP_YUV422_CONVERTERS(KAIP_DECLARE_YUV422_CONVERTER)
 KAIP_OWN_STEP_CONVERTERS
 }  // namespace sse2
 
 namespace ssse3 {
 KAIP_BYTE_MAP_CONVERTERS(KAIP_DECLARE_BYTE_MAP_CONVERTER)
+KAIP_VECTOR_MEMBERS(KAIP_DECLARE_SSSE3_BUILD)
 }  // namespace ssse3
 
 namespace avx2 {
 KAIP_BYTE_MAP_CONVERTERS(KAIP_DECLARE_BYTE_MAP_CONVERTER)
+KAIP_VECTOR_MEMBERS(KAIP_DECLARE_AVX2_BUILD)
+KAIP_YUV422_CONVERTERS(KAIP_DECLARE_YUV422_CONVERTER)
 KAIP_OWN_STEP_CONVERTERS
 }  // namespace avx2
+
+// ---------------------------------------------------------------- 4:2:2 colour in 16-bit lanes
+
+// The colour sums of the coefficient set K with each coefficient k split into 256 kHi + kLo, kLo the
+// remainder nearest 0: (sum of k x + 128) >> 8 = sum of kHi x + ((sum of kLo x + 128) >> 8) exactly,
+// because the parts taken out are multiples of 256, and the kLo sums fit 16-bit lanes where 298 (Y - 16)
+// alone would not. Per pixel the remainder sum starts at kYLo Y + kL (kL takes the 128 and the luma
+// offset); the whole part is Y - kYOffset plus the chroma's kHi multiples.
+template <class K>
+struct TSplit {
+    static constexpr int32_t Hi(int32_t k) { return k + 128 >= 0 ? (k + 128) / 256 : -((255 - (k + 128)) / 256); }
+    static constexpr int32_t Lo(int32_t k) { return k - 256 * Hi(k); }
+    static constexpr int32_t kYLo = Lo(K::kY), kL = 128 - Lo(K::kY) * K::kYOffset;
+    static constexpr int32_t kRVHi = Hi(K::kRV), kRVLo = Lo(K::kRV), kBUHi = Hi(K::kBU), kBULo = Lo(K::kBU);
+    static constexpr int32_t kGUHi = Hi(K::kGU), kGULo = Lo(K::kGU), kGVHi = Hi(K::kGV), kGVLo = Lo(K::kGV);
+    static constexpr int32_t Abs(int32_t v) { return v < 0 ? -v : v; }
+    static constexpr bool Fits(int32_t cu, int32_t cv)
+    {
+        const int32_t luma = Abs(kL) > Abs(255 * kYLo + kL) ? Abs(kL) : Abs(255 * kYLo + kL);
+        return luma + (Abs(cu) + Abs(cv)) * 128 < 32768;
+    }
+    static_assert(Hi(K::kY) == 1, "the whole part takes the luma once");
+    static_assert(Fits(0, kRVLo) && Fits(kGULo, kGVLo) && Fits(kBULo, 0), "every remainder sum fits a 16-bit lane");
+};
 
 // ---------------------------------------------------------------- byte maps of the shuffling variants
 

@@ -201,42 +201,59 @@ struct SMonoWordToMono8 {
     }
 };
 
-// B, G, R words of the 8 pixels of 16 bytes Y0 Cb Y1 Cr. With Cb' = Cb - 128 and Cr' = Cr - 128 the
-// colour sums are split so that every product fits a word: (256 Y + 359 Cr' + 128) >> 8 =
-// Y + Cr' + ((103 Cr' + 128) >> 8), (256 Y - 88 Cb' - 183 Cr' + 128) >> 8 = Y - Cr' + ((73 Cr' - 88 Cb'
-// + 128) >> 8) and (256 Y + 454 Cb' + 128) >> 8 = Y + 2 Cb' + ((128 - 58 Cb') >> 8), exactly, because the
-// parts taken out are multiples of 256. Saturating packs then clamp to 0..255.
-inline void YCbCrToWords(__m128i s, __m128i& b, __m128i& g, __m128i& r)
+// acc + k v in 16-bit lanes, the small factors by additions.
+template <int32_t k>
+inline __m128i AddTimes(__m128i acc, __m128i v)
 {
-    const __m128i words = _mm_set1_epi32(0xFFFF), c128 = _mm_set1_epi16(128);
-    const __m128i y = _mm_and_si128(s, _mm_set1_epi16(0xFF)), c = _mm_srli_epi16(s, 8);
-    const __m128i cb = _mm_sub_epi16(_mm_or_si128(_mm_and_si128(c, words), _mm_slli_epi32(c, 16)), c128);
-    const __m128i cr = _mm_sub_epi16(_mm_or_si128(_mm_srli_epi32(c, 16), _mm_andnot_si128(words, c)), c128);
-    const __m128i rp = _mm_srai_epi16(_mm_add_epi16(_mm_mullo_epi16(cr, _mm_set1_epi16(103)), c128), 8);
-    const __m128i gp = _mm_srai_epi16(
-        _mm_add_epi16(_mm_add_epi16(_mm_mullo_epi16(cr, _mm_set1_epi16(73)), _mm_mullo_epi16(cb, _mm_set1_epi16(-88))),
-                      c128),
-        8);
-    const __m128i bp = _mm_srai_epi16(_mm_add_epi16(_mm_mullo_epi16(cb, _mm_set1_epi16(-58)), c128), 8);
-    r = _mm_add_epi16(_mm_add_epi16(y, cr), rp);
-    g = _mm_add_epi16(_mm_sub_epi16(y, cr), gp);
-    b = _mm_add_epi16(_mm_add_epi16(y, _mm_add_epi16(cb, cb)), bp);
+    if constexpr (k == 0) return acc;
+    if constexpr (k == 1) return _mm_add_epi16(acc, v);
+    if constexpr (k == -1) return _mm_sub_epi16(acc, v);
+    if constexpr (k == 2) return _mm_add_epi16(acc, _mm_add_epi16(v, v));
+    return _mm_add_epi16(acc, _mm_mullo_epi16(v, _mm_set1_epi16(int16_t(k))));
 }
 
-// 16 pixels of YCbCr 4:2:2 to 3 or 4 bytes each in the order O, the fourth byte 0.
-template <TOrder O, uint32_t kPixelBytes>
-struct SYCbCr422 {
-    static constexpr uint32_t kPixels = 16, kInBytes = 32, kOutBytes = 16 * kPixelBytes;
+// One channel of 8 pixels from its split sums (TSplit): whole part plus the remainder sum shifted down.
+template <int32_t kULo, int32_t kVLo, int32_t kUHi, int32_t kVHi>
+inline __m128i Channel(__m128i rest, __m128i whole, __m128i u, __m128i v)
+{
+    const __m128i lo = AddTimes<kULo>(AddTimes<kVLo>(rest, v), u);
+    return _mm_add_epi16(_mm_srai_epi16(lo, 8), AddTimes<kUHi>(AddTimes<kVHi>(whole, v), u));
+}
+
+// B, G, R words of the 8 pixels of 16 bytes of 4:2:2 (luma at the even bytes when kLumaFirst, U before V),
+// by the split sums of TSplit<K>. Saturating packs then clamp to 0..255.
+template <class K, bool kLumaFirst>
+inline void YuvToWords(__m128i s, __m128i& b, __m128i& g, __m128i& r)
+{
+    using T = TSplit<K>;
+    const __m128i low = _mm_set1_epi16(0xFF);
+    const __m128i y = kLumaFirst ? _mm_and_si128(s, low) : _mm_srli_epi16(s, 8);
+    const __m128i c = _mm_sub_epi16(kLumaFirst ? _mm_srli_epi16(s, 8) : _mm_and_si128(s, low), _mm_set1_epi16(128));
+    // The pair's U and V in the lanes of both its pixels.
+    const __m128i u = _mm_shufflehi_epi16(_mm_shufflelo_epi16(c, 0xA0), 0xA0);
+    const __m128i v = _mm_shufflehi_epi16(_mm_shufflelo_epi16(c, 0xF5), 0xF5);
+    const __m128i rest = AddTimes<T::kYLo>(_mm_set1_epi16(int16_t(T::kL)), y);
+    const __m128i whole = K::kYOffset ? _mm_sub_epi16(y, _mm_set1_epi16(int16_t(K::kYOffset))) : y;
+    r = Channel<0, T::kRVLo, 0, T::kRVHi>(rest, whole, u, v);
+    g = Channel<T::kGULo, T::kGVLo, T::kGUHi, T::kGVHi>(rest, whole, u, v);
+    b = Channel<T::kBULo, 0, T::kBUHi, 0>(rest, whole, u, v);
+}
+
+// 16 pixels of 4:2:2 read as R reads them to 3 or 4 bytes each as W writes them, the fourth byte 0.
+template <class R, class W>
+struct SYuv422 {
+    static constexpr uint32_t kPixels = 16, kInBytes = 32, kOutBytes = 16 * W::kBytes;
     template <bool kStream>
     void Run(const uint8_t* s, uint8_t* d) const
     {
+        using K = typename R::TCoefficients;
         __m128i b0, g0, r0, b1, g1, r1;
-        YCbCrToWords(Load(s), b0, g0, r0);
-        YCbCrToWords(Load(s + 16), b1, g1, r1);
+        YuvToWords<K, R::kLumaFirst>(Load(s), b0, g0, r0);
+        YuvToWords<K, R::kLumaFirst>(Load(s + 16), b1, g1, r1);
         const __m128i b = _mm_packus_epi16(b0, b1), g = _mm_packus_epi16(g0, g1), r = _mm_packus_epi16(r0, r1);
         __m128i p[4];
-        Interleave(O == kBGR ? b : r, g, O == kBGR ? r : b, p);
-        StorePixels<kStream, kPixelBytes>(d, p);
+        Interleave(W::kOrder == kBGR ? b : r, g, W::kOrder == kBGR ? r : b, p);
+        StorePixels<kStream, W::kBytes>(d, p);
     }
 };
 
@@ -430,27 +447,14 @@ int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRevers
     return Run(KAIP_LINE_ARGS, bReverseLines, SMonoWordToMono8{dwSrcBits}, RMonoWord{dwSrcBits}, WMono8{});
 }
 
-int Convert_YCbCr422_8_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return Run(KAIP_LINE_ARGS, bReverseLines, SYCbCr422<kBGR, 3>{}, RYCbCr422_8{}, WBGR24{});
-}
+#define KAIP_DEFINE_YUV422_CONVERTER(name, R, W)                              \
+    int name(KAIP_LINE_PARAMS, bool bReverseLines)                            \
+    {                                                                         \
+        return Run(KAIP_LINE_ARGS, bReverseLines, SYuv422<R, W>{}, R{}, W{}); \
+    }
+KAIP_YUV422_CONVERTERS(KAIP_DEFINE_YUV422_CONVERTER)
 
-int Convert_YCbCr422_8_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return Run(KAIP_LINE_ARGS, bReverseLines, SYCbCr422<kRGB, 3>{}, RYCbCr422_8{}, WRGB24{});
-}
-
-int Convert_YCbCr422_8_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return Run(KAIP_LINE_ARGS, bReverseLines, SYCbCr422<kBGR, 4>{}, RYCbCr422_8{}, WBGR32{});
-}
-
-int Convert_YCbCr422_8_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines)
-{
-    return Run(KAIP_LINE_ARGS, bReverseLines, SYCbCr422<kRGB, 4>{}, RYCbCr422_8{}, WRGB32{});
-}
-
-// The members of KAIP_SSE2_MEMBERS with a step of their own: name, scalar reader and writer, step.
+// The members of KAIP_VECTOR_MEMBERS with a step of their own: name, scalar reader and writer, step.
 #define KAIP_SSE2_ENTRY(name, R, W, ...)                                    \
     int name(KAIP_LINE_PARAMS, bool bReverseLines)                          \
     {                                                                       \

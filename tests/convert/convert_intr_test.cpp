@@ -17,15 +17,16 @@ namespace {
 // The use switches as one setting, restored when the test ends.
 class CSwitches {
 public:
-    enum TMode { kClosed, kOpen, kOpenAvx };
+    enum TMode { kClosed, kSse2, kOpen, kOpenAvx };
     CSwitches() : m_saved(g_SSEChecker) {}
     ~CSwitches() { Restore(m_saved); }
-    // kOpen: every detected set up to SSSE3; kOpenAvx: AVX too. Returns false when the processor lacks it.
+    // kSse2: SSE2 alone; kOpen: every detected set up to SSE4; kOpenAvx: AVX too. Returns false when the
+    // processor lacks it.
     bool Set(TMode mode)
     {
         g_SSEChecker.m_bUseSSE2 = mode != kClosed && g_SSEChecker.m_bHasSSE2;
-        g_SSEChecker.m_bUseSSSE3 = mode != kClosed && g_SSEChecker.m_bHasSSSE3;
-        g_SSEChecker.m_bUseSSE4 = mode != kClosed && g_SSEChecker.m_bHasSSE4;
+        g_SSEChecker.m_bUseSSSE3 = mode > kSse2 && g_SSEChecker.m_bHasSSSE3;
+        g_SSEChecker.m_bUseSSE4 = mode > kSse2 && g_SSEChecker.m_bHasSSE4;
         g_SSEChecker.m_bUseAVX = mode == kOpenAvx && g_SSEChecker.m_bHasAVX;
         g_SSEChecker.m_bUseNEON = false;
         return mode != kOpenAvx || g_SSEChecker.UseAVX2();
@@ -103,8 +104,8 @@ auto Depths(KAIP_LINE_PARAMS, bool b)
     return F(KAIP_LINE_ARGS, kBits, 8, b);
 }
 
-// The variants, then the SSE2 builds the members use when an SSSE3 gate is closed. CopyBitmapData copies a
-// line of w bytes (and whatever the smaller line increment adds).
+// The variants, then the vector builds the members try first (all three builds through the modes). CopyBitmapData
+// copies a line of w bytes (and whatever the smaller line increment adds).
 const TCase kCases[] = {
     {"CopyBitmapData", CopyBitmapData_intr, CopyBitmapData, Bytes1, 1, kSSE2},
     {"SwapColor8Data", SwapColor8Data_intr, SwapColor8Data, Bytes3, 3, kSSSE3},
@@ -131,35 +132,43 @@ const TCase kCases[] = {
     {"YCbCr422_8_to_RGB24", Convert_YCbCr422_8_to_RGB24_intr, Convert_YCbCr422_8_to_RGB24, YCbCr422Bytes, 3, kSSE2},
     {"YCbCr422_8_to_BGR32", Convert_YCbCr422_8_to_BGR32_intr, Convert_YCbCr422_8_to_BGR32, YCbCr422Bytes, 4, kSSE2},
     {"YCbCr422_8_to_RGB32", Convert_YCbCr422_8_to_RGB32_intr, Convert_YCbCr422_8_to_RGB32, YCbCr422Bytes, 4, kSSE2},
-#define KAIP_SSE2_CASE(name, src, dst)                    \
-    {                                                     \
-#name "_sse2", name##_sse2, name, src, dst, kSSE2 \
+#define KAIP_VECTOR_CASE(name, src, dst)                \
+    {                                                   \
+#name "_vec", name##_vec, name, src, dst, kSSE2 \
     }
-    KAIP_SSE2_CASE(SwapColor8Data, Bytes3, 3),
-    KAIP_SSE2_CASE(Convert_Mono8_to_BGR24, Bytes1, 3),
-    KAIP_SSE2_CASE(Convert_BGR24_to_BGR32, Bytes3, 4),
-    KAIP_SSE2_CASE(Convert_RGB24_to_BGR32, Bytes3, 4),
-    KAIP_SSE2_CASE(Convert_BGR15_to_BGR24, Bytes2, 3),
-    KAIP_SSE2_CASE(Convert_BGR15_to_RGB24, Bytes2, 3),
-    KAIP_SSE2_CASE(Convert_BGR15_to_BGR32, Bytes2, 4),
-    KAIP_SSE2_CASE(Convert_BGR15_to_RGB32, Bytes2, 4),
-    KAIP_SSE2_CASE(Convert_BGR16_to_BGR24, Bytes2, 3),
-    KAIP_SSE2_CASE(Convert_BGR16_to_RGB24, Bytes2, 3),
-    KAIP_SSE2_CASE(Convert_BGR16_to_BGR32, Bytes2, 4),
-    KAIP_SSE2_CASE(Convert_BGR16_to_RGB32, Bytes2, 4),
-    KAIP_SSE2_CASE(Convert_BGR24_to_Mono8, Bytes3, 1),
-    KAIP_SSE2_CASE(Convert_RGB24_to_Mono8, Bytes3, 1),
-    KAIP_SSE2_CASE(Convert_BGR24_to_BGR15, Bytes3, 2),
-    KAIP_SSE2_CASE(Convert_RGB24_to_BGR15, Bytes3, 2),
-    KAIP_SSE2_CASE(Convert_BGR24_to_BGR16, Bytes3, 2),
-    KAIP_SSE2_CASE(Convert_RGB24_to_BGR16, Bytes3, 2),
-    {"MonoPacked10_to_Mono8_sse2", Depths<Convert_MonoPacked_to_Mono8_sse2, 10>,
-     Depths<Convert_MonoPacked_to_Mono8, 10>, PackedBytes, 1, kSSE2},
-    {"MonoPacked12_to_Mono8_sse2", Depths<Convert_MonoPacked_to_Mono8_sse2, 12>,
-     Depths<Convert_MonoPacked_to_Mono8, 12>, PackedBytes, 1, kSSE2},
-    {"MonoMipi10_to_Mono8_sse2", Depths<Convert_MonoMipi_to_Mono8_sse2, 10>, Depths<Convert_MonoMipi_to_Mono8, 10>,
+    KAIP_VECTOR_CASE(SwapColor8Data, Bytes3, 3),
+    KAIP_VECTOR_CASE(Convert_Mono8_to_BGR24, Bytes1, 3),
+    KAIP_VECTOR_CASE(Convert_BGR24_to_BGR32, Bytes3, 4),
+    KAIP_VECTOR_CASE(Convert_RGB24_to_BGR32, Bytes3, 4),
+    KAIP_VECTOR_CASE(Convert_BGR15_to_BGR24, Bytes2, 3),
+    KAIP_VECTOR_CASE(Convert_BGR15_to_RGB24, Bytes2, 3),
+    KAIP_VECTOR_CASE(Convert_BGR15_to_BGR32, Bytes2, 4),
+    KAIP_VECTOR_CASE(Convert_BGR15_to_RGB32, Bytes2, 4),
+    KAIP_VECTOR_CASE(Convert_BGR16_to_BGR24, Bytes2, 3),
+    KAIP_VECTOR_CASE(Convert_BGR16_to_RGB24, Bytes2, 3),
+    KAIP_VECTOR_CASE(Convert_BGR16_to_BGR32, Bytes2, 4),
+    KAIP_VECTOR_CASE(Convert_BGR16_to_RGB32, Bytes2, 4),
+    KAIP_VECTOR_CASE(Convert_BGR24_to_Mono8, Bytes3, 1),
+    KAIP_VECTOR_CASE(Convert_RGB24_to_Mono8, Bytes3, 1),
+    KAIP_VECTOR_CASE(Convert_BGR24_to_BGR15, Bytes3, 2),
+    KAIP_VECTOR_CASE(Convert_RGB24_to_BGR15, Bytes3, 2),
+    KAIP_VECTOR_CASE(Convert_BGR24_to_BGR16, Bytes3, 2),
+    KAIP_VECTOR_CASE(Convert_RGB24_to_BGR16, Bytes3, 2),
+    KAIP_VECTOR_CASE(Convert_Yuv422_to_BGR24, YCbCr422Bytes, 3),
+    KAIP_VECTOR_CASE(Convert_Yuv422_to_RGB24, YCbCr422Bytes, 3),
+    KAIP_VECTOR_CASE(Convert_Yuv422_to_BGR32, YCbCr422Bytes, 4),
+    KAIP_VECTOR_CASE(Convert_Yuv422_to_RGB32, YCbCr422Bytes, 4),
+    KAIP_VECTOR_CASE(Convert_Yuv422yuyv_to_BGR24, YCbCr422Bytes, 3),
+    KAIP_VECTOR_CASE(Convert_Yuv422yuyv_to_RGB24, YCbCr422Bytes, 3),
+    KAIP_VECTOR_CASE(Convert_Yuv422yuyv_to_BGR32, YCbCr422Bytes, 4),
+    KAIP_VECTOR_CASE(Convert_Yuv422yuyv_to_RGB32, YCbCr422Bytes, 4),
+    {"MonoPacked10_to_Mono8_vec", Depths<Convert_MonoPacked_to_Mono8_vec, 10>, Depths<Convert_MonoPacked_to_Mono8, 10>,
+     PackedBytes, 1, kSSE2},
+    {"MonoPacked12_to_Mono8_vec", Depths<Convert_MonoPacked_to_Mono8_vec, 12>, Depths<Convert_MonoPacked_to_Mono8, 12>,
+     PackedBytes, 1, kSSE2},
+    {"MonoMipi10_to_Mono8_vec", Depths<Convert_MonoMipi_to_Mono8_vec, 10>, Depths<Convert_MonoMipi_to_Mono8, 10>,
      Mipi10Bytes, 1, kSSE2},
-    {"MonoMipi12_to_Mono8_sse2", Depths<Convert_MonoMipi_to_Mono8_sse2, 12>, Depths<Convert_MonoMipi_to_Mono8, 12>,
+    {"MonoMipi12_to_Mono8_vec", Depths<Convert_MonoMipi_to_Mono8_vec, 12>, Depths<Convert_MonoMipi_to_Mono8, 12>,
      Mipi12Bytes, 1, kSSE2},
 };
 
@@ -202,7 +211,13 @@ void ExpectSameAsScalar(const TCase& c, CSwitches& sw, CSwitches::TMode mode, co
                        << " seed " << seed;
 }
 
-const CSwitches::TMode kOpenModes[] = {CSwitches::kOpen, CSwitches::kOpenAvx};
+const CSwitches::TMode kOpenModes[] = {CSwitches::kSse2, CSwitches::kOpen, CSwitches::kOpenAvx};
+
+// Whether the switches of mode open the case's gate (an SSSE3 variant stays closed with SSE2 alone).
+bool Opens(CSwitches& sw, CSwitches::TMode mode, const TCase& c)
+{
+    return sw.Set(mode) && !(mode == CSwitches::kSse2 && c.gate == kSSSE3);
+}
 
 TEST(ConvertIntr, EveryVariantWritesTheScalarMembersBytes)
 {
@@ -214,7 +229,7 @@ TEST(ConvertIntr, EveryVariantWritesTheScalarMembersBytes)
     uint32_t seed = 20261121;
     for (const TCase& c : kCases)
         for (CSwitches::TMode mode : kOpenModes) {
-            if (!sw.Set(mode)) continue;
+            if (!Opens(sw, mode, c)) continue;
             for (uint32_t w : allWidths)
                 for (uint32_t h = 0; h <= 3; ++h)
                     for (int variant = 0; variant < 8; ++variant) {
@@ -233,7 +248,7 @@ TEST(ConvertIntr, ImagesAboveOneMebibyteWriteTheSameBytes)
     uint32_t seed = 7;
     for (const TCase& c : kCases)
         for (CSwitches::TMode mode : kOpenModes) {
-            if (!sw.Set(mode)) continue;
+            if (!Opens(sw, mode, c)) continue;
             for (int variant = 0; variant < 4; ++variant) {
                 const uint32_t width = 1001, height = uint32_t(0x100000 / (c.dstBytes * width) + 3);
                 ExpectSameAsScalar(c, sw, mode, {width, height, bool(variant & 1), bool(variant & 2), 3, 16}, ++seed);
@@ -259,40 +274,52 @@ TEST(ConvertIntr, AClosedGateReturnsZeroAndWritesNothing)
 TEST(ConvertIntr, AnOpenGateReportsTheWorkDoneForNoLines)
 {
     CSwitches sw;
-    for (CSwitches::TMode mode : kOpenModes) {
-        if (!sw.Set(mode)) continue;
+    for (CSwitches::TMode mode : kOpenModes)
         for (const TCase& c : kCases) {
+            if (!Opens(sw, mode, c)) continue;
             uint8_t src[64] = {}, dst[64] = {};
             EXPECT_NE(c.intr(16, 0, src, dst, 64, 64, false), 0) << c.name;
         }
-    }
 }
 
-// Every pair of chroma bytes with black, white and random luma: the split sums of the vector code must
-// match the scalar formulas at every extreme.
-TEST(ConvertIntr, YCbCrEveryChromaPair)
+// Every luma byte with every pair of chroma bytes, once per 4:2:2 family: the split sums of the vector code
+// must match the scalar formulas everywhere, not only at the extremes. Lines of 256 pairs, one per U; pass k
+// gives the first pixel of each pair the luma k and the second k + 128.
+TEST(ConvertIntr, Yuv422EveryLumaAndChroma)
 {
+    struct T422 {
+        const char* name;
+        TIntr vec;
+        TScalar scalar;
+        size_t dstBytes, lumaAt;  // pixel bytes; offset of the first luma byte of a pair (U at the other one)
+    };
+    const T422 families[] = {
+        {"Yuv422_to_BGR32", Convert_Yuv422_to_BGR32_vec, Convert_Yuv422_to_BGR32, 4, 1},
+        {"Yuv422yuyv_to_RGB24", Convert_Yuv422yuyv_to_RGB24_vec, Convert_Yuv422yuyv_to_RGB24, 3, 0},
+        {"YCbCr422_8_to_BGR32", Convert_YCbCr422_8_to_BGR32_intr, Convert_YCbCr422_8_to_BGR32, 4, 0},
+    };
     CSwitches sw;
     const uint32_t width = 512, height = 256;
-    std::vector<uint8_t> src = RandomBytes(size_t(2) * width * height, 11);
-    for (uint32_t cb = 0; cb < 256; ++cb)
-        for (uint32_t cr = 0; cr < 256; ++cr) {
-            uint8_t* p = &src[size_t(cb) * 2 * width + 4 * cr];
-            p[1] = uint8_t(cb), p[3] = uint8_t(cr);
-            if (cr % 3 == 0) p[0] = 0, p[2] = 255;
+    std::vector<uint8_t> src(size_t(2) * width * height);
+    for (const T422& f : families)
+        for (uint32_t k = 0; k < 128; ++k) {
+            for (size_t u = 0; u < 256; ++u)
+                for (size_t v = 0; v < 256; ++v) {
+                    uint8_t* p = &src[(u * 256 + v) * 4];
+                    p[f.lumaAt] = uint8_t(k), p[f.lumaAt + 2] = uint8_t(k + 128);
+                    p[1 - f.lumaAt] = uint8_t(u), p[3 - f.lumaAt] = uint8_t(v);
+                }
+            const uint32_t dstInc = uint32_t(f.dstBytes * width);
+            std::vector<uint8_t> ref(size_t(dstInc) * height), out(ref.size());
+            sw.Set(CSwitches::kClosed);
+            f.scalar(width, height, src.data(), ref.data(), 2 * width, dstInc, false);
+            for (CSwitches::TMode mode : kOpenModes) {
+                if (!sw.Set(mode)) continue;
+                std::fill(out.begin(), out.end(), 0);
+                ASSERT_NE(f.vec(width, height, src.data(), out.data(), 2 * width, dstInc, false), 0);
+                ASSERT_EQ(ref, out) << f.name << " luma " << k << " mode " << mode;
+            }
         }
-    for (const TCase& c : kCases) {
-        if (c.srcBytes != YCbCr422Bytes) continue;
-        std::vector<uint8_t> ref(size_t(4) * width * height), out(ref.size());
-        sw.Set(CSwitches::kClosed);
-        c.scalar(width, height, src.data(), ref.data(), 2 * width, 4 * width, false);
-        for (CSwitches::TMode mode : kOpenModes) {
-            if (!sw.Set(mode)) continue;
-            std::fill(out.begin(), out.end(), 0);
-            ASSERT_NE(c.intr(width, height, src.data(), out.data(), 2 * width, 4 * width, false), 0);
-            EXPECT_EQ(ref, out) << c.name << " mode " << mode;
-        }
-    }
 }
 
 }  // namespace
