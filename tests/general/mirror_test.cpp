@@ -184,61 +184,52 @@ TEST(Mirror, Refusals)
     KaipFreeLut(lut10);
 }
 
-TEST(ReverseLines, KeepsThePictureAndFlipsTheFlag)
+// Both reversals put the lines in reverse order and flip the orientation flag, so the picture stays: the
+// plain one moves the pixels of each line, the fast one whole line increments (the shorter of the two, padding
+// included) and takes a destination of the other orientation, or a caller's scratch line in place.
+TEST(ReverseLines, MoveLinesAndFlipTheFlag)
 {
-    for (uint32_t flags : {0u, KaipImgFlag_BottomUp}) {
-        auto src = RandomImage(3, 5, {KaipPixelFormat_BGRA8Packed, 4}, 2, flags, 4);
-        auto dst = RandomImage(3, 5, {KaipPixelFormat_BGRA8Packed, 4}, 2, flags, 5);
-        auto expected = Bytes(dst->info);
-        for (uint32_t y = 0; y < 5; ++y) std::memcpy(&expected[14 * y], &src->info.pData[14 * (4 - y)], 12);
-        ASSERT_EQ(KaipReverseLines(&src->info, &dst->info, 0), 0);
-        EXPECT_EQ(Bytes(dst->info), expected);
-        EXPECT_EQ(dst->info.Flags, flags ^ KaipImgFlag_BottomUp);
-        EXPECT_EQ(src->info.Flags, flags);
+    uint32_t seed = 40;
+    for (bool fast : {false, true})
+        for (uint32_t h : {1u, 2u, 3u, 6u})
+            for (uint32_t flags : {0u, KaipImgFlag_BottomUp})
+                for (uint32_t srcPad : {0u, 3u})
+                    for (uint32_t dstPad : {0u, 5u}) {
+                        SCOPED_TRACE(testing::Message() << "fast " << fast << " h " << h << " flags " << flags
+                                                        << " pads " << srcPad << " " << dstPad);
+                        const TFormat f =
+                            fast ? TFormat{KaipPixelFormat_BGR565Packed, 2} : TFormat{KaipPixelFormat_BGRA8Packed, 4};
+                        auto src = RandomImage(7, h, f, srcPad, flags, ++seed);
+                        auto dst = RandomImage(7, h, f, dstPad, fast ? KaipImgFlag_BottomUp : flags, ++seed);
+                        const uint32_t si = src->info.LineIncrement, di = dst->info.LineIncrement;
+                        auto expected = Bytes(dst->info);
+                        for (uint32_t y = 0; y < h; ++y)
+                            std::memcpy(&expected[(h - 1 - y) * di], &src->info.pData[y * si],
+                                        fast ? std::min(si, di) : 7 * f.dwPixel);
+                        ASSERT_EQ(fast ? KaipReverseLinesFast(&src->info, &dst->info, nullptr, 0)
+                                       : KaipReverseLines(&src->info, &dst->info, 0),
+                                  0);
+                        EXPECT_EQ(Bytes(dst->info), expected);
+                        EXPECT_EQ(dst->info.Flags, flags ^ KaipImgFlag_BottomUp);
+                        EXPECT_EQ(src->info.Flags, flags);
 
-        ASSERT_EQ(KaipReverseLines(&src->info, nullptr, 0), 0);
-        EXPECT_EQ(src->info.Flags, flags ^ KaipImgFlag_BottomUp);
-    }
+                        for (bool own : {false, true}) {
+                            std::vector<uint8_t> line(si);
+                            auto before = Bytes(src->info), after = before;
+                            for (uint32_t y = 0; y < h; ++y)
+                                std::memcpy(&after[y * si], &before[(h - 1 - y) * si], fast ? si : 7 * f.dwPixel);
+                            const uint32_t oldFlags = src->info.Flags;
+                            ASSERT_EQ(fast ? KaipReverseLinesFast(&src->info, nullptr, own ? line.data() : nullptr, 0)
+                                           : KaipReverseLines(&src->info, nullptr, 0),
+                                      0);
+                            EXPECT_EQ(Bytes(src->info), after);
+                            EXPECT_EQ(src->info.Flags, oldFlags ^ KaipImgFlag_BottomUp);
+                        }
+                    }
     // A failure leaves the flag alone.
     auto packed = RandomImage(3, 2, {KaipPixelFormat_Mono12Packed, 2}, 0, 0, 1);
     EXPECT_EQ(KaipReverseLines(&packed->info, nullptr, 0), 100013);
     EXPECT_EQ(packed->info.Flags, 0u);
-}
-
-TEST(ReverseLinesFast, MovesWholeLines)
-{
-    uint32_t seed = 40;
-    for (uint32_t h : {1u, 2u, 3u, 6u})
-        for (uint32_t flags : {0u, KaipImgFlag_BottomUp})
-            for (uint32_t srcPad : {0u, 3u})
-                for (uint32_t dstPad : {0u, 5u}) {
-                    SCOPED_TRACE(testing::Message()
-                                 << "h " << h << " flags " << flags << " pads " << srcPad << " " << dstPad);
-                    const TFormat f{KaipPixelFormat_BGR565Packed, 2};
-                    auto src = RandomImage(7, h, f, srcPad, flags, ++seed);
-                    // The destination's orientation may differ: it is set afterwards.
-                    auto dst = RandomImage(7, h, f, dstPad, KaipImgFlag_BottomUp, ++seed);
-                    auto expected = Bytes(dst->info);
-                    const uint32_t n = std::min(src->info.LineIncrement, dst->info.LineIncrement);
-                    for (uint32_t y = 0; y < h; ++y)
-                        std::memcpy(&expected[(h - 1 - y) * dst->info.LineIncrement],
-                                    &src->info.pData[y * src->info.LineIncrement], n);
-                    ASSERT_EQ(KaipReverseLinesFast(&src->info, &dst->info, nullptr, 0), 0);
-                    EXPECT_EQ(Bytes(dst->info), expected);
-                    EXPECT_EQ(dst->info.Flags, flags ^ KaipImgFlag_BottomUp);
-
-                    // In place, padding included, with and without a caller's scratch line.
-                    for (bool own : {false, true}) {
-                        std::vector<uint8_t> line(src->info.LineIncrement);
-                        auto before = Bytes(src->info), after = before;
-                        const uint32_t li = src->info.LineIncrement;
-                        for (uint32_t y = 0; y < h; ++y) std::memcpy(&after[y * li], &before[(h - 1 - y) * li], li);
-                        const uint32_t oldFlags = src->info.Flags;
-                        ASSERT_EQ(KaipReverseLinesFast(&src->info, nullptr, own ? line.data() : nullptr, 0), 0);
-                        EXPECT_EQ(Bytes(src->info), after);
-                        EXPECT_EQ(src->info.Flags, oldFlags ^ KaipImgFlag_BottomUp);
-                    }
-                }
 }
 
 TEST(ReverseLinesFast, FailedScratchAllocationChangesNothing)
