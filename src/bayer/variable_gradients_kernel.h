@@ -80,20 +80,45 @@ uint32_t WriteGradients(const TGradientsStretch& s, const TBayerLut& lut)
     return x;
 }
 
-// Without an in-register table (SSE2), 8-bit tables are applied by a scalar pass over the bytes
-// the identity blocks just wrote, still in the first-level cache: a load, a table read and a
-// store per byte is cheaper than the scalar writer's per-pixel work.
-template <class V, uint32_t DstBytes>
+// Without an in-register table (SSE2), 8-bit tables are read by a scalar loop over column
+// pairs whose sites are fixed at compile time; each pixel leaves in one four-byte store (for
+// three-byte pixels the next one overwrites its fourth byte; the stretch's last pixel is
+// stored in three bytes), so the loop is bound by its table reads.
+template <uint32_t DstBytes, bool bRedLine, int GreenParity>
+uint32_t MapGradients(const TGradientsStretch& s, const TBayerLut& lut)
+{
+    const uint8_t *const pB = lut.pBlue, *const pG = lut.pGreen, *const pR = lut.pRed;
+    auto pixel = [&](bool bGreen, uint32_t c, uint16_t first, uint16_t second) {
+        const uint32_t own = bGreen ? first : c, other = second;  // own: red on red lines
+        return pB[bRedLine ? other : own] | uint32_t(pG[bGreen ? c : first]) << 8 |
+               uint32_t(pR[bRedLine ? own : other]) << 16;
+    };
+    const uint8_t* __restrict pCur = s.pCur + s.x0;
+    const int16_t *pFirst0 = s.pFirst[GreenParity == 0], *pSecond0 = s.pSecond[GreenParity == 0];
+    const int16_t *pFirst1 = s.pFirst[GreenParity == 1], *pSecond1 = s.pSecond[GreenParity == 1];
+    uint8_t* __restrict p = s.pOut + size_t(s.x0) * DstBytes;
+    auto even = [&](uint32_t j) { return pixel(GreenParity == 0, pCur[2 * j], pFirst0[j], pSecond0[j]); };
+    auto odd = [&](uint32_t j) { return pixel(GreenParity == 1, pCur[2 * j + 1], pFirst1[j], pSecond1[j]); };
+    // Whole pairs while a pixel follows them, then the last one or two pixels in exact stores.
+    const uint32_t n = s.x1 - s.x0, pairs = (n - 1) / 2;
+    for (uint32_t j = 0; j < pairs; ++j, p += 2 * DstBytes) {
+        const uint32_t v0 = even(j), v1 = odd(j);
+        std::memcpy(p, &v0, 4);
+        std::memcpy(p + DstBytes, &v1, 4);
+    }
+    auto store = [](uint8_t* p, uint32_t v) { StoreBgr<DstBytes>(p, uint8_t(v), uint8_t(v >> 8), uint8_t(v >> 16)); };
+    store(p, even(pairs));
+    if (n % 2 == 0) store(p + DstBytes, odd(pairs));
+    return s.x1;
+}
+
+template <uint32_t DstBytes>
 uint32_t WriteGradientsMapped(const TGradientsStretch& s, const TBayerLut& lut)
 {
-    const uint32_t x = WriteGradients<V, 8, DstBytes, false>(s, lut);
-    const uint8_t *const pB = lut.pBlue, *const pG = lut.pGreen, *const pR = lut.pRed;
-    uint8_t* __restrict p = s.pOut + size_t(s.x0) * DstBytes;
-    for (uint8_t* const pEnd = s.pOut + size_t(x) * DstBytes; p < pEnd; p += DstBytes) {
-        const uint8_t b = pB[p[0]], g = pG[p[1]], r = pR[p[2]];
-        p[0] = b, p[1] = g, p[2] = r;
+    if (s.bRedLine) {
+        return s.greenParity == 0 ? MapGradients<DstBytes, true, 0>(s, lut) : MapGradients<DstBytes, true, 1>(s, lut);
     }
-    return x;
+    return s.greenParity == 0 ? MapGradients<DstBytes, false, 0>(s, lut) : MapGradients<DstBytes, false, 1>(s, lut);
 }
 
 template <class V>
@@ -107,7 +132,7 @@ TGradientsWriter GradientsWriter(uint32_t dwBits, uint32_t dwDstBytes, bool bIde
             } else if constexpr (bits == 8 && V::kShuffle) {
                 f = WriteGradients<V, bits, bytes, true>;
             } else if constexpr (bits == 8) {
-                f = WriteGradientsMapped<V, bytes>;
+                f = WriteGradientsMapped<bytes>;
             }
         });
     });

@@ -74,7 +74,7 @@ using TGradientsWriter = uint32_t (*)(const TGradientsStretch& s, const TBayerLu
 // The writer of the widest vector set the switches of g_SSEChecker allow for a depth (8, 10,
 // 12) and a destination (3 or 4 bytes), or null. bIdentity (null LUT): the identity tables
 // (out = value shifted to 8 bits) are computed; otherwise 8-bit tables are looked up in
-// registers (SSSE3, AVX2) or by a byte pass after the identity blocks (SSE2), and deeper ones
+// registers (SSSE3, AVX2) or by a scalar loop of whole pixel stores (SSE2), and deeper ones
 // are left to the scalar writer.
 TGradientsWriter GradientsWriter_intr(uint32_t dwBits, uint32_t dwDstBytes, bool bIdentity);
 
