@@ -7,8 +7,12 @@
 
 #include <array>
 #include <cstring>
+#include <type_traits>
 
 #include "bayer/pixel_grouping_simd.h"
+#if defined(__AVX2__)
+#include "bayer/bilinear_kernel.h"  // V256: the 32-pixel BGR and BGRA stores
+#endif
 
 namespace {
 
@@ -27,6 +31,7 @@ namespace {
         static R Add32(R a, R b) { return P##_add_epi32(a, b); }        \
         static F_ ToFloat(R v) { return P##_cvtepi32_ps(v); }           \
         static R Trunc(F_ v) { return P##_cvttps_epi32(v); }            \
+        static int MoveMask(R v) { return P##_movemask_epi8(v); }       \
     };
 
 KAIP_GROUPING_WIDE(TWide128, __m128i, __m128, _mm)
@@ -63,6 +68,8 @@ struct TLanes {
     static T Max(T a, T b) { return a > b ? a : b; }
     static T Min(T a, T b) { return a < b ? a : b; }
     static T Gt(T a, T b) { return a > b; }
+    static T Eq(T a, T b) { return a == b; }
+    static bool Any(T m) { return Wide::MoveMask(R(m)) != 0; }
     static T And(T a, T b) { return a & b; }
     static T Or(T a, T b) { return a | b; }
     static T Select(T m, T a, T b) { return m ? a : b; }
@@ -129,8 +136,9 @@ struct TGroupingVector {
     static T HueTransit(T l1, T l2, T l3, T v1, T v3)
     {
         const T z = V::Zero();
-        const T monotonic = V::Or(V::And(V::Gt(l2, l1), V::Gt(l3, l2)), V::And(V::Gt(l1, l2), V::Gt(l2, l3)));
-        const T a = AbsDiff(l2, l1), b = AbsDiff(l3, l1), den = V::Max(b, V::Set(1));
+        const T low = V::Min(l1, l3), high = V::Max(l1, l3);
+        const T monotonic = V::And(V::Gt(l2, low), V::Gt(high, l2));
+        const T a = AbsDiff(l2, l1), b = V::Sub(high, low), den = V::Max(b, V::Set(1));
         const T d = V::Sub(b, a), half = V::template Srl<1>(b);
         T proportional;
         if constexpr (Bits == 8) {
@@ -142,70 +150,76 @@ struct TGroupingVector {
             proportional = Quotient(lo, hi, den);
         }
         const T twice = V::Add(V::Add(v1, v3), l2);
-        const T curved = V::template Sra<2>(V::Add(V::Sub(V::Sub(V::Add(twice, twice), l1), l3), V::Set(2)));
+        const T curved = V::template Sra<2>(V::Add(V::Sub(V::Add(twice, twice), V::Add(low, high)), V::Set(2)));
         return V::Select(monotonic, proportional, V::Min(V::Max(curved, z), V::Set(kMax)));
     }
 
-    // 4096 / (1 + g) truncated for g in 8-bit steps, as the scalar rule computes it in float.
-    static T Weight(T g)
+    // 4096 / g1 truncated (g1 = 1 + the gradient in 8-bit steps), as the scalar rule computes it in float.
+    static T Weight(T g1)
     {
-        const T z = V::Zero(), g1 = V::Add(V::template Sra<Bits - 8>(g), V::Set(1));
+        const T z = V::Zero();
         const F k = V::SetF(4096.0f);
         return V::Narrow(V::Trunc(V::DivF(k, V::ToFloat(V::Lo(g1, z)))),
                          V::Trunc(V::DivF(k, V::ToFloat(V::Hi(g1, z)))));
     }
 
-    // The weighted mean of one half: the sum (below 2^24 in magnitude: a weight times its estimate
-    // is at most 4096 * 1020) clamped to [0, 255 W] and divided by W = 4 * weights, rounded. W is
-    // at most 2^16 and num + W / 2 below 2^24, so every step is exact in float, and the quotient
-    // (below 256, at least 1/W from the next integer unless it is one) truncates exactly.
-    static T Rounded(T sum, T weights)
+    // The weighted mean of one half, rounded but not yet clamped: num is the sum plus W / 2 (W = 4
+    // times the weights), floor(num / W) the result. Rounding is monotonic, so clamping it to the
+    // depth afterwards equals clamping the sum to [0, (2^Bits - 1) W] first; truncation differs
+    // from the floor only below zero, which the clamp removes. 8 bits: num is below 2^24 in
+    // magnitude (a weight times its estimate is at most 4096 * 1022) and W at most 2^16, so float
+    // is exact and the quotient, where it is below 256, lies at least 1/W under the next integer:
+    // it truncates exactly (above 255 the clamp takes it anyway).
+    static T Rounded(T num, T weights)
     {
-        if constexpr (Bits > 8) return RoundedDeep(sum, weights);
-        const F w4 = V::MulF(V::ToFloat(weights), V::SetF(4.0f));
-        const F num = V::MinF(V::MaxF(V::ToFloat(sum), V::SetF(0.0f)), V::MulF(w4, V::SetF(255.0f)));
-        return V::Trunc(V::DivF(V::AddF(num, V::MulF(w4, V::SetF(0.5f))), w4));
+        if constexpr (Bits > 8) return RoundedDeep(num, weights);
+        return V::Trunc(V::DivF(V::ToFloat(num), V::MulF(V::ToFloat(weights), V::SetF(4.0f))));
     }
 
-    // The same for deeper samples: the sum (below 2^28) clamped to [0, (2^Bits - 1) W] in 32-bit
-    // lanes; float division gives the rounded quotient q to within one (numerator below 2^28,
-    // quotient below 2^12), and the remainder, with q times the weights from pmaddwd (both
-    // below 2^15), puts it right.
-    static T RoundedDeep(T sum, T weights)
+    // The same for deeper samples: float division gives the quotient q to within one (numerator
+    // below 2^29, quotient below 2^13), and the remainder, with q times the weights from pmaddwd
+    // (both below 2^15), puts it right.
+    static T RoundedDeep(T num, T weights)
     {
         const T w4 = V::template Shl32<2>(weights);
-        const T num = V::Min32(V::Max32(sum, V::Zero()), V::Sub32(V::template Shl32<Bits>(w4), w4));
-        const T n = V::Add32(num, V::Add32(weights, weights));  // + W / 2
-        const T q = V::Trunc(V::DivF(V::ToFloat(n), V::ToFloat(w4)));
-        const T r = V::Sub32(n, V::template Shl32<2>(V::Madd(q, weights)));
+        const T q = V::Trunc(V::DivF(V::ToFloat(num), V::ToFloat(w4)));
+        const T r = V::Sub32(num, V::template Shl32<2>(V::Madd(q, weights)));
         return V::Sub32(V::Add32(q, V::Gt32(V::Zero(), r)), V::Gt32(r, V::Sub32(w4, V::Set32(1))));
     }
 
-    static void Green(const TGreenTaps& t, uint32_t k1)
+    static void Green(const TGreenTaps& taps, uint32_t k1)
     {
-        const T z = V::Zero();
+        const TGreenTaps t = taps;  // a local copy: the stores cannot alias it
+        const T z = V::Zero(), one = V::Set(1 << (Bits - 8));
         for (uint32_t k = 1; k < k1; k += V::N) {
             const T c = V::Load(t.c + k), n = V::Load(t.n + k), s = V::Load(t.s + k), w = V::Load(t.w + k);
             const T e = V::Load(t.e + k), n2 = V::Load(t.n2 + k), s2 = V::Load(t.s2 + k);
             const T w2 = V::Load(t.w2 + k), e2 = V::Load(t.e2 + k);
-            auto weight = [&](T far, T near, T opposite) {
+            // The greens across plus one step of 8 bits, shared by opposite directions.
+            const T across[2] = {V::Add(AbsDiff(n, s), one), V::Add(AbsDiff(e, w), one)};
+            auto weight = [&](T far, int axis) {
                 const T d = AbsDiff(c, far);
-                return Weight(V::Add(V::Add(d, d), AbsDiff(near, opposite)));
+                return Weight(V::template Sra<Bits - 8>(V::Add(V::Add(d, d), across[axis])));
             };
-            auto estimate = [&](T far, T near, T opposite) {  // 3 near + opposite + c - far
-                return V::Sub(V::Add(V::Add(V::Add(near, V::Add(near, near)), opposite), c), far);
+            // 3 near + opposite + c - far, plus 2: the sums then carry W / 2.
+            const T c2 = V::Add(c, V::Set(2)), ns = V::Add(n, s), ew = V::Add(e, w);
+            auto estimate = [&](T far, T near, T pair) {
+                return V::Add(V::Add(pair, V::Add(near, near)), V::Sub(c2, far));
             };
-            const T wn = weight(n2, n, s), we = weight(e2, e, w), ww = weight(w2, w, e), ws = weight(s2, s, n);
-            const T en = estimate(n2, n, s), ee = estimate(e2, e, w), ew = estimate(w2, w, e), es = estimate(s2, s, n);
+            const T wn = weight(n2, 0), we = weight(e2, 1), ww = weight(w2, 1), ws = weight(s2, 0);
+            const T en = estimate(n2, n, ns), ee = estimate(e2, e, ew), eW = estimate(w2, w, ew),
+                    es = estimate(s2, s, ns);
             const T weights = V::Add(V::Add(wn, we), V::Add(ww, ws));  // at most 16384
-            const T lo = V::Add32(V::Madd(V::Lo(wn, we), V::Lo(en, ee)), V::Madd(V::Lo(ww, ws), V::Lo(ew, es)));
-            const T hi = V::Add32(V::Madd(V::Hi(wn, we), V::Hi(en, ee)), V::Madd(V::Hi(ww, ws), V::Hi(ew, es)));
-            V::Store(t.pOut + k, V::Narrow(Rounded(lo, V::Lo(weights, z)), Rounded(hi, V::Hi(weights, z))));
+            const T lo = V::Add32(V::Madd(V::Lo(wn, we), V::Lo(en, ee)), V::Madd(V::Lo(ww, ws), V::Lo(eW, es)));
+            const T hi = V::Add32(V::Madd(V::Hi(wn, we), V::Hi(en, ee)), V::Madd(V::Hi(ww, ws), V::Hi(eW, es)));
+            const T mean = V::Narrow(Rounded(lo, V::Lo(weights, z)), Rounded(hi, V::Hi(weights, z)));
+            V::Store(t.pOut + k, V::Min(V::Max(mean, z), V::Set(kMax)));
         }
     }
 
-    static void GreenSites(const TGreenSiteTaps& t, uint32_t k1)
+    static void GreenSites(const TGreenSiteTaps& taps, uint32_t k1)
     {
+        const TGreenSiteTaps t = taps;  // a local copy: the stores cannot alias it
         for (uint32_t k = 1; k < k1; k += V::N) {
             const T c = V::Load(t.c + k);
             V::Store(t.pFirst + k,
@@ -215,8 +229,9 @@ struct TGroupingVector {
         }
     }
 
-    static void OtherSites(const TOtherSiteTaps& t, uint32_t k1)
+    static void OtherSites(const TOtherSiteTaps& taps, uint32_t k1)
     {
+        const TOtherSiteTaps t = taps;  // a local copy: the stores cannot alias it
         for (uint32_t k = 1; k < k1; k += V::N) {
             const T c = V::Load(t.c + k), gc = V::Load(t.gc + k);
             const T gUpL = V::Load(t.gUpL + k), gUpR = V::Load(t.gUpR + k);
@@ -229,9 +244,16 @@ struct TGroupingVector {
             const T nw = V::Add(V::Add(V::Add(AbsDiff(upL, downR), AbsDiff(V::Load(t.up2L + k), c)),
                                        V::Add(AbsDiff(c, V::Load(t.down2R + k)), AbsDiff(gUpL, gc))),
                                 AbsDiff(gc, gDownR));
-            const T a = HueTransit(gUpR, gc, gDownL, upR, downL);  // north-east
-            const T b = HueTransit(gUpL, gc, gDownR, upL, downR);  // north-west
-            V::Store(t.pFirst + k, V::Select(V::Gt(nw, ne), a, V::Select(V::Gt(ne, nw), b, V::Avg(a, b))));
+            // Hue transit along the smoother diagonal (north-east on a tie); where a lane ties,
+            // the mean of both diagonals, the north-west one computed only then.
+            const T m = V::Gt(ne, nw), tie = V::Eq(ne, nw);
+            const T along = HueTransit(V::Select(m, gUpL, gUpR), gc, V::Select(m, gDownR, gDownL),
+                                       V::Select(m, upL, upR), V::Select(m, downR, downL));
+            if (!V::Any(tie)) {
+                V::Store(t.pFirst + k, along);
+                continue;
+            }
+            V::Store(t.pFirst + k, V::Select(tie, V::Avg(along, HueTransit(gUpL, gc, gDownR, upL, downR)), along));
         }
     }
 
@@ -295,11 +317,48 @@ uint32_t StoreIdentity(const TColourPlanes& c, uint32_t x0, uint32_t x1, uint32_
     return x;
 }
 
+#if defined(__AVX2__)
+// The same in blocks of 32 pixels through the bilinear decoder's AVX2 stores (which write no byte
+// beyond the block), then blocks of 16. Packing the two parity planes puts, in each 128-bit half,
+// eight even pixels before eight odd ones; a byte shuffle interleaves them.
+template <int Shift>
+uint32_t StoreIdentityWide(const TColourPlanes& c, uint32_t x0, uint32_t x1, uint32_t dwDstBytes, uint8_t* pOut)
+{
+    const __m256i order =
+        _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
+    auto bytes = [&](const int16_t* const* pPlanes, uint32_t k) {
+        const __m256i even =
+            _mm256_srli_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(pPlanes[0] + k)), Shift);
+        const __m256i odd =
+            _mm256_srli_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(pPlanes[1] + k)), Shift);
+        return _mm256_shuffle_epi8(_mm256_packus_epi16(even, odd), order);
+    };
+    uint32_t x = x0;
+    for (; x + 32 <= x1; x += 32) {
+        const __m256i b = bytes(c.b, x / 2), g = bytes(c.g, x / 2), r = bytes(c.r, x / 2);
+        uint8_t* p = pOut + size_t(x) * dwDstBytes;
+        if (dwDstBytes == 4) {
+            V256::StoreBgra(p, b, g, r);
+        } else {
+            V256::StoreBgr(p, b, g, r);
+        }
+    }
+    return StoreIdentity<Shift>(c, x, x1, dwDstBytes, pOut);
+}
+
+// The identity store of the register width.
+template <class Wide, int Shift>
+constexpr auto kStoreIdentity = std::is_same_v<Wide, TWide256> ? StoreIdentityWide<Shift> : StoreIdentity<Shift>;
+#else
+template <class Wide, int Shift>
+constexpr auto kStoreIdentity = StoreIdentity<Shift>;
+#endif
+
 template <class Wide, unsigned Bits>
 constexpr TGroupingLoops GroupingLoops()
 {
     using K = TGroupingVector<TLanes<Wide>, Bits>;
-    return {K::Split, K::Green, K::GreenSites, K::OtherSites, StoreIdentity<Bits - 8>};
+    return {K::Split, K::Green, K::GreenSites, K::OtherSites, kStoreIdentity<Wide, Bits - 8>};
 }
 
 // The loops of 8-, 10- and 12-bit samples.
