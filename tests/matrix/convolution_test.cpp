@@ -30,85 +30,55 @@ void FillSamples(const TFilterFormat& f, KaipImgInfo& info, std::mt19937& gen)
 enum class LutMode { None, Object, Global };
 
 // Both 3x3 filters (the convolution, and the threshold sharpening with a threshold on either side of the
-// local contrasts) at every SIMD level, every format, LUT kind and line order.
+// local contrasts) at every SIMD level and for every format: every width up to 64 (every tail of the vector
+// blocks) and a few large ones, both line orders, with and without a LUT (an object or the global one), into a
+// sentinel-filled destination.
 TEST(Apply3x3Filters, MatchModelOnRandomImages)
 {
-    const std::pair<uint32_t, uint32_t> sizes[] = {{1, 1}, {3, 3},  {4, 3},  {8, 2},  {2, 5},
-                                                   {5, 6}, {19, 4}, {70, 3}, {133, 4}};
     uint32_t seed = 1000;
     for (int level : kSimdLevels) {
         ScopedSimdLevel simd(level);
         for (const TFilterFormat& f : kFilterFormats)
-            for (auto [w, h] : sizes)
-                for (uint32_t flags : {0u, KaipImgFlag_BottomUp})
-                    for (LutMode mode : {LutMode::None, LutMode::Object, LutMode::Global})
-                        for (bool bThreshold : {false, true}) {
-                            if (f.lutDepth == 0 && mode != LutMode::None) continue;
-                            std::mt19937 gen(++seed);
-                            const auto k = RandomKernel(gen, gen() % 2);
-                            const int32_t thresholds[] = {
-                                -1, 0, int32_t(gen() % 40), int32_t(gen() % uint32_t(f.max)), INT32_MAX, INT32_MIN};
-                            const int32_t threshold = thresholds[gen() % 6];
-                            SCOPED_TRACE(testing::Message()
-                                         << "level " << level << " seed " << seed << " format 0x" << std::hex << f.code
-                                         << std::dec << " " << w << "x" << h << " flags " << flags << " lut "
-                                         << int(mode) << " threshold " << (bThreshold ? threshold : -2));
-                            std::unique_ptr<RandomLut> object;
-                            std::unique_ptr<RandomGlobalLut> global;
-                            KaipHLut hLut = nullptr;
-                            const TModelLut* lut = nullptr;
-                            if (mode == LutMode::Object) {
-                                object = std::make_unique<RandomLut>(f.lutDepth, seed);
-                                hLut = object->Handle(), lut = &object->Tables();
-                            }
-                            if (mode == LutMode::Global) {
-                                global = std::make_unique<RandomGlobalLut>(f.lutDepth, seed);
-                                hLut = KaipHLut(1), lut = &global->Tables();
-                            }
-                            auto src = MakeImage(w, h, f.code, f.PixelBytes(), flags, 2, seed);
-                            FillSamples(f, src->info, gen);
-                            auto dst = MakeImage(w, h, f.code, f.PixelBytes(), flags, 6, 0);
-                            std::vector<uint8_t> expected = Bytes(*dst);
-                            ModelFilter(f, src->info, expected, dst->info.LineIncrement, k.data(),
-                                        bThreshold ? &threshold : nullptr, lut);
-                            const std::vector<uint8_t> srcBefore = Bytes(*src);
-                            ASSERT_EQ(bThreshold ? Kaip3x3ThresholdSharpening(&src->info, &dst->info, k.data(),
-                                                                              threshold, 0, hLut)
-                                                 : KaipApply3x3Convolution(&src->info, &dst->info, k.data(), 0, hLut),
-                                      KASTATUS_OK);
-                            ASSERT_EQ(Bytes(*dst), expected);
-                            ASSERT_EQ(Bytes(*src), srcBefore);
-                        }
-    }
-}
-
-// The vector workers of the 8-bit formats write exactly the baseline's bytes, for plain and threshold
-// sharpening: every width (every tail), both line orders, padded lines, with and without a LUT, weights
-// of 16 bits (the vector case) and now and then a larger one, and in place (where the baseline's run).
-TEST(Apply3x3Convolution, VectorWorkersWriteTheBaselineBytes)
-{
-    uint32_t seeds = 50000;
-    for (const TFilterFormat& f : kFilterFormats) {
-        if (f.bytes != 1) continue;
-        ForEachTwinLine(seeds, [&](uint32_t w, uint32_t flags, uint32_t seed, std::mt19937& gen) {
-            const auto k = RandomKernel(gen, gen() % 2 == 0);
-            const bool bThreshold = gen() % 2, bLut = gen() % 3 == 0, bInPlace = gen() % 8 == 0;
-            const int32_t threshold = int32_t(gen() % 60) - 5;
-            SCOPED_TRACE(testing::Message()
-                         << "seed " << seed << " format 0x" << std::hex << f.code << std::dec << " width " << w
-                         << " flags " << flags << " threshold " << (bThreshold ? threshold : -2) << " lut " << bLut
-                         << " in place " << bInPlace);
-            RandomLut lut(8, seed);
-            const KaipHLut hLut = bLut ? lut.Handle() : nullptr;
-            ExpectBaselineBytes([&] { return SourceAndDestination(w, 5, f.code, f.PixelBytes(), flags, seed); },
-                                [&](std::vector<std::unique_ptr<GuardedImage>>& images) {
-                                    KaipImgInfo* pSrc = &images[0]->info;
-                                    KaipImgInfo* pDst = bInPlace ? pSrc : &images[1]->info;
-                                    return bThreshold
-                                               ? Kaip3x3ThresholdSharpening(pSrc, pDst, k.data(), threshold, 0, hLut)
-                                               : KaipApply3x3Convolution(pSrc, pDst, k.data(), 0, hLut);
-                                });
-        });
+            for (uint32_t w : TwinWidths())
+                for (bool bThreshold : {false, true}) {
+                    if (w == 0) continue;  // refused as uninitialised (tests/hostile)
+                    std::mt19937 gen(++seed);
+                    const uint32_t h = w > 64 ? 3 : 1 + gen() % 6, flags = gen() % 2 ? KaipImgFlag_BottomUp : 0;
+                    const LutMode mode = f.lutDepth ? LutMode(gen() % 3) : LutMode::None;
+                    const auto k = RandomKernel(gen, gen() % 2);
+                    const int32_t thresholds[] = {
+                        -1, 0, int32_t(gen() % 40), int32_t(gen() % uint32_t(f.max)), INT32_MAX, INT32_MIN};
+                    const int32_t threshold = thresholds[gen() % 6];
+                    SCOPED_TRACE(testing::Message()
+                                 << "level " << level << " seed " << seed << " format 0x" << std::hex << f.code
+                                 << std::dec << " " << w << "x" << h << " flags " << flags << " lut " << int(mode)
+                                 << " threshold " << (bThreshold ? threshold : -2));
+                    std::unique_ptr<RandomLut> object;
+                    std::unique_ptr<RandomGlobalLut> global;
+                    KaipHLut hLut = nullptr;
+                    const TModelLut* lut = nullptr;
+                    if (mode == LutMode::Object) {
+                        object = std::make_unique<RandomLut>(f.lutDepth, seed);
+                        hLut = object->Handle(), lut = &object->Tables();
+                    }
+                    if (mode == LutMode::Global) {
+                        global = std::make_unique<RandomGlobalLut>(f.lutDepth, seed);
+                        hLut = KaipHLut(1), lut = &global->Tables();
+                    }
+                    auto src = MakeImage(w, h, f.code, f.PixelBytes(), flags, 2, seed);
+                    FillSamples(f, src->info, gen);
+                    auto dst = MakeImage(w, h, f.code, f.PixelBytes(), flags, 6, 0);
+                    std::vector<uint8_t> expected = Bytes(*dst);
+                    ModelFilter(f, src->info, expected, dst->info.LineIncrement, k.data(),
+                                bThreshold ? &threshold : nullptr, lut);
+                    const std::vector<uint8_t> srcBefore = Bytes(*src);
+                    ASSERT_EQ(bThreshold
+                                  ? Kaip3x3ThresholdSharpening(&src->info, &dst->info, k.data(), threshold, 0, hLut)
+                                  : KaipApply3x3Convolution(&src->info, &dst->info, k.data(), 0, hLut),
+                              KASTATUS_OK);
+                    ASSERT_EQ(Bytes(*dst), expected);
+                    ASSERT_EQ(Bytes(*src), srcBefore);
+                }
     }
 }
 
