@@ -13,7 +13,9 @@ using namespace lutmodel;
 // Every test here may change the global LUT; it is identity again afterwards.
 class LutReset : public GlobalLutTest {};
 
-TEST(LutObjects, GlobalBodiesAreIdentityWithFullBayerLayoutAtLoad)
+// The global bodies at load and fresh objects of every shape are identity, with the Bayer rows their type asks
+// for; a single-depth object's body follows its type word.
+TEST(LutObjects, GlobalBodiesAndFreshObjectsAreIdentity)
 {
     ExpectIdentity(g_LutLinear8, true);
     ExpectIdentity(g_LutLinear10, true);
@@ -21,10 +23,6 @@ TEST(LutObjects, GlobalBodiesAreIdentityWithFullBayerLayoutAtLoad)
     ExpectIdentity(g_Lut8, true);
     ExpectIdentity(g_Lut10, true);
     ExpectIdentity(g_Lut12, true);
-}
-
-TEST(LutObjects, AllocateGivesIdentityOfEveryShape)
-{
     struct Case {
         uint32_t dwType;
         bool bFull;
@@ -36,6 +34,7 @@ TEST(LutObjects, AllocateGivesIdentityOfEveryShape)
         ASSERT_TRUE(all.h && l8.h && l10.h && l12.h);
         EXPECT_EQ(*all.h, c.dwType);
         EXPECT_EQ(*l12.h, c.dwType | 12);
+        EXPECT_EQ(reinterpret_cast<uint8_t*>(Body10(l10.h)), reinterpret_cast<uint8_t*>(l10.h) + 4);
         ExpectIdentity(*Body8(all.h), c.bFull);
         ExpectIdentity(*Body10(all.h), c.bFull);
         ExpectIdentity(*Body12(all.h), c.bFull);
@@ -45,15 +44,7 @@ TEST(LutObjects, AllocateGivesIdentityOfEveryShape)
     }
 }
 
-TEST(LutObjects, SingleBodyFollowsTheTypeWord)
-{
-    Lut l10(10);
-    TKaIpLut10* p = nullptr;
-    ASSERT_EQ(GetLut10(l10.h, p), KASTATUS_OK);
-    EXPECT_EQ(reinterpret_cast<uint8_t*>(p), reinterpret_cast<uint8_t*>(l10.h) + 4);
-}
-
-TEST(LutObjects, UnknownDepthsAreRefused)
+TEST(LutObjects, UnknownDepthsAndGlobalHandlesAreRefused)
 {
     for (uint32_t dwType : {16u, 9u, 1u, 0x00110007u, 0xFFu}) {
         EXPECT_EQ(KaipAllocateLut(dwType), nullptr) << dwType;
@@ -64,6 +55,10 @@ TEST(LutObjects, UnknownDepthsAreRefused)
     TKaIpLut8* p8 = &g_Lut8;
     EXPECT_EQ(GetLut8(fake, p8), KASTATUS_KAIP_INVALID_LUT_TYPE);
     EXPECT_EQ(p8, nullptr);
+    // The global handles are not freed.
+    EXPECT_EQ(KaipFreeLut(nullptr), KASTATUS_KAIP_INVALID_LUT_HANDLE);
+    EXPECT_EQ(KaipFreeLut(reinterpret_cast<KaipHLut>(1)), KASTATUS_KAIP_INVALID_LUT_HANDLE);
+    EXPECT_EQ(KaipFreeLut(KaipAllocateLut(KAIP_LUT_BAYER | KAIP_LUT_BAYER_16)), KASTATUS_OK);
 }
 
 TEST(LutObjects, GetLutResolvesEveryHandleShape)
@@ -93,14 +88,6 @@ TEST(LutObjects, GetLutResolvesEveryHandleShape)
     }
     for (KaipHLut h : {l8.h, l12.h}) EXPECT_EQ(GetLut10(h, p10), KASTATUS_KAIP_INVALID_LUT_TYPE);
     for (KaipHLut h : {l8.h, l10.h}) EXPECT_EQ(GetLut12(h, p12), KASTATUS_KAIP_INVALID_LUT_TYPE);
-}
-
-TEST(LutObjects, FreeRefusesTheGlobalHandles)
-{
-    EXPECT_EQ(KaipFreeLut(nullptr), KASTATUS_KAIP_INVALID_LUT_HANDLE);
-    EXPECT_EQ(KaipFreeLut(reinterpret_cast<KaipHLut>(1)), KASTATUS_KAIP_INVALID_LUT_HANDLE);
-    EXPECT_EQ(KaipFreeLut(KaipAllocateLut(KAIP_LUT_BAYER | KAIP_LUT_BAYER_16)), KASTATUS_OK);
-    EXPECT_EQ(KaipFreeLut(KaipAllocateLut(12)), KASTATUS_OK);
 }
 
 TEST_F(LutReset, ResetRestoresIdentityOfEveryBodyReached)
