@@ -44,13 +44,13 @@ inline const std::vector<TFormat>& AllFormats()
     return formats;
 }
 
-// The formats of AllFormats whose class bit is in the mask (or, with bAdmitted false, is not).
-inline std::vector<TFormat> FormatsOf(uint64_t qwClassMask, bool bAdmitted = true)
+// The formats of AllFormats whose class bit is in the mask.
+inline std::vector<TFormat> FormatsOf(uint64_t qwClassMask)
 {
     std::vector<TFormat> v;
     for (const TFormat& f : AllFormats()) {
         const int cls = GetSrcPixelFormatClass(f.dwCode);
-        if ((cls >= 0 && ((qwClassMask >> cls) & 1)) == bAdmitted) v.push_back(f);
+        if (cls >= 0 && ((qwClassMask >> cls) & 1)) v.push_back(f);
     }
     return v;
 }

@@ -48,10 +48,9 @@ struct Target {
 template <class TLut>
 void ExpectBody(const TLut& lut, const std::array<std::vector<uint32_t>, 3>& ch, uint32_t type, const char* what)
 {
-    const auto now = ChannelsOf(lut);
-    ASSERT_EQ(now.r, ch[0]) << what << " red depth " << TLut::Bits;
-    ASSERT_EQ(now.g, ch[1]) << what << " green depth " << TLut::Bits;
-    ASSERT_EQ(now.b, ch[2]) << what << " blue depth " << TLut::Bits;
+    const typename TLut::TValue* tables[3] = {lut.Red, lut.Green, lut.Blue};
+    for (unsigned c = 0; c < 3; ++c)
+        ASSERT_EQ(std::vector<uint32_t>(tables[c], tables[c] + TLut::N), ch[c]) << what << " channel " << c;
     for (unsigned i = 0; i < TLut::N; ++i) {
         ASSERT_TRUE(uint32_t(lut.Red32[i]) == ch[0][i] && uint32_t(lut.Green32[i]) == ch[1][i] &&
                     uint32_t(lut.Blue32[i]) == ch[2][i])

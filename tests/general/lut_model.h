@@ -10,21 +10,6 @@
 
 namespace lutmodel {
 
-// The three channel curves of one depth as plain numbers.
-struct Curves {
-    std::vector<uint32_t> r, g, b;
-};
-
-template <class TLut>
-Curves ChannelsOf(const TLut& lut)
-{
-    Curves c;
-    c.r.assign(lut.Red, lut.Red + TLut::N);
-    c.g.assign(lut.Green, lut.Green + TLut::N);
-    c.b.assign(lut.Blue, lut.Blue + TLut::N);
-    return c;
-}
-
 // One channel table converted between depths, entry by entry: upward interpolation scaled by
 // F with the source first scaled into 16 bits and the last entry held over F entries;
 // downward every F-th entry divided by F. The result is cut to the destination's element.
