@@ -21,7 +21,7 @@ namespace {
 // lanes a + b * 65536) within each 128-bit part, Narrow packs two such halves back in order
 // (saturating), Madd sums the products of lane pairs, ToFloat and Trunc convert 32-bit lanes
 // to float and back (truncating). One definition for both register widths.
-#define KAIP_GROUPING_WIDE(Name, R_, F_, P)                             \
+#define KAIP_GROUPING_WIDE(Name, R_, F_, P, IN_ORDER)                   \
     struct Name {                                                       \
         using R = R_;                                                   \
         static R Lo(R a, R b) { return P##_unpacklo_epi16(a, b); }      \
@@ -32,11 +32,16 @@ namespace {
         static F_ ToFloat(R v) { return P##_cvtepi32_ps(v); }           \
         static R Trunc(F_ v) { return P##_cvttps_epi32(v); }            \
         static int MoveMask(R v) { return P##_movemask_epi8(v); }       \
+        static R NarrowInOrder(R lo, R hi)                              \
+        {                                                               \
+            const R v = P##_packs_epi32(lo, hi);                        \
+            return IN_ORDER;                                            \
+        }                                                               \
     };
 
-KAIP_GROUPING_WIDE(TWide128, __m128i, __m128, _mm)
+KAIP_GROUPING_WIDE(TWide128, __m128i, __m128, _mm, v)
 #if defined(__AVX2__)
-KAIP_GROUPING_WIDE(TWide256, __m256i, __m256, _mm256)
+KAIP_GROUPING_WIDE(TWide256, __m256i, __m256, _mm256, _mm256_permute4x64_epi64(v, 0xD8))
 #endif
 #undef KAIP_GROUPING_WIDE
 
@@ -87,9 +92,15 @@ struct TLanes {
     static T Lo(T a, T b) { return T(Wide::Lo(R(a), R(b))); }
     static T Hi(T a, T b) { return T(Wide::Hi(R(a), R(b))); }
     static T Narrow(T lo, T hi) { return T(Wide::Narrow(R(lo), R(hi))); }
+    static T NarrowInOrder(T lo, T hi) { return T(Wide::NarrowInOrder(R(lo), R(hi))); }
     static T Madd(T a, T b) { return T(Wide::Madd(R(a), R(b))); }
     static T Add32(T a, T b) { return T(Wide::Add32(R(a), R(b))); }
     static T Sub32(T a, T b) { return T(UI(a) - UI(b)); }
+    template <int S>
+    static T Srl32(T a)
+    {
+        return T(UI(a) >> S);
+    }
     template <int S>
     static T Shl32(T a)
     {
@@ -259,15 +270,22 @@ struct TGroupingVector {
 
     static void Split(const uint8_t* pLine, uint32_t dwWidth, const TSplitLine& out)
     {
-        if constexpr (Bits > 8) {  // two-byte samples masked to the depth; the compiler vectorises it
-            for (uint32_t x = 0; x < dwWidth; ++x) {
+        uint32_t x = 0;
+        if constexpr (Bits > 8) {  // two-byte samples masked to the depth, an even and an odd one per 32 bits
+            const T mask = V::Set32(kMax);
+            for (; x + 2 * V::N <= dwWidth; x += 2 * V::N) {
+                const T a = V::Load(pLine + 2 * x), b = V::Load(pLine + 2 * x + 2 * V::N);
+                V::Store(out.half[0] + x / 2, V::NarrowInOrder(V::And(a, mask), V::And(b, mask)));
+                V::Store(out.half[1] + x / 2, V::NarrowInOrder(V::And(V::template Srl32<16>(a), mask),
+                                                               V::And(V::template Srl32<16>(b), mask)));
+            }
+            for (; x < dwWidth; ++x) {
                 uint16_t v;
                 std::memcpy(&v, pLine + 2 * x, 2);
                 out.half[x & 1][x >> 1] = int16_t(v & kMax);
             }
             return;
         }
-        uint32_t x = 0;
         for (; x + 2 * V::N <= dwWidth; x += 2 * V::N) {
             const T v = V::Load(pLine + x);
             V::Store(out.half[0] + x / 2, V::And(v, V::Set(0xFF)));
