@@ -106,47 +106,46 @@ TEST(BmpInfo, ImgInfoToBmpInfoRefusals)
 TEST(BmpInfo, BmpInfoToImgInfo)
 {
     struct {
+        uint32_t size;
         uint16_t bitCount;
         uint32_t compression;
         int32_t width, height;
+        KaipStatus status;
         uint32_t format, flags, lineIncrement;
     } const cases[] = {
-        {8, 0, 5, 3, KaipPixelFormat_Mono8, 6, 8},         {8, 0, 5, -3, KaipPixelFormat_Mono8, 4, 8},
-        {8, 0, 5, 0, KaipPixelFormat_Mono8, 4, 8},         {16, 3, 3, 2, KaipPixelFormat_BGR565Packed, 6, 8},
-        {16, 0, 3, 2, KaipPixelFormat_BGR555, 6, 8},       {24, 0, 1, -1, KaipPixelFormat_BGR8Packed, 4, 4},
-        {32, 0, 3, 2, KaipPixelFormat_BGRA8Packed, 6, 12}, {24, 3, 2, 2, KaipPixelFormat_BGR8Packed, 6, 8},
+        {40, 8, 0, 5, 3, 0, KaipPixelFormat_Mono8, 6, 8},
+        {40, 8, 0, 5, -3, 0, KaipPixelFormat_Mono8, 4, 8},
+        {40, 8, 0, 5, 0, 0, KaipPixelFormat_Mono8, 4, 8},
+        {40, 16, 3, 3, 2, 0, KaipPixelFormat_BGR565Packed, 6, 8},
+        {40, 16, 0, 3, 2, 0, KaipPixelFormat_BGR555, 6, 8},
+        {40, 24, 0, 1, -1, 0, KaipPixelFormat_BGR8Packed, 4, 4},
+        {40, 32, 0, 3, 2, 0, KaipPixelFormat_BGRA8Packed, 6, 12},
+        {40, 24, 3, 2, 2, 0, KaipPixelFormat_BGR8Packed, 6, 8},
+        {12, 8, 0, 4, 4, KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER},
+        {40, 8, 1, 4, 4, KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER},
+        {40, 12, 0, 4, 4, KASTATUS_KAIP_INVALID_PIXEL_FORMAT},
+        {40, 32, 0, 0x7FFFFFFF, 0x7FFFFFFF, KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER},
+        {40, 8, 0, -4, 4, KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER},
+        {40, 24, 0, 5, INT32_MIN, KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER},  // a height that cannot be negated
     };
     for (const auto& c : cases) {
         tagBITMAPINFO bmi{};
-        bmi.bmiHeader = {40, c.width, c.height, 1, c.bitCount, c.compression, 0, 0, 0, 0, 0};
+        bmi.bmiHeader = {c.size, c.width, c.height, 1, c.bitCount, c.compression, 0, 0, 0, 0, 0};
         KaipImgInfo img{};
         uint8_t sentinel;
         img.pData = &sentinel;
-        ASSERT_EQ(0, KaipBmpInfoToImgInfo(&bmi, &img)) << c.bitCount;
+        ASSERT_EQ(c.status, KaipBmpInfoToImgInfo(&bmi, &img)) << c.bitCount << " " << c.width << "x" << c.height;
+        EXPECT_EQ(&sentinel, img.pData);  // nothing allocated, pData untouched
+        if (c.status == KASTATUS_KAIP_INVALID_PIXEL_FORMAT) EXPECT_EQ(4u, img.Width);  // set before the bit count
+        if (c.status) continue;
         EXPECT_EQ(uint32_t(c.width), img.Width);
         EXPECT_EQ(uint32_t(std::abs(c.height)), img.Height);
         EXPECT_EQ(c.format, img.PixelFormat);
         EXPECT_EQ(c.flags, img.Flags);
         EXPECT_EQ(c.lineIncrement, img.LineIncrement);
-        EXPECT_EQ(&sentinel, img.pData);  // nothing allocated, pData untouched
     }
     tagBITMAPINFO bmi{};
     KaipImgInfo img{};
-    bmi.bmiHeader = {12, 4, 4, 1, 8, 0, 0, 0, 0, 0, 0};
-    EXPECT_EQ(KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, KaipBmpInfoToImgInfo(&bmi, &img));
-    bmi.bmiHeader.biSize = 40;
-    bmi.bmiHeader.biCompression = 1;
-    EXPECT_EQ(KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, KaipBmpInfoToImgInfo(&bmi, &img));
-    bmi.bmiHeader.biCompression = 0;
-    bmi.bmiHeader.biBitCount = 12;
-    EXPECT_EQ(KASTATUS_KAIP_INVALID_PIXEL_FORMAT, KaipBmpInfoToImgInfo(&bmi, &img));
-    EXPECT_EQ(4u, img.Width);  // the fields set before the bit count stay set
-    bmi.bmiHeader = {40, 0x7FFFFFFF, 0x7FFFFFFF, 1, 32, 0, 0, 0, 0, 0, 0};
-    EXPECT_EQ(KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, KaipBmpInfoToImgInfo(&bmi, &img));
-    bmi.bmiHeader = {40, -4, 4, 1, 8, 0, 0, 0, 0, 0, 0};
-    EXPECT_EQ(KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, KaipBmpInfoToImgInfo(&bmi, &img));
-    bmi.bmiHeader = {40, 5, INT32_MIN, 1, 24, 0, 0, 0, 0, 0, 0};  // a height whose size cannot be negated
-    EXPECT_EQ(KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, KaipBmpInfoToImgInfo(&bmi, &img));
     EXPECT_EQ(KASTATUS_KAIP_INVALID_POINTER, KaipBmpInfoToImgInfo(nullptr, &img));
     EXPECT_EQ(KASTATUS_KAIP_INVALID_POINTER, KaipBmpInfoToImgInfo(&bmi, nullptr));
 }
