@@ -92,6 +92,17 @@ struct TControls {
     __m256i a[kVectors], b[kVectors], keep[kVectors];
 };
 
+// Vector o of a step of plan P at s (destination chunks 2o and 2o + 1), the bytes the map leaves out 0.
+template <class P>
+KAIP_AVX2 inline __m256i Gather(const uint8_t* s, const TControls<P>& k, int o)
+{
+    const auto& lo = P::kPlan[2 * o];
+    const auto& hi = P::kPlan[2 * o + 1];
+    __m256i v = _mm256_shuffle_epi8(Load2(s + lo.a, s + hi.a), k.a[o]);
+    if (lo.bTwo || hi.bTwo) v = _mm256_or_si256(v, _mm256_shuffle_epi8(Load2(s + lo.b, s + hi.b), k.b[o]));
+    return v;
+}
+
 // 32 pixels per step through the byte map M over the Covered pixels, then the rest of the line by the
 // scalar member's reader R and writer W, with the group cut short at the line end when kCut is set.
 template <class M, class R, class W, bool kCut = false>
@@ -109,10 +120,7 @@ struct KGather {
             const uint8_t* s = pS + at * M::kUnitIn;
             uint8_t* d = pD + at * M::kUnitOut;
             for (int o = 0; o < TControls<P>::kVectors; ++o) {
-                const auto& lo = P::kPlan[2 * o];
-                const auto& hi = P::kPlan[2 * o + 1];
-                __m256i v = _mm256_shuffle_epi8(Load2(s + lo.a, s + hi.a), k.a[o]);
-                if (lo.bTwo || hi.bTwo) v = _mm256_or_si256(v, _mm256_shuffle_epi8(Load2(s + lo.b, s + hi.b), k.b[o]));
+                __m256i v = Gather(s, k, o);
                 if constexpr (M::kKeep) v = _mm256_or_si256(v, _mm256_and_si256(Load(d + 32 * o), k.keep[o]));
                 Store<kStream>(d + 32 * o, v);
             }
@@ -121,6 +129,38 @@ struct KGather {
         const W wr;
         ConvertGroups(rd, wr, covered / R::kPixels, dwWidth / R::kPixels, pS, pD);
         if constexpr (kCut) ConvertCutGroup(rd, wr, dwWidth, pS, pD);
+    }
+};
+
+// 32 pixels per step set out by MGreyPairs over the Covered pixels, weighted as the SSSE3 build does: each
+// vector of the plan holds the (B, G) or the (R, G) pairs of 16 pixels in order. The rest of the line by the
+// scalar member.
+template <TOrder O, int kPixelBytes, class R>
+struct KGrey {
+    using P = TGatherPlan<MGreyPairs<O, kPixelBytes>, 32>;
+    uint32_t dwWidth;
+
+    template <bool kStream>
+    KAIP_AVX2 void Line(const uint8_t* pS, uint8_t* pD) const
+    {
+        static const TControls<P> k;
+        const __m256i wBG = _mm256_set1_epi16(110 << 8 | 18), wRG = _mm256_set1_epi16(73 << 8 | 54);
+        const __m256i c128 = _mm256_set1_epi16(128);
+        const uint32_t covered = Covered(dwWidth);
+        for (uint32_t x = 0; x < covered; x += 32) {
+            const uint32_t at = StepAt(x, covered);
+            const uint8_t* s = pS + at * kPixelBytes;
+            __m256i g[2];
+            for (int h = 0; h < 2; ++h) {
+                const __m256i sum = _mm256_add_epi16(_mm256_maddubs_epi16(Gather(s, k, 2 * h), wBG),
+                                                     _mm256_maddubs_epi16(Gather(s, k, 2 * h + 1), wRG));
+                g[h] = _mm256_srli_epi16(_mm256_add_epi16(sum, c128), 8);
+            }
+            // The pack works per lane; the permutation puts its four quarters back in pixel order.
+            Store<kStream>(pD + at, _mm256_permute4x64_epi64(_mm256_packus_epi16(g[0], g[1]), 0xD8));
+        }
+        R rd;
+        ConvertGroups(rd, WMono8{}, covered, dwWidth, pS, pD);
     }
 };
 
@@ -255,6 +295,14 @@ int Run(KAIP_LINE_PARAMS, bool bReverseLines)
 #define KAIP_LINE_ARGS dwWidth, dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc
 
 KAIP_BYTE_MAP_CONVERTERS(KAIP_DEFINE_BYTE_MAP_CONVERTER)
+
+#define KAIP_DEFINE_GREY_CONVERTER(name, O, kPixelBytes, R)                              \
+    int name(KAIP_LINE_PARAMS, bool bReverseLines)                                       \
+    {                                                                                    \
+        return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
+                        KGrey<O, kPixelBytes, R>{dwWidth});                              \
+    }
+KAIP_GREY_CONVERTERS(KAIP_DEFINE_GREY_CONVERTER)
 
 int CopyBitmapData(KAIP_LINE_PARAMS, bool bReverseLines)
 {

@@ -82,11 +82,13 @@ void Convert_RGB30_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines)
 
 void Convert_BGR32_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_BGR32_to_Mono8_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR32{}, WMono8{});
 }
 
 void Convert_RGB32_to_Mono8(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_RGB32_to_Mono8_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RRGB32{}, WMono8{});
 }
 
@@ -241,6 +243,7 @@ void Convert_RGB30_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)
 
 void Convert_BGR32_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_BGR32_to_BGR24_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR32{}, WBGR24{});
 }
 
@@ -288,11 +291,13 @@ void Convert_BGR24_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines)
 
 void Convert_BGR32_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_BGR32_to_RGB24_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR32{}, WRGB24{});
 }
 
 void Convert_RGB32_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_RGB32_to_RGB24_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RRGB32{}, WRGB24{});
 }
 

@@ -24,6 +24,9 @@ namespace convert {
     X(Convert_Mono8_to_BGR24, MMono8ToBGR24, RMono8, WBGR24, false)        \
     X(Convert_BGR24_to_BGR32, MBGR24ToBGR32, RBGR24, WBGR32, false)        \
     X(Convert_RGB24_to_BGR32, MRGB24ToBGR32, RRGB24, WBGR32Kept, false)    \
+    X(Convert_BGR32_to_BGR24, MBGR32ToBGR24, RBGR32, WBGR24, false)        \
+    X(Convert_RGB32_to_RGB24, MBGR32ToBGR24, RRGB32, WRGB24, false)        \
+    X(Convert_BGR32_to_RGB24, MBGR32ToRGB24, RBGR32, WRGB24, false)        \
     X(Convert_MonoPacked_to_Mono8, MPackedHigh, RPacked<8>, WMono8, true)  \
     X(Convert_MonoMipi10_to_Mono8, MMipi10High, RMipi10<8>, WMono8, false) \
     X(Convert_MonoMipi12_to_Mono8, MMipi12High, RMipi12<8>, WMono8, false)
@@ -135,6 +138,12 @@ struct MRGB24ToBGR32 : TByteMap<1, 3, 4, true> {
 struct MRGB32ToBGR32 : TByteMap<1, 4, 4, true> {
     static constexpr int Src(int n) { return n < 3 ? 2 - n : -1; }
 };
+struct MBGR32ToBGR24 : TByteMap<1, 4, 3> {
+    static constexpr int Src(int n) { return n; }
+};
+struct MBGR32ToRGB24 : TByteMap<1, 4, 3> {
+    static constexpr int Src(int n) { return 2 - n; }
+};
 struct MSwap24 : TByteMap<1, 3, 3> {
     static constexpr int Src(int n) { return 2 - n; }
 };
@@ -147,6 +156,25 @@ struct MMipi12High : TByteMap<2, 3, 2> {
 struct MMipi10High : TByteMap<4, 5, 4> {
     static constexpr int Src(int n) { return n; }
 };
+
+// 16 pixels of 3 or 4 bytes in the order O set out for byte-pair multiply-adds: the (B, G) pairs of pixels
+// 0-7, of pixels 8-15, then their (R, G) pairs. The grey's 183 G is split 110 + 73 over the two, so that
+// neither pair sum passes 32767.
+template <TOrder O, int kPixelBytes>
+struct MGreyPairs : TByteMap<16, 16 * kPixelBytes, 64> {
+    static constexpr int Src(int n)
+    {
+        const int part = n / 16, pixel = part % 2 * 8 + n % 16 / 2;
+        return pixel * kPixelBytes + (n % 2 ? 1 : part < 2 ? 2 - O : O);
+    }
+};
+
+// The grey converters built on MGreyPairs for SSSE3 and AVX2: name, order, pixel bytes, scalar reader.
+#define KAIP_GREY_CONVERTERS(X)                \
+    X(Convert_BGR24_to_Mono8, kBGR, 3, RBGR24) \
+    X(Convert_RGB24_to_Mono8, kRGB, 3, RRGB24) \
+    X(Convert_BGR32_to_Mono8, kBGR, 4, RBGR32) \
+    X(Convert_RGB32_to_Mono8, kRGB, 4, RRGB32)
 
 // The sizes of one step of kStepPixels pixels of a map: whole units, whole 16-byte destination chunks.
 template <class M, uint32_t kStepPixels>

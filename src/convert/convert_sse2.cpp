@@ -124,7 +124,7 @@ inline void Interleave(__m128i a, __m128i b, __m128i c, __m128i p[4])
     p[2] = _mm_unpacklo_epi16(ab1, c1), p[3] = _mm_unpackhi_epi16(ab1, c1);
 }
 
-// 4 pixels of 4 bytes whose fourth byte is 0 to 12 bytes at the bottom of a vector.
+// 4 pixels of 4 bytes to their first three, 12 bytes at the bottom of a vector.
 inline __m128i PackBytes3(__m128i v)
 {
     const __m128i q = _mm_or_si128(_mm_and_si128(v, _mm_set1_epi64x(0xFFFFFF)),
@@ -133,7 +133,7 @@ inline __m128i PackBytes3(__m128i v)
                         _mm_and_si128(_mm_srli_si128(q, 2), _mm_set_epi64x(0xFFFFFFFF, int64_t(0xFFFF000000000000))));
 }
 
-// 16 pixels of 4 bytes whose fourth byte is 0 stored as 4 bytes each, or as 3 dropping the fourth.
+// 16 pixels of 4 bytes stored as 4 bytes each, or as 3 dropping the fourth.
 template <bool kStream, uint32_t kPixelBytes>
 inline void StorePixels(uint8_t* d, const __m128i p[4])
 {
@@ -325,6 +325,27 @@ struct SGrey24 {
     }
 };
 
+// 16 pixels of 4 bytes in the order O to their greys: the even bytes (B and R) and the odd ones (G and the
+// fourth) as 16-bit pairs, each pair weighted and summed into 32 bits by one multiply-add.
+template <TOrder O>
+struct SGrey32 {
+    static constexpr uint32_t kPixels = 16, kInBytes = 64, kOutBytes = 16;
+    static __m128i Grey(__m128i v)
+    {
+        const __m128i even = _mm_and_si128(v, _mm_set1_epi16(0xFF)), odd = _mm_srli_epi16(v, 8);
+        const __m128i kEven = O == kBGR ? _mm_set1_epi32(54 << 16 | 18) : _mm_set1_epi32(18 << 16 | 54);
+        const __m128i sum = _mm_add_epi32(_mm_madd_epi16(even, kEven), _mm_madd_epi16(odd, _mm_set1_epi32(183)));
+        return _mm_srli_epi32(_mm_add_epi32(sum, _mm_set1_epi32(128)), 8);
+    }
+    template <bool kStream>
+    void Run(const uint8_t* s, uint8_t* d) const
+    {
+        const __m128i lo = _mm_packs_epi32(Grey(Load(s)), Grey(Load(s + 16)));
+        const __m128i hi = _mm_packs_epi32(Grey(Load(s + 32)), Grey(Load(s + 48)));
+        Store<kStream>(d, _mm_packus_epi16(lo, hi));
+    }
+};
+
 // 16 pixels of 3 bytes in the order O to 15-bit (k565 false) or 16-bit words, as Pack555 and Pack565 do.
 template <bool k565, TOrder O>
 struct SBytesToShort {
@@ -368,6 +389,19 @@ struct SRGB24ToBGR32 {
     }
 };
 
+// 16 pixels of 4 bytes to their first three, red and blue exchanged when kSwap is set.
+template <bool kSwap>
+struct SBytes4To3 {
+    static constexpr uint32_t kPixels = 16, kInBytes = 64, kOutBytes = 48;
+    template <bool kStream>
+    void Run(const uint8_t* s, uint8_t* d) const
+    {
+        __m128i p[4];
+        for (int i = 0; i < 4; ++i) p[i] = kSwap ? SwapRB(Load(s + 16 * i)) : Load(s + 16 * i);
+        StorePixels<kStream, 3>(d, p);
+    }
+};
+
 // 32 pixels of groups of 3 bytes holding two pixels' high bytes at kFirst and kSecond: the groups split into
 // byte planes, then the two planes interleaved.
 template <int kFirst, int kSecond>
@@ -403,6 +437,14 @@ struct TStepOf<MMipi12High> {
 template <>
 struct TStepOf<MRGB24ToBGR32> {
     using T = SRGB24ToBGR32;
+};
+template <>
+struct TStepOf<MBGR32ToBGR24> {
+    using T = SBytes4To3<false>;
+};
+template <>
+struct TStepOf<MBGR32ToRGB24> {
+    using T = SBytes4To3<true>;
 };
 
 template <class S, class R, class W>
@@ -470,6 +512,8 @@ KAIP_SSE2_ENTRY(Convert_BGR16_to_BGR32, RBGR16, WBGR32, SShortToBytes<true, kBGR
 KAIP_SSE2_ENTRY(Convert_BGR16_to_RGB32, RBGR16, WRGB32, SShortToBytes<true, kRGB, 4>)
 KAIP_SSE2_ENTRY(Convert_BGR24_to_Mono8, RBGR24, WMono8, SGrey24<kBGR>)
 KAIP_SSE2_ENTRY(Convert_RGB24_to_Mono8, RRGB24, WMono8, SGrey24<kRGB>)
+KAIP_SSE2_ENTRY(Convert_BGR32_to_Mono8, RBGR32, WMono8, SGrey32<kBGR>)
+KAIP_SSE2_ENTRY(Convert_RGB32_to_Mono8, RRGB32, WMono8, SGrey32<kRGB>)
 KAIP_SSE2_ENTRY(Convert_BGR24_to_BGR15, RBGR24, WBGR15, SBytesToShort<false, kBGR>)
 KAIP_SSE2_ENTRY(Convert_RGB24_to_BGR15, RRGB24, WBGR15, SBytesToShort<false, kRGB>)
 KAIP_SSE2_ENTRY(Convert_BGR24_to_BGR16, RBGR24, WBGR16, SBytesToShort<true, kBGR>)

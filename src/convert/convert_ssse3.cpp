@@ -39,6 +39,15 @@ struct TControls {
     __m128i a[P::kChunks], b[P::kChunks], keep[P::kChunks];
 };
 
+// Destination chunk c of a step of plan P at s, the bytes the map leaves out 0.
+template <class P>
+KAIP_SSSE3 inline __m128i Gather(const uint8_t* s, const TControls<P>& k, int c)
+{
+    __m128i v = _mm_shuffle_epi8(Load(s + P::kPlan[c].a), k.a[c]);
+    if (P::kPlan[c].bTwo) v = _mm_or_si128(v, _mm_shuffle_epi8(Load(s + P::kPlan[c].b), k.b[c]));
+    return v;
+}
+
 // 16 pixels per step through the byte map M, then the rest of the line (fewer than 16 pixels) by the
 // scalar member's reader R and writer W, with the group cut short at the line end when kCut is set.
 template <class M, class R, class W, bool kCut = false>
@@ -55,8 +64,7 @@ struct KGather {
         uint8_t* d = pD;
         for (uint32_t i = 0; i < steps; ++i, s += P::kInBytes, d += P::kOutBytes) {
             for (int c = 0; c < P::kChunks; ++c) {
-                __m128i v = _mm_shuffle_epi8(Load(s + P::kPlan[c].a), k.a[c]);
-                if (P::kPlan[c].bTwo) v = _mm_or_si128(v, _mm_shuffle_epi8(Load(s + P::kPlan[c].b), k.b[c]));
+                __m128i v = Gather(s, k, c);
                 if constexpr (M::kKeep) v = _mm_or_si128(v, _mm_and_si128(Load(d + 16 * c), k.keep[c]));
                 Store<kStream>(d + 16 * c, v);
             }
@@ -65,6 +73,36 @@ struct KGather {
         const W wr;
         ConvertGroups(rd, wr, steps * 16 / R::kPixels, dwWidth / R::kPixels, pS, pD);
         if constexpr (kCut) ConvertCutGroup(rd, wr, dwWidth, pS, pD);
+    }
+};
+
+// 16 pixels per step set out by MGreyPairs, weighted by two byte-pair multiply-adds per 8 pixels:
+// 18 B + 110 G and 54 R + 73 G, each at most 32640, so neither saturates and their sum plus 128 fits 16
+// bits unsigned. The rest of the line by the scalar member.
+template <TOrder O, int kPixelBytes, class R>
+struct KGrey {
+    using P = TGatherPlan<MGreyPairs<O, kPixelBytes>, 16>;
+    uint32_t dwWidth;
+
+    template <bool kStream>
+    KAIP_SSSE3 void Line(const uint8_t* pS, uint8_t* pD) const
+    {
+        static const TControls<P> k;
+        const __m128i wBG = _mm_set1_epi16(110 << 8 | 18), wRG = _mm_set1_epi16(73 << 8 | 54);
+        const __m128i c128 = _mm_set1_epi16(128);
+        const uint32_t steps = dwWidth / 16;
+        const uint8_t* s = pS;
+        for (uint32_t i = 0; i < steps; ++i, s += P::kInBytes) {
+            __m128i g[2];
+            for (int h = 0; h < 2; ++h) {
+                const __m128i sum =
+                    _mm_add_epi16(_mm_maddubs_epi16(Gather(s, k, h), wBG), _mm_maddubs_epi16(Gather(s, k, h + 2), wRG));
+                g[h] = _mm_srli_epi16(_mm_add_epi16(sum, c128), 8);
+            }
+            Store<kStream>(pD + 16 * i, _mm_packus_epi16(g[0], g[1]));
+        }
+        R rd;
+        ConvertGroups(rd, WMono8{}, steps * 16, dwWidth, pS, pD);
     }
 };
 
@@ -77,5 +115,13 @@ int Run(KAIP_LINE_PARAMS, bool bReverseLines)
 }  // namespace
 
 KAIP_BYTE_MAP_CONVERTERS(KAIP_DEFINE_BYTE_MAP_CONVERTER)
+
+#define KAIP_DEFINE_GREY_CONVERTER(name, O, kPixelBytes, R)                              \
+    int name(KAIP_LINE_PARAMS, bool bReverseLines)                                       \
+    {                                                                                    \
+        return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
+                        KGrey<O, kPixelBytes, R>{dwWidth});                              \
+    }
+KAIP_GREY_CONVERTERS(KAIP_DEFINE_GREY_CONVERTER)
 
 }  // namespace convert::ssse3
