@@ -203,12 +203,12 @@ struct TGradientsColour {
 // The interior in strips of kStrip columns, each run from the top line to the bottom one:
 // every source line is widened once and its gradient planes taken once; lanes of type T,
 // built for AVX2 if bAvx2; the strip's lines and planes in pBuffer (zeroed once, so the
-// vector blocks past a strip's end read defined values). The vector estimator (if any)
-// replaces the per-pixel loop; the vector writer (if any) writes whole blocks of each line's
-// stretch, the scalar one what it leaves.
+// vector blocks past a strip's end read defined values). The vector stages (if any) replace
+// the loops over planes and estimates; the vector writer (if any) writes whole blocks of each
+// line's stretch, the scalar one what it leaves.
 template <unsigned Bits, uint32_t DstBytes, class T>
-void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32_t h, bool bAvx2,
-                  TGradientsEstimator estimator, TGradientsWriter writer, void* pBuffer)
+void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32_t h, bool bAvx2, TGradientsVector vec,
+                  TGradientsWriter writer, void* pBuffer)
 {
     using TColour = TGradientsColour<Bits, DstBytes>;
     const TColour k{lut};
@@ -224,14 +224,20 @@ void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint3
             const uint32_t y = r - 2;
             const bool bRedLine = IsRedLine(y, p.bShiftLine);
             const int greenParity = bRedLine == p.bShiftColumn ? 0 : 1;  // strips start at even columns
-            AnyAvx2(bAvx2, [&] {
-                PlanesHalf<0>(strip, y, n);
-                PlanesHalf<1>(strip, y, n);
+            [&] {
                 if constexpr (std::is_same_v<T, int16_t>) {
-                    if (y >= 2 && estimator) return estimator(strip, y, n, greenParity, first, second);
+                    if (vec.planes) {
+                        vec.planes(strip, y, n);
+                        if (y >= 2) vec.estimates(strip, y, n, greenParity, first, second);
+                        return;
+                    }
                 }
-                if (y >= 2) LineEstimates<Bits>(strip, y, n, greenParity, first, second);
-            });
+                AnyAvx2(bAvx2, [&] {
+                    PlanesHalf<0>(strip, y, n);
+                    PlanesHalf<1>(strip, y, n);
+                    if (y >= 2) LineEstimates<Bits>(strip, y, n, greenParity, first, second);
+                });
+            }();
             if (y < 2) continue;
             const auto line = bRedLine ? lines.red : lines.blue;
             const uint8_t* pCur = p.pSrc + size_t(y) * p.dwSrcLineIncrement;
@@ -264,11 +270,11 @@ KaipStatus BdVariableGradients(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDst
         if (!pBuffer) return Refuse(KASTATUS_KAIP_MEMORY_ALLOC_FAILED, "%s: no memory for the strip lines", pszFunc);
         const TBayerPlanes planes = JobPlanes(job);
         const TGradientsWriter writer = GradientsWriter_intr(job.dwBits, dwDstBytes, hLut == nullptr);
-        const TGradientsEstimator estimator = GradientsEstimator_intr();
+        const TGradientsVector vec = GradientsVector_intr();
         WithDepth(job.dwBits, [&](auto bits) {
             WithPixelBytes(dwDstBytes, [&](auto bytes) {
                 using T = std::conditional_t<bits == 8, int16_t, int32_t>;
-                RunGradients<bits, bytes, T>(planes, lut, w, h, g_SSEChecker.UseAVX2(), estimator, writer, pBuffer);
+                RunGradients<bits, bytes, T>(planes, lut, w, h, g_SSEChecker.UseAVX2(), vec, writer, pBuffer);
             });
         });
         oxOsBufferFree(pBuffer);

@@ -16,12 +16,12 @@ TGradientsWriter GradientsWriter_avx2(uint32_t dwBits, uint32_t dwDstBytes, bool
 #endif
 }
 
-// Runs only behind g_SSEChecker.UseAVX2() (see GradientsEstimator_intr).
-TGradientsEstimator GradientsEstimator_avx2()
+// Runs only behind g_SSEChecker.UseAVX2() (see GradientsVector_intr).
+TGradientsVector GradientsVector_avx2()
 {
 #if defined(__AVX2__)
-    return EstimateLine<W256>;
+    return {TakePlanes<W256>, EstimateLine<W256>};
 #else
-    return nullptr;
+    return {nullptr, nullptr};
 #endif
 }

@@ -167,6 +167,7 @@ struct W128 {
     }
     static T MulLo(T a, T b) { return _mm_mullo_epi16(a, b); }
     static T MulHiU(T a, T b) { return _mm_mulhi_epu16(a, b); }
+    static T AbsDiff(T a, T b) { return _mm_sub_epi16(_mm_max_epi16(a, b), _mm_min_epi16(a, b)); }
 };
 
 #if defined(__AVX2__)
@@ -195,8 +196,70 @@ struct W256 {
     }
     static T MulLo(T a, T b) { return _mm256_mullo_epi16(a, b); }
     static T MulHiU(T a, T b) { return _mm256_mulhi_epu16(a, b); }
+    static T AbsDiff(T a, T b) { return _mm256_sub_epi16(_mm256_max_epi16(a, b), _mm256_min_epi16(a, b)); }
 };
 #endif
+
+// The differences of lines y .. y+2 (a, b, c) at column i, each taken once:
+//   v2 = |a(i) - c(i)|, hb = |b(i-1) - b(i+1)|, r2 = |a(i+1) - c(i-1)|, f2 = |a(i-1) - c(i+1)|,
+// and of the line pair (r, r+1) in slot r & 1: r1 = |w(r, i) - w(r+1, i-1)|, f1 = |w(r, i) -
+// w(r+1, i+1)|; line y takes the pair (y+1, y+2), the strip's first line also the pair (0, 1).
+template <class W, int H>
+void TakeOnce(TStrip<int16_t>& s, uint32_t y, int32_t end)
+{
+    using T = typename W::T;
+    const TRow<int16_t>&a = s.src[y & 7], &b = s.src[(y + 1) & 7], &c = s.src[(y + 2) & 7];
+    auto& o = s.once;
+    TRow<int16_t>&r1 = o.r1[(y + 1) & 1], &f1 = o.f1[(y + 1) & 1];
+    for (int32_t k = 1; k < end; k += W::N) {
+        auto at = [&](const TRow<int16_t>& row, int dx) { return W::Load(&At<H>(row, k, dx)); };
+        auto put = [&](TRow<int16_t>& row, T v) { W::Store(&row[H][k], v); };
+        const T a0 = at(a, 0), b0 = at(b, 0), cl = at(c, -1), cr = at(c, 1);
+        put(o.v2, W::AbsDiff(a0, at(c, 0)));
+        put(o.hb, W::AbsDiff(at(b, -1), at(b, 1)));
+        put(o.r2, W::AbsDiff(at(a, 1), cl));
+        put(o.f2, W::AbsDiff(at(a, -1), cr));
+        put(r1, W::AbsDiff(b0, cl));
+        put(f1, W::AbsDiff(b0, cr));
+        if (y == 0) {
+            put(o.r1[0], W::AbsDiff(a0, at(b, -1)));
+            put(o.f1[0], W::AbsDiff(a0, at(b, 1)));
+        }
+    }
+}
+
+// The planes of slot y (see TStrip) as sums of the differences taken once.
+template <class W, int H>
+void AddPlanes(TStrip<int16_t>& s, uint32_t y, int32_t end)
+{
+    using T = typename W::T;
+    const auto& o = s.once;
+    const uint32_t slot = y & 3;
+    const TRow<int16_t>&r1 = o.r1[y & 1], &r1Next = o.r1[(y + 1) & 1];
+    const TRow<int16_t>&f1 = o.f1[y & 1], &f1Next = o.f1[(y + 1) & 1];
+    for (int32_t k = 1; k < end; k += W::N) {
+        auto at = [&](const TRow<int16_t>& row, int dx) { return W::Load(&At<H>(row, k, dx)); };
+        auto put = [&](TRow<int16_t>(&plane)[4], T v) { W::Store(&plane[slot][H][k], v); };
+        const T v = at(o.v2, 0), r = at(o.r2, 0), f = at(o.f2, 0);
+        put(s.tv, W::Add(W::Add(v, v), W::Add(at(o.v2, -1), at(o.v2, 1))));
+        put(s.hv, W::Add(at(o.hb, 0), at(o.hb, 1)));
+        put(s.da, W::Add(W::Add(r, r), W::Add(at(r1, 0), at(r1Next, 1))));
+        put(s.dm, W::Add(W::Add(f, f), W::Add(at(f1Next, -1), at(f1, 0))));
+        put(s.a2, W::Add(at(o.r2, -1), r));
+        put(s.m2, W::Add(at(o.f2, 1), at(o.f2, 2)));
+    }
+}
+
+// The planes of slot y over columns 2 .. n+4 of each half, like PlanesHalf.
+template <class W>
+void TakePlanes(TStrip<int16_t>& s, uint32_t y, uint32_t n)
+{
+    const int32_t end = int32_t(n + 6) / 2 + 1;  // AddPlanes reads one entry further
+    TakeOnce<W, 0>(s, y, end);
+    TakeOnce<W, 1>(s, y, end);
+    AddPlanes<W, 0>(s, y, int32_t(n + 6) / 2);
+    AddPlanes<W, 1>(s, y, int32_t(n + 5) / 2);
+}
 
 // What one direction adds to the two sums when it is chosen: 4 c + (colour - first colour),
 // in quarters, for the first and the second estimate. The sums over the chosen directions are

@@ -37,11 +37,15 @@ using TRow = T[2][kHalf];
 //   a2  rising pairs from line r: |w(r, i) - w(r+2, i-2)| + |w(r, i+1) - w(r+2, i-1)|
 //   m2  falling pairs from line r: |w(r, i) - w(r+2, i+2)| + |w(r, i+1) - w(r+2, i+3)|
 // Around line y the north gradient is tv(y-2) + tv(y-1), the west one hv(y-1) + 2 hv(y) +
-// hv(y+1) at the column left of the pixel, and so on (see Gradients).
+// hv(y+1) at the column left of the pixel, and so on (see Gradients). The vector planes take
+// each difference once into the rows of `once` (see TakePlanes) and add them up.
 template <class T>
 struct TStrip {
     TRow<T> src[8];
     TRow<T> tv[4], hv[4], da[4], dm[4], a2[4], m2[4];
+    struct {
+        TRow<T> v2, hb, r2, f2, r1[2], f1[2];
+    } once;
 };
 
 // The value at column offset dx from column 2k + H of a split row (the offset's half and index).
@@ -82,12 +86,17 @@ TGradientsWriter GradientsWriter_intr(uint32_t dwBits, uint32_t dwDstBytes, bool
 TGradientsWriter GradientsWriter_ssse3(uint32_t dwBits, uint32_t dwDstBytes, bool bIdentity);
 TGradientsWriter GradientsWriter_avx2(uint32_t dwBits, uint32_t dwDstBytes, bool bIdentity);
 
-// The estimates of both parities of line y of a strip of n columns of 8-bit samples (whose
-// planes of lines y-2 .. y are taken), green columns of parity greenParity: the same values as
-// the per-pixel loop, whole blocks of lanes (the spare entries past n hold garbage).
-using TGradientsEstimator = void (*)(const TStrip<int16_t>& s, uint32_t y, uint32_t n, int greenParity,
-                                     TEstimates& first, TEstimates& second);
+// The vector stages of 8-bit strips (16-bit lanes): the planes of slot y from lines y .. y+2 of
+// a strip of n columns, and the estimates of both parities of line y (whose planes of lines
+// y-2 .. y are taken), green columns of parity greenParity. The same values as the per-pixel
+// loops, in whole blocks of lanes (the spare entries past n hold garbage).
+struct TGradientsVector {
+    void (*planes)(TStrip<int16_t>& s, uint32_t y, uint32_t n);
+    void (*estimates)(const TStrip<int16_t>& s, uint32_t y, uint32_t n, int greenParity, TEstimates& first,
+                      TEstimates& second);
+};
 
-// The estimator of the widest vector set the switches allow, or null; its AVX2 copy.
-TGradientsEstimator GradientsEstimator_intr();
-TGradientsEstimator GradientsEstimator_avx2();
+// The stages of the widest vector set the switches allow (null members without one); the
+// AVX2 copy.
+TGradientsVector GradientsVector_intr();
+TGradientsVector GradientsVector_avx2();

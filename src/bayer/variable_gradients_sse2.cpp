@@ -18,11 +18,11 @@ TGradientsWriter GradientsWriter_intr(uint32_t dwBits, uint32_t dwDstBytes, bool
     return nullptr;
 }
 
-TGradientsEstimator GradientsEstimator_intr()
+TGradientsVector GradientsVector_intr()
 {
 #if defined(__SSE2__)
-    if (g_SSEChecker.UseAVX2()) return GradientsEstimator_avx2();
-    if (g_SSEChecker.m_bUseSSE2) return EstimateLine<W128>;
+    if (g_SSEChecker.UseAVX2()) return GradientsVector_avx2();
+    if (g_SSEChecker.m_bUseSSE2) return {TakePlanes<W128>, EstimateLine<W128>};
 #endif
-    return nullptr;
+    return {nullptr, nullptr};
 }
