@@ -261,20 +261,20 @@ void AddImageCases(std::vector<Case>& cases)
                  return status;
              }});
         // A misfit destination is rebuilt with the option: the source's size (turned for the quarter turn),
-        // the function's format and the options' alignment as flags (line reversal then flips the order).
+        // the function's format and the options' alignment and line order as flags (line reversal then
+        // marks it bottom-up too, the source being top-down).
         cases.push_back({std::string(f.name) + "_MisfitRebuilt", 0, [f] {
                              Images images(f.srcFormat, f.dstFormat);
                              KaipImgInfo dst{};
                              KaipInitImgInfo(&dst, 2, 1, KaipPixelFormat_Mono16, 0);
                              KaipAllocateImageData(&dst);
                              const KaipStatus status =
-                                 f.call(&images.src.info, &dst, KaipOption_ReallocateDst | KaipImgFlag_Align16);
+                                 f.call(&images.src.info, &dst,
+                                        KaipOption_ReallocateDst | KaipImgFlag_Align16 | KaipImgFlag_BottomUp);
                              const uint32_t w = f.rotated ? kH : kW, h = f.rotated ? kW : kH;
-                             const uint32_t flipped =
-                                 std::strncmp(f.name, "KaipReverseLines", 16) ? 0 : KaipImgFlag_BottomUp;
                              if (dst.Width != w || dst.Height != h || dst.PixelFormat != f.dstFormat ||
                                  dst.LineIncrement != (w * Bytes(f.dstFormat) + 15) / 16 * 16 ||
-                                 dst.Flags != (KaipImgFlag_Align16 | KaipImgFlag_DataAllocated | flipped))
+                                 dst.Flags != (KaipImgFlag_Align16 | KaipImgFlag_DataAllocated | KaipImgFlag_BottomUp))
                                  ADD_FAILURE() << "rebuilt as " << dst.Width << "x" << dst.Height << " format 0x"
                                                << std::hex << dst.PixelFormat << " line " << std::dec
                                                << dst.LineIncrement << " flags 0x" << std::hex << dst.Flags;
