@@ -21,6 +21,15 @@ namespace {
 // lanes a + b * 65536) within each 128-bit part, Narrow packs two such halves back in order
 // (saturating), Madd sums the products of lane pairs, ToFloat and Trunc convert 32-bit lanes
 // to float and back (truncating). One definition for both register widths.
+#if defined(__SSSE3__)
+#define KAIP_GROUPING_ABS(P)     \
+    static R Abs(R v)            \
+    {                            \
+        return P##_abs_epi16(v); \
+    }
+#else
+#define KAIP_GROUPING_ABS(P)
+#endif
 #define KAIP_GROUPING_WIDE(Name, R_, F_, P, IN_ORDER)                   \
     struct Name {                                                       \
         using R = R_;                                                   \
@@ -32,6 +41,7 @@ namespace {
         static F_ ToFloat(R v) { return P##_cvtepi32_ps(v); }           \
         static R Trunc(F_ v) { return P##_cvttps_epi32(v); }            \
         static int MoveMask(R v) { return P##_movemask_epi8(v); }       \
+        KAIP_GROUPING_ABS(P)                                            \
         static R NarrowInOrder(R lo, R hi)                              \
         {                                                               \
             const R v = P##_packs_epi32(lo, hi);                        \
@@ -44,6 +54,7 @@ KAIP_GROUPING_WIDE(TWide128, __m128i, __m128, _mm, v)
 KAIP_GROUPING_WIDE(TWide256, __m256i, __m256, _mm256, _mm256_permute4x64_epi64(v, 0xD8))
 #endif
 #undef KAIP_GROUPING_WIDE
+#undef KAIP_GROUPING_ABS
 
 // 16-bit lanes in registers of Wide (32-bit lanes and floats for the divisions), written in the
 // compiler's vector notation, which builds for the instruction set of the including file.
@@ -93,9 +104,24 @@ struct TLanes {
     static T Hi(T a, T b) { return T(Wide::Hi(R(a), R(b))); }
     static T Narrow(T lo, T hi) { return T(Wide::Narrow(R(lo), R(hi))); }
     static T NarrowInOrder(T lo, T hi) { return T(Wide::NarrowInOrder(R(lo), R(hi))); }
-    static T Madd(T a, T b) { return T(Wide::Madd(R(a), R(b))); }
-    static T Add32(T a, T b) { return T(Wide::Add32(R(a), R(b))); }
-    static T Sub32(T a, T b) { return T(UI(a) - UI(b)); }
+#if defined(__SSSE3__)
+    static T Abs(T v)
+    {
+        return T(Wide::Abs(R(v)));
+    }
+#endif
+    static T Madd(T a, T b)
+    {
+        return T(Wide::Madd(R(a), R(b)));
+    }
+    static T Add32(T a, T b)
+    {
+        return T(Wide::Add32(R(a), R(b)));
+    }
+    static T Sub32(T a, T b)
+    {
+        return T(UI(a) - UI(b));
+    }
     template <int S>
     static T Srl32(T a)
     {
@@ -106,18 +132,54 @@ struct TLanes {
     {
         return T(UI(a) << S);
     }
-    static T Set32(int32_t v) { return T(I{} + v); }
-    static T Gt32(T a, T b) { return T(I(a) > I(b)); }
-    static T Max32(T a, T b) { return T(I(a) > I(b) ? I(a) : I(b)); }
-    static T Min32(T a, T b) { return T(I(a) < I(b) ? I(a) : I(b)); }
-    static F ToFloat(T v) { return F(Wide::ToFloat(R(v))); }
-    static T Trunc(F v) { return T(Wide::Trunc(v)); }
-    static F SetF(float v) { return F{} + v; }
-    static F AddF(F a, F b) { return a + b; }
-    static F MulF(F a, F b) { return a * b; }
-    static F DivF(F a, F b) { return a / b; }
-    static F MaxF(F a, F b) { return a > b ? a : b; }
-    static F MinF(F a, F b) { return a < b ? a : b; }
+    static T Set32(int32_t v)
+    {
+        return T(I{} + v);
+    }
+    static T Gt32(T a, T b)
+    {
+        return T(I(a) > I(b));
+    }
+    static T Max32(T a, T b)
+    {
+        return T(I(a) > I(b) ? I(a) : I(b));
+    }
+    static T Min32(T a, T b)
+    {
+        return T(I(a) < I(b) ? I(a) : I(b));
+    }
+    static F ToFloat(T v)
+    {
+        return F(Wide::ToFloat(R(v)));
+    }
+    static T Trunc(F v)
+    {
+        return T(Wide::Trunc(v));
+    }
+    static F SetF(float v)
+    {
+        return F{} + v;
+    }
+    static F AddF(F a, F b)
+    {
+        return a + b;
+    }
+    static F MulF(F a, F b)
+    {
+        return a * b;
+    }
+    static F DivF(F a, F b)
+    {
+        return a / b;
+    }
+    static F MaxF(F a, F b)
+    {
+        return a > b ? a : b;
+    }
+    static F MinF(F a, F b)
+    {
+        return a < b ? a : b;
+    }
 };
 
 template <class V, unsigned Bits>
@@ -126,7 +188,15 @@ struct TGroupingVector {
     using T = typename V::T;
     using F = typename V::F;
 
-    static T AbsDiff(T a, T b) { return V::Sub(V::Max(a, b), V::Min(a, b)); }
+    // |a - b| (the values are at most 2^15 apart): SSSE3's pabsw where the set has it.
+    static T AbsDiff(T a, T b)
+    {
+#if defined(__SSSE3__)
+        return V::Abs(V::Sub(a, b));
+#else
+        return V::Sub(V::Max(a, b), V::Min(a, b));
+#endif
+    }
 
     // Truncated quotients of 32-bit numerators (two halves) by 16-bit divisors. Float division
     // truncates to the exact quotient where the numerator is below 2^24 and the quotient below
@@ -309,8 +379,9 @@ __m128i PixelBytes(const int16_t* const* pPlanes, uint32_t k)
 // are; three-byte pixels are squeezed two per 64-bit half, each half stored as 8 bytes of
 // which the next store overwrites the 2 beyond its 6 (the last two land in the next pixel).
 template <int Shift>
-uint32_t StoreIdentity(const TColourPlanes& c, uint32_t x0, uint32_t x1, uint32_t dwDstBytes, uint8_t* pOut)
+uint32_t StoreIdentity(const TColourPlanes& planes, uint32_t x0, uint32_t x1, uint32_t dwDstBytes, uint8_t* pOut)
 {
+    const TColourPlanes c = planes;  // a local copy: the byte stores cannot alias it
     uint32_t x = x0;
     for (; x + 16 < x1; x += 16) {
         const __m128i b = PixelBytes<Shift>(c.b, x / 2), g = PixelBytes<Shift>(c.g, x / 2);
@@ -340,8 +411,9 @@ uint32_t StoreIdentity(const TColourPlanes& c, uint32_t x0, uint32_t x1, uint32_
 // beyond the block), then blocks of 16. Packing the two parity planes puts, in each 128-bit half,
 // eight even pixels before eight odd ones; a byte shuffle interleaves them.
 template <int Shift>
-uint32_t StoreIdentityWide(const TColourPlanes& c, uint32_t x0, uint32_t x1, uint32_t dwDstBytes, uint8_t* pOut)
+uint32_t StoreIdentityWide(const TColourPlanes& planes, uint32_t x0, uint32_t x1, uint32_t dwDstBytes, uint8_t* pOut)
 {
+    const TColourPlanes c = planes;  // a local copy: the byte stores cannot alias it
     const __m256i order =
         _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
     auto bytes = [&](const int16_t* const* pPlanes, uint32_t k) {
