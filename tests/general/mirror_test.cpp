@@ -232,48 +232,32 @@ TEST(ReverseLines, MoveLinesAndFlipTheFlag)
     EXPECT_EQ(packed->info.Flags, 0u);
 }
 
-TEST(ReverseLinesFast, FailedScratchAllocationChangesNothing)
-{
-    auto src = RandomImage(4, 3, {KaipPixelFormat_Mono8, 1}, 0, 0, 3);
-    const auto before = Bytes(src->info);
-    oxOsBufferFailAfter(0);
-    const KaipStatus status = KaipReverseLinesFast(&src->info, nullptr, nullptr, 0);
-    oxOsBufferFailAfter(-1);
-    EXPECT_EQ(status, KASTATUS_KAIP_MEMORY_ALLOC_FAILED);
-    EXPECT_EQ(Bytes(src->info), before);
-    EXPECT_EQ(src->info.Flags, 0u);
-
-    // With a caller's line no allocation is needed.
-    uint8_t line[4];
-    oxOsBufferFailAfter(0);
-    EXPECT_EQ(KaipReverseLinesFast(&src->info, nullptr, line, 0), 0);
-    oxOsBufferFailAfter(-1);
-    EXPECT_EQ(src->info.Flags, KaipImgFlag_BottomUp);
-}
-
-TEST(ReverseLinesFast, Refusals)
+// The fast reversal's refusals; a failed scratch allocation changes nothing, a caller's line needs none; the
+// log lines carry the function names (the plain reversal's refusal is the mirror's).
+TEST(ReverseLinesFast, RefusalsAndFailedScratchAllocation)
 {
     auto src = RandomImage(4, 3, {KaipPixelFormat_Mono8, 1}, 0, 0, 3);
     auto mono16 = RandomImage(4, 3, {KaipPixelFormat_Mono16, 2}, 0, 0, 3);
     auto rgb16 = RandomImage(4, 3, {KaipPixelFormat_RGB16Packed, 6}, 0, 0, 3);
+    auto bottomUp = RandomImage(4, 3, {KaipPixelFormat_Mono8, 1}, 0, KaipImgFlag_BottomUp, 2);
     EXPECT_EQ(KaipReverseLinesFast(&rgb16->info, nullptr, nullptr, 0), 100013);
     EXPECT_EQ(KaipReverseLinesFast(&src->info, &mono16->info, nullptr, 0), 100023);
-}
-
-TEST(Mirror, LogLinesCarryTheirFunctionNames)
-{
-    auto src = RandomImage(4, 3, {KaipPixelFormat_Mono8, 1}, 0, 0, 1);
-    auto dst = RandomImage(4, 3, {KaipPixelFormat_Mono8, 1}, 0, KaipImgFlag_BottomUp, 2);
+    const auto before = Bytes(src->info);
     LogCapture log;
-    KaipReverseLines(&src->info, &dst->info, 0);
+    EXPECT_EQ(KaipReverseLines(&src->info, &bottomUp->info, 0), KASTATUS_KAIP_INCOMPATIBLE_FLAGS);
     oxOsBufferFailAfter(0);
-    KaipReverseLinesFast(&src->info, nullptr, nullptr, 0);
+    EXPECT_EQ(KaipReverseLinesFast(&src->info, nullptr, nullptr, 0), KASTATUS_KAIP_MEMORY_ALLOC_FAILED);
+    uint8_t line[4];
+    const KaipStatus withLine = KaipReverseLinesFast(&src->info, nullptr, line, 0);
     oxOsBufferFailAfter(-1);
-    const std::vector<std::string> expected = {
-        "Mirror: Src and Dst images differ in flags and KaipOption_ReallocateDst flag is not present.",
-        "Mirror    Src Flags=0x0, Dst Flags=0x2, ChkFlagsMustBeEqual=0x3",
-        "KaipReverseLinesFast: memory allocation of 4 bytes failed!"};
-    EXPECT_EQ(log.Lines(), expected);
+    EXPECT_EQ(log.Lines(), std::vector<std::string>(
+                               {"Mirror: Src and Dst images differ in flags and KaipOption_ReallocateDst flag is not "
+                                "present.",
+                                "Mirror    Src Flags=0x0, Dst Flags=0x2, ChkFlagsMustBeEqual=0x3",
+                                "KaipReverseLinesFast: memory allocation of 4 bytes failed!"}));
+    EXPECT_EQ(withLine, 0);
+    EXPECT_EQ(src->info.Flags, KaipImgFlag_BottomUp);  // toggled once, by the call with a line
+    EXPECT_EQ(Bytes(src->info)[0], before[8]);
 }
 
 }  // namespace
