@@ -132,35 +132,69 @@ struct KGather {
     }
 };
 
-// 32 pixels per step set out by MGreyPairs over the Covered pixels, weighted as the SSSE3 build does: each
-// vector of the plan holds the (B, G) or the (R, G) pairs of 16 pixels in order. The rest of the line by the
-// scalar member.
-template <TOrder O, int kPixelBytes, class R>
-struct KGrey {
-    using P = TGatherPlan<MGreyPairs<O, kPixelBytes>, 32>;
+// The greys of 32 pixels from the (B, G) and (R, G) pairs of pixels 0-15 and 16-31, weighted as the SSSE3
+// build does.
+struct FGrey {
+    static constexpr uint32_t kOutBytes = 32;
+    KAIP_AVX2 static __m256i Grey(__m256i bg, __m256i rg)
+    {
+        const __m256i sum = _mm256_add_epi16(_mm256_maddubs_epi16(bg, _mm256_set1_epi16(110 << 8 | 18)),
+                                             _mm256_maddubs_epi16(rg, _mm256_set1_epi16(73 << 8 | 54)));
+        return _mm256_srli_epi16(_mm256_add_epi16(sum, _mm256_set1_epi16(128)), 8);
+    }
+    template <bool kStream>
+    KAIP_AVX2 static void Put(uint8_t* d, __m256i bg0, __m256i rg0, __m256i bg1, __m256i rg1)
+    {
+        // The pack works per lane; the permutation puts its four quarters back in pixel order.
+        Store<kStream>(d, _mm256_permute4x64_epi64(_mm256_packus_epi16(Grey(bg0, rg0), Grey(bg1, rg1)), 0xD8));
+    }
+};
+
+// The 15-bit (k565 false) or 16-bit words of 32 pixels from their pairs, as the SSSE3 build packs them.
+template <bool k565>
+struct FPack {
+    static constexpr uint32_t kOutBytes = 64;
+    template <int kByte, int kBits, int kAt>
+    KAIP_AVX2 static __m256i Field(__m256i v)
+    {
+        constexpr int kShift = FieldShift(kByte, kBits, kAt);
+        const __m256i x = kShift > 0 ? _mm256_srli_epi16(v, kShift) : _mm256_slli_epi16(v, -kShift);
+        return _mm256_and_si256(x, _mm256_set1_epi16(int16_t(((1 << kBits) - 1) << kAt)));
+    }
+    KAIP_AVX2 static __m256i Pack(__m256i bg, __m256i rg)
+    {
+        return _mm256_or_si256(_mm256_or_si256(Field < 0, 5, k565 ? 11 : 10 > (rg), Field < 1, k565 ? 6 : 5, 5 > (bg)),
+                               Field<0, 5, 0>(bg));
+    }
+    template <bool kStream>
+    KAIP_AVX2 static void Put(uint8_t* d, __m256i bg0, __m256i rg0, __m256i bg1, __m256i rg1)
+    {
+        Store<kStream>(d, Pack(bg0, rg0));
+        Store<kStream>(d + 32, Pack(bg1, rg1));
+    }
+};
+
+// 32 pixels per step set out by MChannelPairs over the Covered pixels and finished by F: each vector of the
+// plan holds the (B, G) or the (R, G) pairs of 16 pixels in order. The rest of the line by the scalar
+// member's reader R and writer W.
+template <TOrder O, int kPixelBytes, class R, class W, class F>
+struct KPairs {
+    using P = TGatherPlan<MChannelPairs<O, kPixelBytes>, 32>;
     uint32_t dwWidth;
 
     template <bool kStream>
     KAIP_AVX2 void Line(const uint8_t* pS, uint8_t* pD) const
     {
         static const TControls<P> k;
-        const __m256i wBG = _mm256_set1_epi16(110 << 8 | 18), wRG = _mm256_set1_epi16(73 << 8 | 54);
-        const __m256i c128 = _mm256_set1_epi16(128);
         const uint32_t covered = Covered(dwWidth);
         for (uint32_t x = 0; x < covered; x += 32) {
             const uint32_t at = StepAt(x, covered);
             const uint8_t* s = pS + at * kPixelBytes;
-            __m256i g[2];
-            for (int h = 0; h < 2; ++h) {
-                const __m256i sum = _mm256_add_epi16(_mm256_maddubs_epi16(Gather(s, k, 2 * h), wBG),
-                                                     _mm256_maddubs_epi16(Gather(s, k, 2 * h + 1), wRG));
-                g[h] = _mm256_srli_epi16(_mm256_add_epi16(sum, c128), 8);
-            }
-            // The pack works per lane; the permutation puts its four quarters back in pixel order.
-            Store<kStream>(pD + at, _mm256_permute4x64_epi64(_mm256_packus_epi16(g[0], g[1]), 0xD8));
+            F::template Put<kStream>(pD + at * W::kBytes, Gather(s, k, 0), Gather(s, k, 1), Gather(s, k, 2),
+                                     Gather(s, k, 3));
         }
         R rd;
-        ConvertGroups(rd, WMono8{}, covered, dwWidth, pS, pD);
+        ConvertGroups(rd, W{}, covered, dwWidth, pS, pD);
     }
 };
 
@@ -296,13 +330,13 @@ int Run(KAIP_LINE_PARAMS, bool bReverseLines)
 
 KAIP_BYTE_MAP_CONVERTERS(KAIP_DEFINE_BYTE_MAP_CONVERTER)
 
-#define KAIP_DEFINE_GREY_CONVERTER(name, O, kPixelBytes, R)                              \
+#define KAIP_DEFINE_PAIR_CONVERTER(name, O, kPixelBytes, R, W, ...)                      \
     int name(KAIP_LINE_PARAMS, bool bReverseLines)                                       \
     {                                                                                    \
         return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
-                        KGrey<O, kPixelBytes, R>{dwWidth});                              \
+                        KPairs<O, kPixelBytes, R, W, __VA_ARGS__>{dwWidth});             \
     }
-KAIP_GREY_CONVERTERS(KAIP_DEFINE_GREY_CONVERTER)
+KAIP_PAIR_CONVERTERS(KAIP_DEFINE_PAIR_CONVERTER)
 
 int CopyBitmapData(KAIP_LINE_PARAMS, bool bReverseLines)
 {

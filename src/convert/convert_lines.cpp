@@ -161,11 +161,13 @@ void Convert_RGB24_to_BGR15(KAIP_LINE_PARAMS, bool bReverseLines)
 
 void Convert_BGR32_to_BGR15(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_BGR32_to_BGR15_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR32{}, WBGR15{});
 }
 
 void Convert_RGB32_to_BGR15(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_RGB32_to_BGR15_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RRGB32{}, WBGR15{});
 }
 
@@ -198,11 +200,13 @@ void Convert_RGB24_to_BGR16(KAIP_LINE_PARAMS, bool bReverseLines)
 
 void Convert_BGR32_to_BGR16(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_BGR32_to_BGR16_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RBGR32{}, WBGR16{});
 }
 
 void Convert_RGB32_to_BGR16(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_RGB32_to_BGR16_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RRGB32{}, WBGR16{});
 }
 

@@ -157,11 +157,12 @@ struct MMipi10High : TByteMap<4, 5, 4> {
     static constexpr int Src(int n) { return n; }
 };
 
-// 16 pixels of 3 or 4 bytes in the order O set out for byte-pair multiply-adds: the (B, G) pairs of pixels
-// 0-7, of pixels 8-15, then their (R, G) pairs. The grey's 183 G is split 110 + 73 over the two, so that
-// neither pair sum passes 32767.
+// 16 pixels of 3 or 4 bytes in the order O set out as 16-bit lanes of two channels: the (B, G) pairs of
+// pixels 0-7, of pixels 8-15, then their (R, G) pairs. Grey weights them by byte-pair multiply-adds (the
+// 183 G split 110 + 73 over the two, so that neither pair sum passes 32767); 15/16-bit packing shifts and
+// masks them.
 template <TOrder O, int kPixelBytes>
-struct MGreyPairs : TByteMap<16, 16 * kPixelBytes, 64> {
+struct MChannelPairs : TByteMap<16, 16 * kPixelBytes, 64> {
     static constexpr int Src(int n)
     {
         const int part = n / 16, pixel = part % 2 * 8 + n % 16 / 2;
@@ -169,12 +170,28 @@ struct MGreyPairs : TByteMap<16, 16 * kPixelBytes, 64> {
     }
 };
 
-// The grey converters built on MGreyPairs for SSSE3 and AVX2: name, order, pixel bytes, scalar reader.
-#define KAIP_GREY_CONVERTERS(X)                \
-    X(Convert_BGR24_to_Mono8, kBGR, 3, RBGR24) \
-    X(Convert_RGB24_to_Mono8, kRGB, 3, RRGB24) \
-    X(Convert_BGR32_to_Mono8, kBGR, 4, RBGR32) \
-    X(Convert_RGB32_to_Mono8, kRGB, 4, RRGB32)
+// The converters built on MChannelPairs for SSSE3 and AVX2: name, order, pixel bytes, scalar reader and
+// writer, and what becomes of the pairs (F, defined in each file).
+#define KAIP_PAIR_CONVERTERS(X)                                      \
+    X(Convert_BGR24_to_Mono8, kBGR, 3, RBGR24, WMono8, FGrey)        \
+    X(Convert_RGB24_to_Mono8, kRGB, 3, RRGB24, WMono8, FGrey)        \
+    X(Convert_BGR32_to_Mono8, kBGR, 4, RBGR32, WMono8, FGrey)        \
+    X(Convert_RGB32_to_Mono8, kRGB, 4, RRGB32, WMono8, FGrey)        \
+    X(Convert_BGR24_to_BGR15, kBGR, 3, RBGR24, WBGR15, FPack<false>) \
+    X(Convert_RGB24_to_BGR15, kRGB, 3, RRGB24, WBGR15, FPack<false>) \
+    X(Convert_BGR32_to_BGR15, kBGR, 4, RBGR32, WBGR15, FPack<false>) \
+    X(Convert_RGB32_to_BGR15, kRGB, 4, RRGB32, WBGR15, FPack<false>) \
+    X(Convert_BGR24_to_BGR16, kBGR, 3, RBGR24, WBGR16, FPack<true>)  \
+    X(Convert_RGB24_to_BGR16, kRGB, 3, RRGB24, WBGR16, FPack<true>)  \
+    X(Convert_BGR32_to_BGR16, kBGR, 4, RBGR32, WBGR16, FPack<true>)  \
+    X(Convert_RGB32_to_BGR16, kRGB, 4, RRGB32, WBGR16, FPack<true>)
+
+// Bits [8 kByte + 8 - kBits, 8 kByte + 7] of a lane (the top kBits of its byte kByte) moved to start at bit
+// kAt: the shift, right when positive.
+constexpr int FieldShift(int kByte, int kBits, int kAt)
+{
+    return 8 * kByte + 8 - kBits - kAt;
+}
 
 // The sizes of one step of kStepPixels pixels of a map: whole units, whole 16-byte destination chunks.
 template <class M, uint32_t kStepPixels>

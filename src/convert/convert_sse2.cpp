@@ -346,6 +346,33 @@ struct SGrey32 {
     }
 };
 
+// 16 pixels of 4 bytes in the order O to 15-bit (k565 false) or 16-bit words, as Pack555 and Pack565 do:
+// each channel's top bits shifted into their field of the pixel's 32-bit lane, then the low words packed.
+template <bool k565, TOrder O>
+struct SBytes4ToShort {
+    static constexpr uint32_t kPixels = 16, kInBytes = 64, kOutBytes = 32;
+    template <int kByte, int kBits, int kAt>
+    static __m128i Field(__m128i v)
+    {
+        constexpr int kShift = FieldShift(kByte, kBits, kAt);
+        const __m128i x = kShift > 0 ? _mm_srli_epi32(v, kShift) : _mm_slli_epi32(v, -kShift);
+        return _mm_and_si128(x, _mm_set1_epi32(((1 << kBits) - 1) << kAt));
+    }
+    // Sign-extended from the low word, so the signed pack keeps the word as it is.
+    static __m128i Pack(__m128i v)
+    {
+        const __m128i w = _mm_or_si128(
+            _mm_or_si128(Field < O, 5, k565 ? 11 : 10 > (v), Field < 1, k565 ? 6 : 5, 5 > (v)), Field<2 - O, 5, 0>(v));
+        return _mm_srai_epi32(_mm_slli_epi32(w, 16), 16);
+    }
+    template <bool kStream>
+    void Run(const uint8_t* s, uint8_t* d) const
+    {
+        Store<kStream>(d, _mm_packs_epi32(Pack(Load(s)), Pack(Load(s + 16))));
+        Store<kStream>(d + 16, _mm_packs_epi32(Pack(Load(s + 32)), Pack(Load(s + 48))));
+    }
+};
+
 // 16 pixels of 3 bytes in the order O to 15-bit (k565 false) or 16-bit words, as Pack555 and Pack565 do.
 template <bool k565, TOrder O>
 struct SBytesToShort {
@@ -518,5 +545,9 @@ KAIP_SSE2_ENTRY(Convert_BGR24_to_BGR15, RBGR24, WBGR15, SBytesToShort<false, kBG
 KAIP_SSE2_ENTRY(Convert_RGB24_to_BGR15, RRGB24, WBGR15, SBytesToShort<false, kRGB>)
 KAIP_SSE2_ENTRY(Convert_BGR24_to_BGR16, RBGR24, WBGR16, SBytesToShort<true, kBGR>)
 KAIP_SSE2_ENTRY(Convert_RGB24_to_BGR16, RRGB24, WBGR16, SBytesToShort<true, kRGB>)
+KAIP_SSE2_ENTRY(Convert_BGR32_to_BGR15, RBGR32, WBGR15, SBytes4ToShort<false, kBGR>)
+KAIP_SSE2_ENTRY(Convert_RGB32_to_BGR15, RRGB32, WBGR15, SBytes4ToShort<false, kRGB>)
+KAIP_SSE2_ENTRY(Convert_BGR32_to_BGR16, RBGR32, WBGR16, SBytes4ToShort<true, kBGR>)
+KAIP_SSE2_ENTRY(Convert_RGB32_to_BGR16, RRGB32, WBGR16, SBytes4ToShort<true, kRGB>)
 
 }  // namespace convert::sse2

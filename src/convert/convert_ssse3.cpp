@@ -76,33 +76,66 @@ struct KGather {
     }
 };
 
-// 16 pixels per step set out by MGreyPairs, weighted by two byte-pair multiply-adds per 8 pixels:
-// 18 B + 110 G and 54 R + 73 G, each at most 32640, so neither saturates and their sum plus 128 fits 16
-// bits unsigned. The rest of the line by the scalar member.
-template <TOrder O, int kPixelBytes, class R>
-struct KGrey {
-    using P = TGatherPlan<MGreyPairs<O, kPixelBytes>, 16>;
+// The greys of 8 pixels from their (B, G) and (R, G) pairs: 18 B + 110 G and 54 R + 73 G, each at most
+// 32640, so neither multiply-add saturates and their sum plus 128 fits 16 bits unsigned.
+struct FGrey {
+    static constexpr uint32_t kOutBytes = 16;
+    KAIP_SSSE3 static __m128i Grey(__m128i bg, __m128i rg)
+    {
+        const __m128i sum = _mm_add_epi16(_mm_maddubs_epi16(bg, _mm_set1_epi16(110 << 8 | 18)),
+                                          _mm_maddubs_epi16(rg, _mm_set1_epi16(73 << 8 | 54)));
+        return _mm_srli_epi16(_mm_add_epi16(sum, _mm_set1_epi16(128)), 8);
+    }
+    template <bool kStream>
+    KAIP_SSSE3 static void Put(uint8_t* d, __m128i bg0, __m128i rg0, __m128i bg1, __m128i rg1)
+    {
+        Store<kStream>(d, _mm_packus_epi16(Grey(bg0, rg0), Grey(bg1, rg1)));
+    }
+};
+
+// The 15-bit (k565 false) or 16-bit words of 8 pixels from their (B, G) and (R, G) pairs, as Pack555 and
+// Pack565 do: each channel's top bits shifted into their field.
+template <bool k565>
+struct FPack {
+    static constexpr uint32_t kOutBytes = 32;
+    template <int kByte, int kBits, int kAt>
+    KAIP_SSSE3 static __m128i Field(__m128i v)
+    {
+        constexpr int kShift = FieldShift(kByte, kBits, kAt);
+        const __m128i x = kShift > 0 ? _mm_srli_epi16(v, kShift) : _mm_slli_epi16(v, -kShift);
+        return _mm_and_si128(x, _mm_set1_epi16(int16_t(((1 << kBits) - 1) << kAt)));
+    }
+    KAIP_SSSE3 static __m128i Pack(__m128i bg, __m128i rg)
+    {
+        return _mm_or_si128(_mm_or_si128(Field < 0, 5, k565 ? 11 : 10 > (rg), Field < 1, k565 ? 6 : 5, 5 > (bg)),
+                            Field<0, 5, 0>(bg));
+    }
+    template <bool kStream>
+    KAIP_SSSE3 static void Put(uint8_t* d, __m128i bg0, __m128i rg0, __m128i bg1, __m128i rg1)
+    {
+        Store<kStream>(d, Pack(bg0, rg0));
+        Store<kStream>(d + 16, Pack(bg1, rg1));
+    }
+};
+
+// 16 pixels per step set out by MChannelPairs and finished by F, then the rest of the line by the scalar
+// member's reader R and writer W.
+template <TOrder O, int kPixelBytes, class R, class W, class F>
+struct KPairs {
+    using P = TGatherPlan<MChannelPairs<O, kPixelBytes>, 16>;
     uint32_t dwWidth;
 
     template <bool kStream>
     KAIP_SSSE3 void Line(const uint8_t* pS, uint8_t* pD) const
     {
         static const TControls<P> k;
-        const __m128i wBG = _mm_set1_epi16(110 << 8 | 18), wRG = _mm_set1_epi16(73 << 8 | 54);
-        const __m128i c128 = _mm_set1_epi16(128);
         const uint32_t steps = dwWidth / 16;
         const uint8_t* s = pS;
-        for (uint32_t i = 0; i < steps; ++i, s += P::kInBytes) {
-            __m128i g[2];
-            for (int h = 0; h < 2; ++h) {
-                const __m128i sum =
-                    _mm_add_epi16(_mm_maddubs_epi16(Gather(s, k, h), wBG), _mm_maddubs_epi16(Gather(s, k, h + 2), wRG));
-                g[h] = _mm_srli_epi16(_mm_add_epi16(sum, c128), 8);
-            }
-            Store<kStream>(pD + 16 * i, _mm_packus_epi16(g[0], g[1]));
-        }
+        uint8_t* d = pD;
+        for (uint32_t i = 0; i < steps; ++i, s += P::kInBytes, d += F::kOutBytes)
+            F::template Put<kStream>(d, Gather(s, k, 0), Gather(s, k, 2), Gather(s, k, 1), Gather(s, k, 3));
         R rd;
-        ConvertGroups(rd, WMono8{}, steps * 16, dwWidth, pS, pD);
+        ConvertGroups(rd, W{}, steps * 16, dwWidth, pS, pD);
     }
 };
 
@@ -116,12 +149,12 @@ int Run(KAIP_LINE_PARAMS, bool bReverseLines)
 
 KAIP_BYTE_MAP_CONVERTERS(KAIP_DEFINE_BYTE_MAP_CONVERTER)
 
-#define KAIP_DEFINE_GREY_CONVERTER(name, O, kPixelBytes, R)                              \
+#define KAIP_DEFINE_PAIR_CONVERTER(name, O, kPixelBytes, R, W, ...)                      \
     int name(KAIP_LINE_PARAMS, bool bReverseLines)                                       \
     {                                                                                    \
         return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
-                        KGrey<O, kPixelBytes, R>{dwWidth});                              \
+                        KPairs<O, kPixelBytes, R, W, __VA_ARGS__>{dwWidth});             \
     }
-KAIP_GREY_CONVERTERS(KAIP_DEFINE_GREY_CONVERTER)
+KAIP_PAIR_CONVERTERS(KAIP_DEFINE_PAIR_CONVERTER)
 
 }  // namespace convert::ssse3
