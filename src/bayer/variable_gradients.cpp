@@ -218,7 +218,16 @@ void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint3
     for (uint32_t x0 = 2; x0 < w - 2; x0 += kStrip) {
         const uint32_t x1 = std::min(x0 + kStrip, w - 2), n = x1 - x0;
         for (uint32_t r = 0; r < h; ++r) {
-            WidenRow<Bits>(p.pSrc + size_t(r) * p.dwSrcLineIncrement, x0, n, strip.src[r & 7]);
+            const uint8_t* pLine = p.pSrc + size_t(r) * p.dwSrcLineIncrement;
+            if constexpr (std::is_same_v<T, int16_t>) {
+                if (vec.widen) {
+                    vec.widen(pLine, x0, n, strip.src[r & 7]);
+                } else {
+                    WidenRow<Bits>(pLine, x0, n, strip.src[r & 7]);
+                }
+            } else {
+                WidenRow<Bits>(pLine, x0, n, strip.src[r & 7]);
+            }
             if (r < 2) continue;
             // Line r completes the planes of slot r - 2 and, from line 4 on, the window of line r - 2.
             const uint32_t y = r - 2;

@@ -20,8 +20,8 @@ TGradientsWriter GradientsWriter_avx2(uint32_t dwBits, uint32_t dwDstBytes, bool
 TGradientsVector GradientsVector_avx2()
 {
 #if defined(__AVX2__)
-    return {TakePlanes<W256>, EstimateLine<W256>};
+    return {WidenBytes<W256>, TakePlanes<W256>, EstimateLine<W256>};
 #else
-    return {nullptr, nullptr};
+    return {nullptr, nullptr, nullptr};
 #endif
 }

@@ -146,6 +146,7 @@ struct W128 {
     using T = __m128i;
     static constexpr int32_t N = 8;
     static T Load(const int16_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+    static T LoadBytes(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
     static void Store(int16_t* p, T v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
     static T Set(int16_t v) { return _mm_set1_epi16(v); }
     static T Add(T a, T b) { return _mm_add_epi16(a, b); }
@@ -175,6 +176,7 @@ struct W256 {
     using T = __m256i;
     static constexpr int32_t N = 16;
     static T Load(const int16_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
+    static T LoadBytes(const uint8_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
     static void Store(int16_t* p, T v) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v); }
     static T Set(int16_t v) { return _mm256_set1_epi16(v); }
     static T Add(T a, T b) { return _mm256_add_epi16(a, b); }
@@ -199,6 +201,24 @@ struct W256 {
     static T AbsDiff(T a, T b) { return _mm256_sub_epi16(_mm256_max_epi16(a, b), _mm256_min_epi16(a, b)); }
 };
 #endif
+
+// A strip's source line split by column parity (like WidenRow): the bytes of even and odd
+// columns are the low and high bytes of the line's words. Loads stay within the columns the
+// strip reads (x0 - 2 .. x0 + n + 1); the last few go one by one.
+template <class W>
+void WidenBytes(const uint8_t* pLine, uint32_t x0, uint32_t n, TRow<int16_t>& row)
+{
+    const uint8_t* pIn = pLine + x0 - 2;
+    const int32_t count = int32_t(n) + 4;
+    int32_t i = 0;
+    for (; i + 2 * W::N <= count; i += 2 * W::N) {
+        const typename W::T v = W::LoadBytes(pIn + i);
+        W::Store(&row[0][1 + i / 2], W::And(v, W::Set(0xFF)));
+        W::Store(&row[1][1 + i / 2], W::template Shr<8>(v));
+    }
+    for (; i < count; ++i) row[i & 1][1 + i / 2] = pIn[i];
+    row[0][0] = row[1][0] = row[0][(n + 7) / 2] = row[1][(n + 6) / 2] = 0;
+}
 
 // The differences of lines y .. y+2 (a, b, c) at column i, each taken once:
 //   v2 = |a(i) - c(i)|, hb = |b(i-1) - b(i+1)|, r2 = |a(i+1) - c(i-1)|, f2 = |a(i-1) - c(i+1)|,

@@ -22,7 +22,7 @@ TGradientsVector GradientsVector_intr()
 {
 #if defined(__SSE2__)
     if (g_SSEChecker.UseAVX2()) return GradientsVector_avx2();
-    if (g_SSEChecker.m_bUseSSE2) return {TakePlanes<W128>, EstimateLine<W128>};
+    if (g_SSEChecker.m_bUseSSE2) return {WidenBytes<W128>, TakePlanes<W128>, EstimateLine<W128>};
 #endif
-    return {nullptr, nullptr};
+    return {nullptr, nullptr, nullptr};
 }
