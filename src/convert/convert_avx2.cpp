@@ -259,13 +259,83 @@ KAIP_AVX2 inline void YuvToWords(__m256i s, __m256i& b, __m256i& g, __m256i& r)
     b = Channel<T::kBULo, 0, T::kBUHi, 0>(rest, whole, u, v);
 }
 
-// 32 pixels of 4:2:2 per step over the Covered pixels, read as R reads them, to 3 or 4 bytes each as W writes
-// them, the fourth byte 0; the rest of the line by the scalar member's reader and writer.
-template <class R, class W>
-struct KYuv422 {
-    static constexpr TOrder O = W::kOrder;
-    static constexpr uint32_t kPixelBytes = W::kBytes;
-    using K = typename R::TCoefficients;
+// 32 pixels of byte planes b, g, r as two 16-pixel packs leave them (pixels 0-7, 16-23 | 8-15, 24-31) stored
+// as 3 or 4 bytes each as W writes them, the fourth byte 0.
+template <bool kStream, class W>
+KAIP_AVX2 inline void StorePlanes(uint8_t* d, __m256i b, __m256i g, __m256i r)
+{
+    // The byte unpacks undo the packs' lane order, leaving pixels 0-15 in the low halves and 16-31 in the
+    // high ones.
+    const __m256i zero = _mm256_setzero_si256();
+    const __m256i first = W::kOrder == kBGR ? b : r, third = W::kOrder == kBGR ? r : b;
+    const __m256i fg0 = _mm256_unpacklo_epi8(first, g), fg1 = _mm256_unpackhi_epi8(first, g);
+    const __m256i t0 = _mm256_unpacklo_epi8(third, zero), t1 = _mm256_unpackhi_epi8(third, zero);
+    const __m256i p0 = _mm256_unpacklo_epi16(fg0, t0), p1 = _mm256_unpackhi_epi16(fg0, t0);
+    const __m256i p2 = _mm256_unpacklo_epi16(fg1, t1), p3 = _mm256_unpackhi_epi16(fg1, t1);
+    const __m256i q0 = _mm256_permute2x128_si256(p0, p1, 0x20), q1 = _mm256_permute2x128_si256(p0, p1, 0x31);
+    const __m256i q2 = _mm256_permute2x128_si256(p2, p3, 0x20), q3 = _mm256_permute2x128_si256(p2, p3, 0x31);
+    if constexpr (W::kBytes == 4) {
+        Store<kStream>(d, q0);
+        Store<kStream>(d + 32, q1);
+        Store<kStream>(d + 64, q2);
+        Store<kStream>(d + 96, q3);
+    } else {
+        // Each lane drops its fourth bytes (12 bytes in dwords 0-2 and 4-6), then whole dwords move across
+        // lanes into three stores of 32 bytes.
+        const __m256i drop = _mm256_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1, 0, 1, 2, 4, 5, 6,
+                                              8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
+        const __m256i c0 = _mm256_shuffle_epi8(q0, drop), c1 = _mm256_shuffle_epi8(q1, drop);
+        const __m256i c2 = _mm256_shuffle_epi8(q2, drop), c3 = _mm256_shuffle_epi8(q3, drop);
+        const __m256i i0 = _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 0, 1), i1 = _mm256_setr_epi32(2, 4, 5, 6, 0, 1, 2, 4);
+        const __m256i i2 = _mm256_setr_epi32(5, 6, 0, 1, 2, 4, 5, 6);
+        Store<kStream>(
+            d, _mm256_blend_epi32(_mm256_permutevar8x32_epi32(c0, i0), _mm256_permutevar8x32_epi32(c1, i0), 0xC0));
+        Store<kStream>(
+            d + 32, _mm256_blend_epi32(_mm256_permutevar8x32_epi32(c1, i1), _mm256_permutevar8x32_epi32(c2, i1), 0xF0));
+        Store<kStream>(
+            d + 64, _mm256_blend_epi32(_mm256_permutevar8x32_epi32(c2, i2), _mm256_permutevar8x32_epi32(c3, i2), 0xFC));
+    }
+}
+
+// The byte planes of 32 pixels of 4:2:2 read as R reads them (64 source bytes).
+template <class R>
+struct SYuv422 {
+    static constexpr uint32_t kInBytes = 64;
+    KAIP_AVX2 static void Planes(const uint8_t* s, __m256i& b, __m256i& g, __m256i& r)
+    {
+        using K = typename R::TCoefficients;
+        __m256i b0, g0, r0, b1, g1, r1;
+        YuvToWords<K, R::kLumaFirst>(Load(s), b0, g0, r0);
+        YuvToWords<K, R::kLumaFirst>(Load(s + 32), b1, g1, r1);
+        b = _mm256_packus_epi16(b0, b1), g = _mm256_packus_epi16(g0, g1), r = _mm256_packus_epi16(r0, r1);
+    }
+};
+
+// The byte planes of 32 pixels of 15-bit (k565 false) or 16-bit words (64 source bytes), every channel moved
+// to the top of its byte by shifts alone, as Unpack555 and Unpack565 do.
+template <bool k565>
+struct SShort {
+    static constexpr uint32_t kInBytes = 64;
+    KAIP_AVX2 static void Channels(__m256i w, __m256i& r, __m256i& g, __m256i& b)
+    {
+        r = k565 ? _mm256_and_si256(_mm256_srli_epi16(w, 8), _mm256_set1_epi16(0xF8))
+                 : _mm256_srli_epi16(_mm256_and_si256(w, _mm256_set1_epi16(0x7C00)), 7);
+        g = _mm256_srli_epi16(_mm256_and_si256(w, _mm256_set1_epi16(k565 ? 0x7E0 : 0x3E0)), k565 ? 3 : 2);
+        b = _mm256_and_si256(_mm256_slli_epi16(w, 3), _mm256_set1_epi16(0xFF));
+    }
+    KAIP_AVX2 static void Planes(const uint8_t* s, __m256i& b, __m256i& g, __m256i& r)
+    {
+        __m256i r0, g0, b0, r1, g1, b1;
+        Channels(Load(s), r0, g0, b0);
+        Channels(Load(s + 32), r1, g1, b1);
+        b = _mm256_packus_epi16(b0, b1), g = _mm256_packus_epi16(g0, g1), r = _mm256_packus_epi16(r0, r1);
+    }
+};
+
+// 32 pixels per step over the Covered pixels, made byte planes by S and stored as W writes them; the rest of
+// the line by the scalar member's reader R and writer W.
+template <class S, class R, class W>
+struct KPlanes {
     uint32_t dwWidth;
 
     template <bool kStream>
@@ -274,47 +344,12 @@ struct KYuv422 {
         const uint32_t covered = Covered(dwWidth);
         for (uint32_t x = 0; x < covered; x += 32) {
             const uint32_t at = StepAt(x, covered);
-            const uint8_t* s = pS + 2 * at;
-            uint8_t* d = pD + at * kPixelBytes;
-            __m256i b0, g0, r0, b1, g1, r1;
-            YuvToWords<K, R::kLumaFirst>(Load(s), b0, g0, r0);
-            YuvToWords<K, R::kLumaFirst>(Load(s + 32), b1, g1, r1);
-            // The packs interleave the lanes (pixels 0-7, 16-23 | 8-15, 24-31); the byte unpacks below
-            // undo that, leaving pixels 0-15 in the low halves and 16-31 in the high ones.
-            const __m256i b = _mm256_packus_epi16(b0, b1), g = _mm256_packus_epi16(g0, g1);
-            const __m256i r = _mm256_packus_epi16(r0, r1), zero = _mm256_setzero_si256();
-            const __m256i first = O == kBGR ? b : r, third = O == kBGR ? r : b;
-            const __m256i fg0 = _mm256_unpacklo_epi8(first, g), fg1 = _mm256_unpackhi_epi8(first, g);
-            const __m256i t0 = _mm256_unpacklo_epi8(third, zero), t1 = _mm256_unpackhi_epi8(third, zero);
-            const __m256i p0 = _mm256_unpacklo_epi16(fg0, t0), p1 = _mm256_unpackhi_epi16(fg0, t0);
-            const __m256i p2 = _mm256_unpacklo_epi16(fg1, t1), p3 = _mm256_unpackhi_epi16(fg1, t1);
-            const __m256i q0 = _mm256_permute2x128_si256(p0, p1, 0x20), q1 = _mm256_permute2x128_si256(p0, p1, 0x31);
-            const __m256i q2 = _mm256_permute2x128_si256(p2, p3, 0x20), q3 = _mm256_permute2x128_si256(p2, p3, 0x31);
-            if constexpr (kPixelBytes == 4) {
-                Store<kStream>(d, q0);
-                Store<kStream>(d + 32, q1);
-                Store<kStream>(d + 64, q2);
-                Store<kStream>(d + 96, q3);
-            } else {
-                // Each lane drops its fourth bytes (12 bytes in dwords 0-2 and 4-6), then whole dwords
-                // move across lanes into three stores of 32 bytes.
-                const __m256i drop = _mm256_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1, 0, 1, 2,
-                                                      4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
-                const __m256i c0 = _mm256_shuffle_epi8(q0, drop), c1 = _mm256_shuffle_epi8(q1, drop);
-                const __m256i c2 = _mm256_shuffle_epi8(q2, drop), c3 = _mm256_shuffle_epi8(q3, drop);
-                const __m256i i0 = _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 0, 1),
-                              i1 = _mm256_setr_epi32(2, 4, 5, 6, 0, 1, 2, 4);
-                const __m256i i2 = _mm256_setr_epi32(5, 6, 0, 1, 2, 4, 5, 6);
-                Store<kStream>(d, _mm256_blend_epi32(_mm256_permutevar8x32_epi32(c0, i0),
-                                                     _mm256_permutevar8x32_epi32(c1, i0), 0xC0));
-                Store<kStream>(d + 32, _mm256_blend_epi32(_mm256_permutevar8x32_epi32(c1, i1),
-                                                          _mm256_permutevar8x32_epi32(c2, i1), 0xF0));
-                Store<kStream>(d + 64, _mm256_blend_epi32(_mm256_permutevar8x32_epi32(c2, i2),
-                                                          _mm256_permutevar8x32_epi32(c3, i2), 0xFC));
-            }
+            __m256i b, g, r;
+            S::Planes(pS + size_t(at) * S::kInBytes / 32, b, g, r);
+            StorePlanes<kStream, W>(pD + at * W::kBytes, b, g, r);
         }
         R rd;
-        ConvertGroups(rd, W{}, covered / 2, dwWidth / 2, pS, pD);
+        ConvertGroups(rd, W{}, covered / R::kPixels, dwWidth / R::kPixels, pS, pD);
     }
 };
 
@@ -361,11 +396,27 @@ int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRevers
                     KMonoWordToMono8{dwWidth, dwSrcBits});
 }
 
-#define KAIP_DEFINE_YUV422_CONVERTER(name, R, W)                                                                  \
-    int name(KAIP_LINE_PARAMS, bool bReverseLines)                                                                \
-    {                                                                                                             \
-        return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, KYuv422<R, W>{dwWidth}); \
+#define KAIP_DEFINE_YUV422_CONVERTER(name, R, W)                                         \
+    int name(KAIP_LINE_PARAMS, bool bReverseLines)                                       \
+    {                                                                                    \
+        return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
+                        KPlanes<SYuv422<R>, R, W>{dwWidth});                             \
     }
 KAIP_YUV422_CONVERTERS(KAIP_DEFINE_YUV422_CONVERTER)
+
+// The 15/16-bit to 24/32-bit members of KAIP_VECTOR_MEMBERS.
+#define KAIP_AVX2_ENTRY(name, R, W, S)                                                                               \
+    int name(KAIP_LINE_PARAMS, bool bReverseLines)                                                                   \
+    {                                                                                                                \
+        return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, KPlanes<S, R, W>{dwWidth}); \
+    }
+KAIP_AVX2_ENTRY(Convert_BGR15_to_BGR24, RBGR15, WBGR24, SShort<false>)
+KAIP_AVX2_ENTRY(Convert_BGR15_to_RGB24, RBGR15, WRGB24, SShort<false>)
+KAIP_AVX2_ENTRY(Convert_BGR15_to_BGR32, RBGR15, WBGR32, SShort<false>)
+KAIP_AVX2_ENTRY(Convert_BGR15_to_RGB32, RBGR15, WRGB32, SShort<false>)
+KAIP_AVX2_ENTRY(Convert_BGR16_to_BGR24, RBGR16, WBGR24, SShort<true>)
+KAIP_AVX2_ENTRY(Convert_BGR16_to_RGB24, RBGR16, WRGB24, SShort<true>)
+KAIP_AVX2_ENTRY(Convert_BGR16_to_BGR32, RBGR16, WBGR32, SShort<true>)
+KAIP_AVX2_ENTRY(Convert_BGR16_to_RGB32, RBGR16, WRGB32, SShort<true>)
 
 }  // namespace convert::avx2

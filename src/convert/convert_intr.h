@@ -31,14 +31,14 @@ int Convert_YCbCr422_8_to_RGB32_intr(KAIP_LINE_PARAMS, bool bReverseLines);
     X(Convert_Mono8_to_BGR24, 0, 0)      \
     X(Convert_BGR24_to_BGR32, 0, 0)      \
     X(Convert_RGB24_to_BGR32, 0, 0)      \
-    X(Convert_BGR15_to_BGR24, 0, 0)      \
-    X(Convert_BGR15_to_RGB24, 0, 0)      \
-    X(Convert_BGR15_to_BGR32, 0, 0)      \
-    X(Convert_BGR15_to_RGB32, 0, 0)      \
-    X(Convert_BGR16_to_BGR24, 0, 0)      \
-    X(Convert_BGR16_to_RGB24, 0, 0)      \
-    X(Convert_BGR16_to_BGR32, 0, 0)      \
-    X(Convert_BGR16_to_RGB32, 0, 0)      \
+    X(Convert_BGR15_to_BGR24, 0, 1)      \
+    X(Convert_BGR15_to_RGB24, 0, 1)      \
+    X(Convert_BGR15_to_BGR32, 0, 1)      \
+    X(Convert_BGR15_to_RGB32, 0, 1)      \
+    X(Convert_BGR16_to_BGR24, 0, 1)      \
+    X(Convert_BGR16_to_RGB24, 0, 1)      \
+    X(Convert_BGR16_to_BGR32, 0, 1)      \
+    X(Convert_BGR16_to_RGB32, 0, 1)      \
     X(Convert_BGR24_to_Mono8, 1, 1)      \
     X(Convert_RGB24_to_Mono8, 1, 1)      \
     X(Convert_BGR32_to_Mono8, 1, 1)      \
