@@ -9,6 +9,7 @@
 
 #include "bayer/bilinear_color_correction_simd.h"
 #include "bayer/bilinear_kernel.h"
+#include "bayer/color_correction_pairs.h"
 
 namespace {
 
@@ -38,28 +39,8 @@ struct C128 : V128<false> {
     static T UnpackLo16(T a, T b) { return _mm_unpacklo_epi16(a, b); }
     static T UnpackHi16(T a, T b) { return _mm_unpackhi_epi16(a, b); }
 
-    // Three-byte pixels from words of 0..255 in pairs (e, o): each pair's six bytes are put
-    // together as the words blue | green of e, red of e | blue of o, green | red of o, and stored
-    // eight bytes at a time at six-byte steps, each store's two spare bytes rewritten by the next;
-    // the last pair goes out as four and two bytes, so nothing beyond the 16 pixels is touched.
-    static void StorePairs(uint8_t* p, T be, T ge, T re, T bo, T go, T ro)
-    {
-        const T w0 = _mm_or_si128(be, _mm_slli_epi16(ge, 8)), w1 = _mm_or_si128(re, _mm_slli_epi16(bo, 8));
-        const T w2 = _mm_or_si128(go, _mm_slli_epi16(ro, 8));
-        const T lo01 = _mm_unpacklo_epi16(w0, w1), hi01 = _mm_unpackhi_epi16(w0, w1);
-        const T lo2 = _mm_unpacklo_epi16(w2, Zero()), hi2 = _mm_unpackhi_epi16(w2, Zero());
-        const T q[4] = {_mm_unpacklo_epi32(lo01, lo2), _mm_unpackhi_epi32(lo01, lo2), _mm_unpacklo_epi32(hi01, hi2),
-                        _mm_unpackhi_epi32(hi01, hi2)};
-        for (int i = 0; i < 4; ++i) {
-            _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 12 * i), q[i]);
-            if (i < 3) _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 12 * i + 6), _mm_unpackhi_epi64(q[i], q[i]));
-        }
-        const T last = _mm_unpackhi_epi64(q[3], q[3]);
-        const uint32_t four = uint32_t(_mm_cvtsi128_si32(last));
-        const uint16_t two = uint16_t(_mm_extract_epi16(last, 2));
-        std::memcpy(p + 42, &four, 4);
-        std::memcpy(p + 46, &two, 2);
-    }
+    // Three-byte pixels from words of 0..255 in pairs (e, o).
+    static void StorePairs(uint8_t* p, T be, T ge, T re, T bo, T go, T ro) { StoreBgrPairs(p, be, ge, re, bo, go, ro); }
 };
 
 #if defined(__AVX2__)

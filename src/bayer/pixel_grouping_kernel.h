@@ -9,6 +9,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "bayer/color_correction_pairs.h"
 #include "bayer/pixel_grouping_simd.h"
 #if defined(__AVX2__)
 #include "bayer/bilinear_kernel.h"  // V256: the 32-pixel BGR and BGRA stores
@@ -375,33 +376,31 @@ __m128i PixelBytes(const int16_t* const* pPlanes, uint32_t k)
     return _mm_unpacklo_epi8(_mm_packus_epi16(even, even), _mm_packus_epi16(odd, odd));
 }
 
-// SSE2 stores whatever the set: the loop is bound by memory. Four-byte pixels go out as they
-// are; three-byte pixels are squeezed two per 64-bit half, each half stored as 8 bytes of
-// which the next store overwrites the 2 beyond its 6 (the last two land in the next pixel).
+// SSE2 stores whatever the set: four-byte pixels from the bytes of each colour, three-byte ones
+// from the words of both parities (StoreBgrPairs).
 template <int Shift>
 uint32_t StoreIdentity(const TColourPlanes& planes, uint32_t x0, uint32_t x1, uint32_t dwDstBytes, uint8_t* pOut)
 {
     const TColourPlanes c = planes;  // a local copy: the byte stores cannot alias it
+    auto words = [](const int16_t* p) {
+        return _mm_srli_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)), Shift);
+    };
     uint32_t x = x0;
     for (; x + 16 < x1; x += 16) {
-        const __m128i b = PixelBytes<Shift>(c.b, x / 2), g = PixelBytes<Shift>(c.g, x / 2);
-        const __m128i r = PixelBytes<Shift>(c.r, x / 2);
+        uint8_t* p = pOut + size_t(x) * dwDstBytes;
+        const uint32_t k = x / 2;
+        if (dwDstBytes == 3) {
+            StoreBgrPairs(p, words(c.b[0] + k), words(c.g[0] + k), words(c.r[0] + k), words(c.b[1] + k),
+                          words(c.g[1] + k), words(c.r[1] + k));
+            continue;
+        }
+        const __m128i b = PixelBytes<Shift>(c.b, k), g = PixelBytes<Shift>(c.g, k), r = PixelBytes<Shift>(c.r, k);
         const __m128i bgLo = _mm_unpacklo_epi8(b, g), bgHi = _mm_unpackhi_epi8(b, g);
         const __m128i r0Lo = _mm_unpacklo_epi8(r, _mm_setzero_si128()),
                       r0Hi = _mm_unpackhi_epi8(r, _mm_setzero_si128());
         const __m128i q[4] = {_mm_unpacklo_epi16(bgLo, r0Lo), _mm_unpackhi_epi16(bgLo, r0Lo),
                               _mm_unpacklo_epi16(bgHi, r0Hi), _mm_unpackhi_epi16(bgHi, r0Hi)};
-        uint8_t* p = pOut + size_t(x) * dwDstBytes;
-        if (dwDstBytes == 4) {
-            for (int i = 0; i < 4; ++i) _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 16 * i), q[i]);
-            continue;
-        }
-        const __m128i keep0 = _mm_set1_epi64x(0xFFFFFF), keep1 = _mm_set1_epi64x(0xFFFFFF000000);
-        for (int i = 0; i < 4; ++i) {
-            const __m128i v = _mm_or_si128(_mm_and_si128(q[i], keep0), _mm_and_si128(_mm_srli_epi64(q[i], 8), keep1));
-            _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 12 * i), v);
-            _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 12 * i + 6), _mm_unpackhi_epi64(v, v));
-        }
+        for (int i = 0; i < 4; ++i) _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 16 * i), q[i]);
     }
     return x;
 }

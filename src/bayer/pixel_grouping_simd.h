@@ -43,8 +43,7 @@ struct TGroupingLoops {
     void (*greenSites)(const TGreenSiteTaps& t, uint32_t count);
     void (*otherSites)(const TOtherSiteTaps& t, uint32_t count);
     // The identity LUT (the top 8 bits of each value): blocks of 16 pixels from x0 (even) as long
-    // as a block ends before x1; returns the first pixel not written. A 3-byte block also writes
-    // two bytes into the pixel after it.
+    // as a block ends before x1; returns the first pixel not written.
     uint32_t (*storeIdentity)(const TColourPlanes& c, uint32_t x0, uint32_t x1, uint32_t dwDstBytes, uint8_t* pOut);
 };
 
