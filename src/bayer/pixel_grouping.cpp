@@ -281,8 +281,8 @@ void RunGroupingVector(const TGroupingLoops& v, const TBayerPlanes& p, const TBa
             return;
         }
         const TSplitLine s = src(y);
-        v.green({s.Tap(rb, 0), src(y - 1).Tap(rb, 0), src(y + 1).Tap(rb, 0), s.Tap(rb, -1), s.Tap(rb, 1),
-                 src(y - 2).Tap(rb, 0), src(y + 2).Tap(rb, 0), s.Tap(rb, -2), s.Tap(rb, 2), green(y).half[rb]},
+        v.green({s.Tap(rb, 0), src(y - 1).Tap(rb, 0), src(y + 1).Tap(rb, 0), s.Tap(rb, -1), src(y - 2).Tap(rb, 0),
+                 src(y + 2).Tap(rb, 0), s.Tap(rb, -2), green(y).half[rb]},
                 (w - 1 - rb) / 2);
         if (rb == 1) ringGreen(y, 1);
         if (((w - 2) & 1) == uint32_t(rb)) ringGreen(y, w - 2);
@@ -297,12 +297,11 @@ void RunGroupingVector(const TGroupingLoops& v, const TBayerPlanes& p, const TBa
         const int rb = otherParity(y), gp = 1 - rb;
         const TSplitLine s = src(y), g = green(y), up = src(y - 1), down = src(y + 1);
         const TSplitLine gUp = green(y - 1), gDown = green(y + 1), up2 = src(y - 2), down2 = src(y + 2);
-        v.greenSites({s.Tap(gp, 0), g.Tap(gp, -1), g.Tap(gp, 1), s.Tap(gp, -1), s.Tap(gp, 1), gUp.Tap(gp, 0),
-                      gDown.Tap(gp, 0), up.Tap(gp, 0), down.Tap(gp, 0), first.half[gp], second.half[gp]},
+        v.greenSites({s.Tap(gp, 0), g.Tap(gp, -1), s.Tap(gp, -1), gUp.Tap(gp, 0), gDown.Tap(gp, 0), up.Tap(gp, 0),
+                      down.Tap(gp, 0), first.half[gp], second.half[gp]},
                      (w - 1 - gp) / 2);
-        v.otherSites({s.Tap(rb, 0), g.Tap(rb, 0), gUp.Tap(rb, -1), gUp.Tap(rb, 1), gDown.Tap(rb, -1), gDown.Tap(rb, 1),
-                      up.Tap(rb, -1), up.Tap(rb, 1), down.Tap(rb, -1), down.Tap(rb, 1), up2.Tap(rb, -2), up2.Tap(rb, 2),
-                      down2.Tap(rb, -2), down2.Tap(rb, 2), first.half[rb]},
+        v.otherSites({s.Tap(rb, 0), g.Tap(rb, 0), gUp.Tap(rb, -1), gDown.Tap(rb, -1), up.Tap(rb, -1), down.Tap(rb, -1),
+                      up2.Tap(rb, -2), down2.Tap(rb, -2), first.half[rb]},
                      (w - 1 - rb) / 2);
         uint8_t* pOut = p.pDst + size_t(y) * p.dwDstLineIncrement;
         const uint8_t* pCur = p.pSrc + size_t(y) * p.dwSrcLineIncrement;

@@ -275,8 +275,8 @@ struct TGroupingVector {
         const T z = V::Zero(), one = V::Set(1 << (Bits - 8));
         for (uint32_t k = 1; k < k1; k += V::N) {
             const T c = V::Load(t.c + k), n = V::Load(t.n + k), s = V::Load(t.s + k), w = V::Load(t.w + k);
-            const T e = V::Load(t.e + k), n2 = V::Load(t.n2 + k), s2 = V::Load(t.s2 + k);
-            const T w2 = V::Load(t.w2 + k), e2 = V::Load(t.e2 + k);
+            const T e = V::Load(t.w + k + 1), n2 = V::Load(t.n2 + k), s2 = V::Load(t.s2 + k);
+            const T w2 = V::Load(t.w2 + k), e2 = V::Load(t.w2 + k + 2);
             // The greens across plus one step of 8 bits, shared by opposite directions.
             const T across[2] = {V::Add(AbsDiff(n, s), one), V::Add(AbsDiff(e, w), one)};
             auto weight = [&](T far, int axis) {
@@ -304,8 +304,8 @@ struct TGroupingVector {
         const TGreenSiteTaps t = taps;  // a local copy: the stores cannot alias it
         for (uint32_t k = 1; k < k1; k += V::N) {
             const T c = V::Load(t.c + k);
-            V::Store(t.pFirst + k,
-                     HueTransit(V::Load(t.gL + k), c, V::Load(t.gR + k), V::Load(t.left + k), V::Load(t.right + k)));
+            V::Store(t.pFirst + k, HueTransit(V::Load(t.gL + k), c, V::Load(t.gL + k + 1), V::Load(t.left + k),
+                                              V::Load(t.left + k + 1)));
             V::Store(t.pSecond + k,
                      HueTransit(V::Load(t.gUp + k), c, V::Load(t.gDown + k), V::Load(t.up + k), V::Load(t.down + k)));
         }
@@ -316,15 +316,15 @@ struct TGroupingVector {
         const TOtherSiteTaps t = taps;  // a local copy: the stores cannot alias it
         for (uint32_t k = 1; k < k1; k += V::N) {
             const T c = V::Load(t.c + k), gc = V::Load(t.gc + k);
-            const T gUpL = V::Load(t.gUpL + k), gUpR = V::Load(t.gUpR + k);
-            const T gDownL = V::Load(t.gDownL + k), gDownR = V::Load(t.gDownR + k);
-            const T upL = V::Load(t.upL + k), upR = V::Load(t.upR + k);
-            const T downL = V::Load(t.downL + k), downR = V::Load(t.downR + k);
-            const T ne = V::Add(V::Add(V::Add(AbsDiff(upR, downL), AbsDiff(V::Load(t.up2R + k), c)),
+            const T gUpL = V::Load(t.gUpL + k), gUpR = V::Load(t.gUpL + k + 1);
+            const T gDownL = V::Load(t.gDownL + k), gDownR = V::Load(t.gDownL + k + 1);
+            const T upL = V::Load(t.upL + k), upR = V::Load(t.upL + k + 1);
+            const T downL = V::Load(t.downL + k), downR = V::Load(t.downL + k + 1);
+            const T ne = V::Add(V::Add(V::Add(AbsDiff(upR, downL), AbsDiff(V::Load(t.up2L + k + 2), c)),
                                        V::Add(AbsDiff(c, V::Load(t.down2L + k)), AbsDiff(gUpR, gc))),
                                 AbsDiff(gc, gDownL));
             const T nw = V::Add(V::Add(V::Add(AbsDiff(upL, downR), AbsDiff(V::Load(t.up2L + k), c)),
-                                       V::Add(AbsDiff(c, V::Load(t.down2R + k)), AbsDiff(gUpL, gc))),
+                                       V::Add(AbsDiff(c, V::Load(t.down2L + k + 2)), AbsDiff(gUpL, gc))),
                                 AbsDiff(gc, gDownR));
             // Hue transit along the smoother diagonal (north-east on a tie); where a lane ties,
             // the mean of both diagonals, the north-west one computed only then.

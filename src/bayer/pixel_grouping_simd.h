@@ -11,21 +11,26 @@ struct TSplitLine {
     const int16_t* Tap(int p, int dx) const { return half[(p + dx) & 1] + ((p + dx) >> 1); }
 };
 
-// Green at count red or blue sites: the centre, its neighbours one and two away on the four sides.
+// Taps on the left of a pair stand for both: element k + 1 of a tap one column to the left is
+// the column one to the right, of a tap two columns to the left the column two to the right
+// (the same half line, one site on).
+
+// Green at count red or blue sites: the centre, its neighbours one and two away on the four
+// sides (west and east from w and w2).
 struct TGreenTaps {
-    const int16_t *c, *n, *s, *w, *e, *n2, *s2, *w2, *e2;
+    const int16_t *c, *n, *s, *w, *n2, *s2, *w2;
     int16_t* pOut;
 };
 
 // Red and blue at green sites: hue transit along the line (into pFirst) and across it (pSecond).
 struct TGreenSiteTaps {
-    const int16_t *c, *gL, *gR, *left, *right, *gUp, *gDown, *up, *down;
+    const int16_t *c, *gL, *left, *gUp, *gDown, *up, *down;
     int16_t *pFirst, *pSecond;
 };
 
 // The opposite colour at red and blue sites: hue transit along the smoother diagonal.
 struct TOtherSiteTaps {
-    const int16_t *c, *gc, *gUpL, *gUpR, *gDownL, *gDownR, *upL, *upR, *downL, *downR, *up2L, *up2R, *down2L, *down2R;
+    const int16_t *c, *gc, *gUpL, *gDownL, *upL, *downL, *up2L, *down2L;
     int16_t* pFirst;
 };
 
