@@ -224,6 +224,8 @@ void WidenBytes(const uint8_t* pLine, uint32_t x0, uint32_t n, TRow<int16_t>& ro
 //   v2 = |a(i) - c(i)|, hb = |b(i-1) - b(i+1)|, r2 = |a(i+1) - c(i-1)|, f2 = |a(i-1) - c(i+1)|,
 // and of the line pair (r, r+1) in slot r & 1: r1 = |w(r, i) - w(r+1, i-1)|, f1 = |w(r, i) -
 // w(r+1, i+1)|; line y takes the pair (y+1, y+2), the strip's first line also the pair (0, 1).
+// From the same loads, the sums hs of line y+2, vs and g4 of line y+1 (hs of lines 0 and 1 too
+// at the strip's first line).
 template <class W, int H>
 void TakeOnce(TStrip<int16_t>& s, uint32_t y, int32_t end)
 {
@@ -231,19 +233,27 @@ void TakeOnce(TStrip<int16_t>& s, uint32_t y, int32_t end)
     const TRow<int16_t>&a = s.src[y & 7], &b = s.src[(y + 1) & 7], &c = s.src[(y + 2) & 7];
     auto& o = s.once;
     TRow<int16_t>&r1 = o.r1[(y + 1) & 1], &f1 = o.f1[(y + 1) & 1];
+    auto& sums = s.sums;
     for (int32_t k = 1; k < end; k += W::N) {
         auto at = [&](const TRow<int16_t>& row, int dx) { return W::Load(&At<H>(row, k, dx)); };
         auto put = [&](TRow<int16_t>& row, T v) { W::Store(&row[H][k], v); };
-        const T a0 = at(a, 0), b0 = at(b, 0), cl = at(c, -1), cr = at(c, 1);
-        put(o.v2, W::AbsDiff(a0, at(c, 0)));
-        put(o.hb, W::AbsDiff(at(b, -1), at(b, 1)));
-        put(o.r2, W::AbsDiff(at(a, 1), cl));
-        put(o.f2, W::AbsDiff(at(a, -1), cr));
+        const T a0 = at(a, 0), al = at(a, -1), ar = at(a, 1), b0 = at(b, 0), bl = at(b, -1), br = at(b, 1);
+        const T c0 = at(c, 0), cl = at(c, -1), cr = at(c, 1);
+        put(o.v2, W::AbsDiff(a0, c0));
+        put(o.hb, W::AbsDiff(bl, br));
+        put(o.r2, W::AbsDiff(ar, cl));
+        put(o.f2, W::AbsDiff(al, cr));
         put(r1, W::AbsDiff(b0, cl));
         put(f1, W::AbsDiff(b0, cr));
+        const T hb = W::Add(bl, br), vb = W::Add(a0, c0);
+        put(sums.hs[(y + 2) & 7], W::Add(cl, cr));
+        put(sums.vs[(y + 1) & 3], vb);
+        put(sums.g4[(y + 1) & 3], W::Add(hb, vb));
         if (y == 0) {
-            put(o.r1[0], W::AbsDiff(a0, at(b, -1)));
-            put(o.f1[0], W::AbsDiff(a0, at(b, 1)));
+            put(o.r1[0], W::AbsDiff(a0, bl));
+            put(o.f1[0], W::AbsDiff(a0, br));
+            put(sums.hs[0], W::Add(al, ar));
+            put(sums.hs[1], hb);
         }
     }
 }
@@ -290,39 +300,58 @@ struct TTerms {
     typename W::T a, b;
 };
 
-template <class W, int Turn, bool Green, class P>
-inline __attribute__((always_inline)) TTerms<W> AxisTerms(const P& p, typename W::T c)
+// The sums around the pixel (see TStrip::sums) by unturned offsets: Across the pair beside
+// (dy, dx) along the turned rows, Along the pair above and below it, Around its four neighbours.
+template <int Turn, class S>
+struct TTurnedSums {
+    const S& sums;
+    static constexpr int Dy(int dy, int dx) { return TTurned<Turn>::Dy(dy, dx); }
+    static constexpr int Dx(int dy, int dx) { return TTurned<Turn>::Dx(dy, dx); }
+    auto Across(int dy, int dx) const
+    {
+        return (Turn & 1) ? sums.vs(Dy(dy, dx), Dx(dy, dx)) : sums.hs(Dy(dy, dx), Dx(dy, dx));
+    }
+    auto Along(int dy, int dx) const
+    {
+        return (Turn & 1) ? sums.hs(Dy(dy, dx), Dx(dy, dx)) : sums.vs(Dy(dy, dx), Dx(dy, dx));
+    }
+    auto Around(int dy, int dx) const { return sums.g4(Dy(dy, dx), Dx(dy, dx)); }
+};
+
+template <class W, int Turn, bool Green, class P, class S>
+inline __attribute__((always_inline)) TTerms<W> AxisTerms(const P& p, const S& sums, typename W::T c)
 {
     using T = typename W::T;
     auto q = [&](int dy, int dx) { return p(TTurned<Turn>::Dy(dy, dx), TTurned<Turn>::Dx(dy, dx)); };
+    const TTurnedSums<Turn, S> t{sums};
     const T base = W::Sub(c, q(-2, 0));
     if constexpr (Green) {
         const T twice = W::Add(base, base), near = W::template Shl<2>(q(-1, 0));
-        const T far = W::Add(W::Add(q(-2, -1), q(-2, 1)), W::Add(q(0, -1), q(0, 1)));
+        const T far = W::Add(t.Across(-2, 0), t.Across(0, 0));
         // Odd turns swap the colours beside and above.
         return (Turn & 1) ? TTerms<W>{W::Add(twice, near), W::Add(twice, far)}
                           : TTerms<W>{W::Add(twice, far), W::Add(twice, near)};
     } else {
         const T q1 = q(-1, 0);
-        const T a = W::Add(base, W::Add(q1, q1)), b = W::Add(base, W::Add(q(-1, -1), q(-1, 1)));
+        const T a = W::Add(base, W::Add(q1, q1)), b = W::Add(base, t.Across(-1, 0));
         return {W::Add(a, a), W::Add(b, b)};
     }
 }
 
-template <class W, int Turn, bool Green, class P>
-inline __attribute__((always_inline)) TTerms<W> DiagonalTerms(const P& p, typename W::T c)
+template <class W, int Turn, bool Green, class P, class S>
+inline __attribute__((always_inline)) TTerms<W> DiagonalTerms(const P& p, const S& sums, typename W::T c)
 {
     using T = typename W::T;
     auto q = [&](int dy, int dx) { return p(TTurned<Turn>::Dy(dy, dx), TTurned<Turn>::Dx(dy, dx)); };
+    const TTurnedSums<Turn, S> t{sums};
     if constexpr (Green) {
         const T base = W::template Shl<2>(W::Sub(c, q(-1, 1)));
-        const T x = W::Add(q(-2, 1), q(0, 1)), y = W::Add(q(-1, 0), q(-1, 2));
+        const T x = t.Along(-1, 1), y = t.Across(-1, 1);
         const T bx = W::Add(base, W::Add(x, x)), by = W::Add(base, W::Add(y, y));
         return (Turn & 1) ? TTerms<W>{by, bx} : TTerms<W>{bx, by};
     } else {
         const T d = W::Sub(c, q(-2, 2)), twice = W::Add(d, d);
-        const T around = W::Add(W::Add(q(-2, 1), q(-1, 0)), W::Add(q(-1, 2), q(0, 1)));
-        return {W::Add(twice, around), W::Add(twice, W::template Shl<2>(q(-1, 1)))};
+        return {W::Add(twice, t.Around(-1, 1)), W::Add(twice, W::template Shl<2>(q(-1, 1)))};
     }
 }
 
@@ -382,6 +411,14 @@ void EstimateBlocks(const TStrip<int16_t>& s, uint32_t y, uint32_t count, int16_
         for (int m = 1; m < 8; ++m) lo = W::Min(lo, g[m]), hi = W::Max(hi, g[m]);
         const T limit = W::Add(lo, W::template Shr<1>(hi));  // chosen: gradient <= min + max / 2
         const T c = p(0, 0);
+        struct {
+            const TStrip<int16_t>& s;
+            uint32_t y;
+            int32_t k;
+            T hs(int dy, int dx) const { return W::Load(&At<Par>(s.sums.hs[(y + dy) & 7], k, dx)); }
+            T vs(int dy, int dx) const { return W::Load(&At<Par>(s.sums.vs[(y + dy) & 3], k, dx)); }
+            T g4(int dy, int dx) const { return W::Load(&At<Par>(s.sums.g4[(y + dy) & 3], k, dx)); }
+        } const sums{s, y, k};
         T n = W::Set(8), numA = W::Set(0), numB = W::Set(0);
         auto add = [&](T gradient, TTerms<W> e) {
             const T skip = W::Gt(gradient, limit);
@@ -389,14 +426,14 @@ void EstimateBlocks(const TStrip<int16_t>& s, uint32_t y, uint32_t count, int16_
             numA = W::Add(numA, W::AndNot(skip, e.a));
             numB = W::Add(numB, W::AndNot(skip, e.b));
         };
-        add(g[0], AxisTerms<W, 0, Green>(p, c));
-        add(g[1], AxisTerms<W, 1, Green>(p, c));
-        add(g[2], AxisTerms<W, 2, Green>(p, c));
-        add(g[3], AxisTerms<W, 3, Green>(p, c));
-        add(g[4], DiagonalTerms<W, 0, Green>(p, c));
-        add(g[5], DiagonalTerms<W, 1, Green>(p, c));
-        add(g[6], DiagonalTerms<W, 2, Green>(p, c));
-        add(g[7], DiagonalTerms<W, 3, Green>(p, c));
+        add(g[0], AxisTerms<W, 0, Green>(p, sums, c));
+        add(g[1], AxisTerms<W, 1, Green>(p, sums, c));
+        add(g[2], AxisTerms<W, 2, Green>(p, sums, c));
+        add(g[3], AxisTerms<W, 3, Green>(p, sums, c));
+        add(g[4], DiagonalTerms<W, 0, Green>(p, sums, c));
+        add(g[5], DiagonalTerms<W, 1, Green>(p, sums, c));
+        add(g[6], DiagonalTerms<W, 2, Green>(p, sums, c));
+        add(g[7], DiagonalTerms<W, 3, Green>(p, sums, c));
         // RoundedMean of the numerators clamped to 0 .. 4 n 255: floor(u / n) with
         // u = (num + 2 n) / 4 is the high word of 2u ceil(2^15 / n).
         const T zero = W::Set(0), twoN = W::Add(n, n), top = W::MulLo(n, W::Set(4 * 255)), m = Reciprocals<W>(n);

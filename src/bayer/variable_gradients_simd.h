@@ -46,6 +46,11 @@ struct TStrip {
     struct {
         TRow<T> v2, hb, r2, f2, r1[2], f1[2];
     } once;
+    // Sums of the vector estimates: hs of line r (slot r & 7) w(r, i-1) + w(r, i+1), vs of line r
+    // (slot r & 3) w(r-1, i) + w(r+1, i), and g4 = hs + vs, the four direct neighbours.
+    struct {
+        TRow<T> hs[8], vs[4], g4[4];
+    } sums;
 };
 
 // The value at column offset dx from column 2k + H of a split row (the offset's half and index).
