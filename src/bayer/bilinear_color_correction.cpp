@@ -129,7 +129,13 @@ void RunColorCorrection(const TBayerPlanes& p, const TBayerLut& lut, TColorCorre
     auto ring = [&](uint32_t y) {
         return TSplitLine{{pRing + (y % 5) * 2 * dwHalf, pRing + ((y % 5) * 2 + 1) * dwHalf}};
     };
-    auto split = [&](uint32_t y) { vec.split(p.pSrc + size_t(y) * p.dwSrcLineIncrement, w, ring(y)); };
+    auto source = [&](uint32_t y) { return p.pSrc + size_t(y) * p.dwSrcLineIncrement; };
+    auto split = [&](uint32_t y) { vec.split(source(y), w, ring(y)); };
+    auto splitColumns = [&](uint32_t y, uint32_t x0, uint32_t x1) {  // the scalar rule, for the few columns
+        const TSplitLine l = ring(y);
+        for (uint32_t x = x0; x < x1; ++x)
+            l.half[x & 1][x >> 1] = uint16_t(TDepth<Bits>::At(source(y), x) & TDepth<Bits>::kMask1);
+    };
     if (pRing) {
         for (uint32_t y = 0; y < 4; ++y) split(y);
     }
@@ -139,8 +145,10 @@ void RunColorCorrection(const TBayerPlanes& p, const TBayerLut& lut, TColorCorre
         uint8_t* pOut = p.pDst + size_t(y) * p.dwDstLineIncrement;
         // Column 2 holds red in a red line when the column toggle is clear, blue in a blue line when it is set.
         const uint32_t xv = bRedLine == !p.bShiftColumn ? 2 : 3;
-        if (pRing) split(y + 2);  // every line, also where this one has no block but the next has
+        // Every line splits the one two below, also where it has no block but the next has; the
+        // blocks split the columns they span themselves.
         if (!pRing || xv + vec.dwBlock > w - 2) {
+            if (pRing) split(y + 2);
             ScalarSpan(k, lines, s, bRedLine, pOut, 2, w - 2);
             continue;
         }
@@ -150,9 +158,11 @@ void RunColorCorrection(const TBayerPlanes& p, const TBayerLut& lut, TColorCorre
         const uint32_t xl = (w - 2 - vec.dwBlock - xv) / 2 * 2 + xv;  // start of the last block
         const TSplitLine rows[5] = {ring(y - 2), ring(y - 1), ring(y), ring(y + 1), ring(y + 2)};
         ScalarSpan(k, lines, s, bRedLine, pOut, 2, xv);
-        const uint8_t* pAhead = p.pSrc + size_t(std::min(y + 3, h - 1)) * p.dwSrcLineIncrement;
-        vec.line(rows, pOut, xv, xe, bRedLine, lut, pAhead);
-        if (xe < w - 2) vec.line(rows, pOut, xl, xl + vec.dwBlock, bRedLine, lut, pAhead);
+        const uint8_t* pAhead = source(std::min(y + 3, h - 1));
+        vec.line(rows, pOut, xv, xe, bRedLine, lut, source(y + 2), pAhead);
+        if (xe < w - 2) vec.line(rows, pOut, xl, xl + vec.dwBlock, bRedLine, lut, source(y + 2), pAhead);
+        splitColumns(y + 2, 0, xv);
+        splitColumns(y + 2, std::max(xe, xl + vec.dwBlock), w);
         ScalarSpan(k, lines, s, bRedLine, pOut, xl + vec.dwBlock, w - 2);
     }
 }

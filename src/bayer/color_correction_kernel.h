@@ -74,6 +74,22 @@ struct C256 : V256 {
 // Splits a source line by column parity, V::N columns per step: 8-bit bytes by masking and
 // shifting, 16-bit words by masking and packing the two halves of each dword.
 template <class V, unsigned Bits>
+__attribute__((always_inline)) inline void SplitSamples(const uint8_t* p, typename V::T& even, typename V::T& odd)
+{
+    using T = typename V::T;
+    if constexpr (Bits == 8) {
+        const T v = V::Load(p);
+        even = V::And(v, V::Set16(0xFF));
+        odd = V::template Shr<8>(v);
+    } else {
+        const T mask = V::Set32(int32_t(TDepth<Bits>::kMask1));
+        const T a = V::Load(p), b = V::Load(p + sizeof(T));
+        even = V::InOrder(V::Pack32(V::And(a, mask), V::And(b, mask)));
+        odd = V::InOrder(V::Pack32(V::And(V::Shr32(a), mask), V::And(V::Shr32(b), mask)));
+    }
+}
+
+template <class V, unsigned Bits>
 void SplitLine(const uint8_t* pLine, uint32_t dwWidth, const TSplitLine& out)
 {
     using T = typename V::T;
@@ -81,16 +97,7 @@ void SplitLine(const uint8_t* pLine, uint32_t dwWidth, const TSplitLine& out)
     uint32_t x = 0;
     for (; x + V::N <= dwWidth; x += V::N) {
         T even, odd;
-        if constexpr (Bits == 8) {
-            const T v = V::Load(pLine + x);
-            even = V::And(v, V::Set16(0xFF));
-            odd = V::template Shr<8>(v);
-        } else {
-            const T mask = V::Set32(int32_t(D::kMask1));
-            const T a = V::Load(pLine + 2 * size_t(x)), b = V::Load(pLine + 2 * size_t(x) + sizeof(T));
-            even = V::InOrder(V::Pack32(V::And(a, mask), V::And(b, mask)));
-            odd = V::InOrder(V::Pack32(V::And(V::Shr32(a), mask), V::And(V::Shr32(b), mask)));
-        }
+        SplitSamples<V, Bits>(pLine + size_t(x) * D::kBytes, even, odd);
         V::Store(out.half[0] + x / 2, even);
         V::Store(out.half[1] + x / 2, odd);
     }
@@ -129,7 +136,8 @@ struct TChannels {
 // (a2, v2: the sums of the two samples two away across and vertically); each kept within the
 // samples its bilinear estimate averages.
 template <class V>
-__attribute__((always_inline)) inline TChannels<V> Filters(const TRow<V> (&r)[5], size_t i)
+__attribute__((always_inline)) inline TChannels<V> Filters(const TRow<V> (&r)[5], size_t i, typename V::T belowEven,
+                                                           typename V::T belowOdd)
 {
     using T = typename V::T;
     const T cEven = r[2].Even(i, 0), cOdd = r[2].Odd(i, 0), left = r[2].Odd(i, -1), right = r[2].Even(i, 1);
@@ -145,7 +153,7 @@ __attribute__((always_inline)) inline TChannels<V> Filters(const TRow<V> (&r)[5]
         const T upLeft = r[1].Odd(i, -1), downLeft = r[3].Odd(i, -1);
         const T direct = V::Add(V::Add(left, cOdd), verticalEven);
         const T diagonal = V::Add(V::Add(upLeft, downLeft), verticalOdd);
-        const T q = V::Add(V::Add(r[2].Even(i, -1), right), V::Add(r[0].Even(i, 0), r[4].Even(i, 0)));
+        const T q = V::Add(V::Add(r[2].Even(i, -1), right), V::Add(r[0].Even(i, 0), belowEven));
         const T c2 = V::Add(V::Add(c, c), two);  // 2c + 2
         const T green = V::template Sar16<2>(V::Sub16(V::Add(c2, direct), V::Avg16(q, V::Zero())));
         const T opposite =
@@ -159,7 +167,7 @@ __attribute__((always_inline)) inline TChannels<V> Filters(const TRow<V> (&r)[5]
     {  // green sites: beside them cEven and right, above and below upOdd and downOdd
         const T c = cOdd;
         const T cd = V::Sub16(V::Add(c, four), V::Add(verticalEven, V::Add(r[1].Even(i, 1), r[3].Even(i, 1))));
-        const T a2 = V::Add(left, r[2].Odd(i, 1)), v2 = V::Add(r[0].Odd(i, 0), r[4].Odd(i, 0));
+        const T a2 = V::Add(left, r[2].Odd(i, 1)), v2 = V::Add(r[0].Odd(i, 0), belowOdd);
         const T across = V::template Sar16<1>(V::Add(
             V::Add(c, V::Add(cEven, right)), V::template Sar16<2>(V::Add(V::Sub16(cd, a2), V::template Sar16<1>(v2)))));
         const T vertical = V::template Sar16<1>(
@@ -177,7 +185,7 @@ enum class TLutUse { Identity, InRegisters, Read };
 
 template <class V, unsigned Bits, uint32_t DstBytes, TLutUse Use, bool RedLine>
 void Blocks(const TSplitLine (&rows)[5], uint8_t* pOut, uint32_t x0, uint32_t x1, const TBayerLut& lut,
-            const uint8_t* pAhead)
+            const uint8_t* pBelow, const uint8_t* pAhead)
 {
     // One cache line of the next source line per block: blocks span at most 64 bytes of it.
     auto fetch = [&](uint32_t x) {
@@ -186,11 +194,23 @@ void Blocks(const TSplitLine (&rows)[5], uint8_t* pOut, uint32_t x0, uint32_t x1
     using T = typename V::T;
     constexpr int kBlue = RedLine ? 2 : 0, kRed = 2 - kBlue;  // channels of TChannels
     const TRow<V> src[5] = {{rows[0], x0}, {rows[1], x0}, {rows[2], x0}, {rows[3], x0}, {rows[4], x0}};
+    // The line two below is split as the blocks reach it: its samples at step i go into rows[4]
+    // and straight into the filters.
+    const uint8_t* const pSplit = pBelow + size_t(x0) * TDepth<Bits>::kBytes;
+    uint16_t* const pBelowEven = rows[4].half[x0 & 1] + (x0 >> 1);
+    uint16_t* const pBelowOdd = rows[4].half[(x0 + 1) & 1] + ((x0 + 1) >> 1);
+    auto filters = [&](size_t i) {
+        T even, odd;
+        SplitSamples<V, Bits>(pSplit + 2 * i * TDepth<Bits>::kBytes, even, odd);
+        V::Store(pBelowEven + i, even);
+        V::Store(pBelowOdd + i, odd);
+        return Filters<V>(src, i, even, odd);
+    };
     if constexpr (Use == TLutUse::Read) {
         alignas(32) uint16_t index[3][V::N];
         for (uint32_t x = x0; x < x1; x += V::N) {
             fetch(x);
-            const TChannels<V> ch = Filters<V>(src, (x - x0) / 2);
+            const TChannels<V> ch = filters((x - x0) / 2);
             for (int i = 0; i < 3; ++i) {
                 V::StoreWords(index[i], V::UnpackLo16(ch.even[i], ch.odd[i]), V::UnpackHi16(ch.even[i], ch.odd[i]));
             }
@@ -215,7 +235,7 @@ void Blocks(const TSplitLine (&rows)[5], uint8_t* pOut, uint32_t x0, uint32_t x1
         for (size_t i = 0, n = (x1 - x0) / 2; i < n;
              i += V::N / 2, p += V::N * DstBytes, pFetch += V::N * TDepth<Bits>::kBytes) {
             _mm_prefetch(reinterpret_cast<const char*>(pFetch), _MM_HINT_T0);
-            const TChannels<V> ch = Filters<V>(src, i);
+            const TChannels<V> ch = filters(i);
             if constexpr (DstBytes == 3 && !V::kShuffle) {
                 V::StorePairs(p, shift(ch.even[kBlue]), shift(ch.even[1]), shift(ch.even[kRed]), shift(ch.odd[kBlue]),
                               shift(ch.odd[1]), shift(ch.odd[kRed]));
@@ -234,12 +254,12 @@ void Blocks(const TSplitLine (&rows)[5], uint8_t* pOut, uint32_t x0, uint32_t x1
 
 template <class V, unsigned Bits, uint32_t DstBytes, TLutUse Use>
 void ColorCorrectionLine(const TSplitLine (&rows)[5], uint8_t* pOut, uint32_t x0, uint32_t x1, bool bRedLine,
-                         const TBayerLut& lut, const uint8_t* pAhead)
+                         const TBayerLut& lut, const uint8_t* pBelow, const uint8_t* pAhead)
 {
     if (bRedLine) {
-        Blocks<V, Bits, DstBytes, Use, true>(rows, pOut, x0, x1, lut, pAhead);
+        Blocks<V, Bits, DstBytes, Use, true>(rows, pOut, x0, x1, lut, pBelow, pAhead);
     } else {
-        Blocks<V, Bits, DstBytes, Use, false>(rows, pOut, x0, x1, lut, pAhead);
+        Blocks<V, Bits, DstBytes, Use, false>(rows, pOut, x0, x1, lut, pBelow, pAhead);
     }
 }
 
