@@ -42,6 +42,7 @@ struct V128 {
     static T AndNot(T a, T b) { return _mm_andnot_si128(a, b); }  // ~a & b
     static T Sub(T a, T b) { return _mm_sub_epi8(a, b); }
     static T Row(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+    static void Store(uint8_t* p, T v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
 #if defined(__SSSE3__)
     static T Shuffle(T table, T index)
     {
@@ -165,6 +166,7 @@ struct V256 {
         return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
     }
     static T Shuffle(T table, T index) { return _mm256_shuffle_epi8(table, index); }
+    static void Store(uint8_t* p, T v) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v); }
     static T SignMask(T v) { return v; }  // Select reads bit 7 of each byte only
 
     static void StoreWords(uint16_t* p, T lo, T hi)
@@ -245,6 +247,13 @@ struct TLineSites {
     bool bColourFirst;  // column x0 (and every second one after it) holds red or blue
 };
 
+// What the line workers read besides the mosaic: the LUT's tables and, for MappedLine, its single
+// tables as the bytes of a little-endian pixel (filled only where that worker runs).
+struct TLineTables {
+    TBayerLut lut;
+    uint32_t b[256], g[256], r[256];  // blue, green << 8, red << 16
+};
+
 // A 256-entry byte table for byte shuffles (SSSE3, AVX2) as two chains of rows of 16, read with
 // the same indices v - 16 k (k = 0..7), which keep the low nibble of v and whose bit 7 (a shuffle
 // gives 0 there) is clear for k = 0 .. the high nibble h of v when v < 128, and for k = h - 7 .. 7
@@ -278,6 +287,42 @@ struct TByteTable {
     }
 };
 
+// TByteTable's lookup as two passes over a buffer of n bytes (n a multiple of V::N), each holding
+// one chain of eight rows in registers: the lower chain into pLow, then the upper one, the select
+// and the result back in place. Nothing spills, whatever the register count.
+template <class V>
+void MapBytes(const uint8_t* pTable, uint8_t* p, uint8_t* pLow, uint32_t n)
+{
+    using T = typename V::T;
+    const T sixteen = V::Set8(16);
+    {
+        T rows[8];
+        rows[0] = V::Row(pTable);
+        for (int k = 1; k < 8; ++k) rows[k] = V::Xor(V::Row(pTable + 16 * k), V::Row(pTable + 16 * (k - 1)));
+        for (uint32_t i = 0; i < n; i += V::N) {
+            T index = V::Load(p + i), low = V::Shuffle(rows[0], index);
+            for (int k = 1; k < 8; ++k) {
+                index = V::Sub(index, sixteen);
+                low = V::Xor(low, V::Shuffle(rows[k], index));
+            }
+            V::Store(pLow + i, low);
+        }
+    }
+    T rows[8];
+    rows[0] = V::Row(pTable + 240);
+    for (int k = 1; k < 8; ++k) rows[k] = V::Xor(V::Row(pTable + 112 + 16 * k), V::Row(pTable + 128 + 16 * k));
+    const T fifteen = V::Set8(15);
+    for (uint32_t i = 0; i < n; i += V::N) {
+        const T v = V::Load(p + i);
+        T index = v, high = V::Shuffle(rows[0], V::And(v, fifteen));
+        for (int k = 1; k < 8; ++k) {
+            index = V::Sub(index, sixteen);
+            high = V::Xor(high, V::Shuffle(rows[k], index));
+        }
+        V::Store(p + i, V::Select(V::SignMask(v), high, V::Load(pLow + i)));
+    }
+}
+
 // Exact truncating means of unsigned bytes from the rounding average of the instruction set.
 template <class V>
 struct TByteMeans {
@@ -297,24 +342,17 @@ struct TByteMeans {
     }
 };
 
-// Null LUT: out = the truncated mean itself. In a red line the colour sites take red = own,
-// green = direct / 4, blue = diagonal / 4 and the green sites red = across / 2, green = own,
-// blue = upDown / 2; a blue line swaps red and blue. The means are exact in byte lanes.
-// bMapped: a LUT whose doubled and quadrupled tables repeat its single ones (as every LUT built by
-// the library's own functions): out = table[mean], looked up in registers.
-template <class V, uint32_t DstBytes, bool bMapped = false>
-void IdentityLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut, uint32_t x0,
-                  uint32_t x1, TLineSites s, const TBayerLut& lut)
-{
+// The three means of the pixels x..x+N-1 of one line, in byte lanes, before any table: own colour,
+// green and the other colour. In a red line the colour sites take red = own, green = direct / 4,
+// blue = diagonal / 4 and the green sites red = across / 2, green = own, blue = upDown / 2; a blue
+// line swaps red and blue. colour: the byte lanes of the colour sites.
+template <class V>
+struct TBlockMeans {
     using T = typename V::T;
-    struct TNone {
-        explicit TNone(const uint8_t*) {}
-    };
-    using TTable = std::conditional_t<bMapped, TByteTable<V>, TNone>;
-    const TTable mapB(lut.pBlue), mapG(lut.pGreen), mapR(lut.pRed);
-    const T colour = V::Set16(s.bColourFirst ? 0x00FF : int16_t(0xFF00));  // byte lanes of the colour sites
-    const TByteMeans<V> means;
-    for (uint32_t x = x0; x < x1; x += V::N) {
+    T own, g, other;
+    TBlockMeans(const TByteMeans<V>& means, T colour, const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown,
+                uint32_t x)
+    {
         const T sample = V::Load(pCur + x);
         T oddA, oddV, oddU, oddD;
         const T across = means.Two(V::Load(pCur + x - 1), V::Load(pCur + x + 1), oddA);
@@ -323,21 +361,101 @@ void IdentityLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown,
         const T up = means.Two(V::Load(pUp + x - 1), V::Load(pUp + x + 1), oddU);
         const T down = means.Two(V::Load(pDown + x - 1), V::Load(pDown + x + 1), oddD);
         const T diagonal = means.Four(up, oddU, down, oddD);
-        T own = V::Select(colour, sample, across);
-        T g = V::Select(colour, direct, sample);
-        T other = V::Select(colour, diagonal, upDown);
-        if constexpr (bMapped) {
-            own = s.bRedLine ? mapR(own) : mapB(own);
-            g = mapG(g);
-            other = s.bRedLine ? mapB(other) : mapR(other);
-        }
+        own = V::Select(colour, sample, across);
+        g = V::Select(colour, direct, sample);
+        other = V::Select(colour, diagonal, upDown);
+    }
+};
+
+// Null LUT: out = the truncated mean itself (exact in byte lanes).
+template <class V, uint32_t DstBytes>
+void IdentityLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut, uint32_t x0,
+                  uint32_t x1, TLineSites s, const TLineTables&)
+{
+    using T = typename V::T;
+    const T colour = V::Set16(s.bColourFirst ? 0x00FF : int16_t(0xFF00));
+    const TByteMeans<V> means;
+    for (uint32_t x = x0; x < x1; x += V::N) {
+        const TBlockMeans<V> m(means, colour, pUp, pCur, pDown, x);
         uint8_t* p = pOut + size_t(x) * DstBytes;
         if constexpr (DstBytes == 3) {
-            s.bRedLine ? V::StoreBgr(p, other, g, own) : V::StoreBgr(p, own, g, other);
+            s.bRedLine ? V::StoreBgr(p, m.other, m.g, m.own) : V::StoreBgr(p, m.own, m.g, m.other);
         } else {
-            s.bRedLine ? V::StoreBgra(p, other, g, own) : V::StoreBgra(p, own, g, other);
+            s.bRedLine ? V::StoreBgra(p, m.other, m.g, m.own) : V::StoreBgra(p, m.own, m.g, m.other);
         }
     }
+}
+
+// A LUT whose doubled and quadrupled tables repeat its single ones (as every LUT built by the
+// library's own functions), 8 bits: out = table[mean]. With byte shuffles: the means of a stretch
+// of blocks go to three buffers, each is looked up in place (MapBytes), then the stretch is
+// interleaved into the destination.
+template <class V, uint32_t DstBytes>
+void ShuffledLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut, uint32_t x0,
+                  uint32_t x1, TLineSites s, const TLineTables& t)
+{
+    using T = typename V::T;
+    constexpr uint32_t kChunk = 256;  // pixels per stretch, a multiple of every V::N
+    alignas(32) uint8_t own[kChunk], g[kChunk], other[kChunk], low[kChunk];
+    const T colour = V::Set16(s.bColourFirst ? 0x00FF : int16_t(0xFF00));
+    const TByteMeans<V> means;
+    for (uint32_t c = x0; c < x1; c += kChunk) {
+        const uint32_t n = x1 - c < kChunk ? x1 - c : kChunk;
+        for (uint32_t i = 0; i < n; i += V::N) {
+            const TBlockMeans<V> m(means, colour, pUp, pCur, pDown, c + i);
+            V::Store(own + i, m.own);
+            V::Store(g + i, m.g);
+            V::Store(other + i, m.other);
+        }
+        MapBytes<V>(s.bRedLine ? t.lut.pRed : t.lut.pBlue, own, low, n);
+        MapBytes<V>(t.lut.pGreen, g, low, n);
+        MapBytes<V>(s.bRedLine ? t.lut.pBlue : t.lut.pRed, other, low, n);
+        for (uint32_t i = 0; i < n; i += V::N) {
+            const T o = V::Load(own + i), gg = V::Load(g + i), x = V::Load(other + i);
+            uint8_t* p = pOut + size_t(c + i) * DstBytes;
+            if constexpr (DstBytes == 3) {
+                s.bRedLine ? V::StoreBgr(p, x, gg, o) : V::StoreBgr(p, o, gg, x);
+            } else {
+                s.bRedLine ? V::StoreBgra(p, x, gg, o) : V::StoreBgra(p, o, gg, x);
+            }
+        }
+    }
+}
+
+// The same without byte shuffles (SSE2): each block's means are interleaved as the indices blue,
+// green, red, 0 of its pixels into a small buffer, then each pixel is three loads from tables that
+// hold the outputs already at their places in a little-endian pixel (blue, green << 8, red << 16),
+// ORed and stored as four bytes. The loads of one block run beside the vector work of the next
+// (two buffers). Each store's fourth byte is overwritten by the next pixel; the last one of a line
+// falls on column w-1, which the frame rule writes afterwards.
+template <class V, uint32_t DstBytes>
+void MappedLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut, uint32_t x0,
+                uint32_t x1, TLineSites s, const TLineTables& t)
+{
+    using T = typename V::T;
+    alignas(32) uint8_t index[2][4 * V::N];
+    const T colour = V::Set16(s.bColourFirst ? 0x00FF : int16_t(0xFF00));
+    const TByteMeans<V> means;
+    if (x1 <= x0) return;
+    auto lookUp = [&t](const uint8_t* pIndex, uint8_t* p) {
+        for (uint32_t i = 0; i < V::N; i += 2, p += 2 * DstBytes) {
+            uint64_t q;
+            std::memcpy(&q, pIndex + 4 * i, 8);
+            const uint32_t e = uint32_t(q), o = uint32_t(q >> 32);
+            const uint32_t v0 = t.b[e & 0xFF] | t.g[(e >> 8) & 0xFF] | t.r[e >> 16];
+            const uint32_t v1 = t.b[o & 0xFF] | t.g[(o >> 8) & 0xFF] | t.r[o >> 16];
+            std::memcpy(p, &v0, 4);
+            std::memcpy(p + DstBytes, &v1, 4);
+        }
+    };
+    uint32_t slot = 0;
+    for (uint32_t x = x0; x < x1; x += V::N, slot ^= 1) {
+        const TBlockMeans<V> m(means, colour, pUp, pCur, pDown, x);
+        uint8_t* q = index[slot];
+        s.bRedLine ? V::StoreBgra(q, m.other, m.g, m.own) : V::StoreBgra(q, m.own, m.g, m.other);
+        if (x > x0) lookUp(index[slot ^ 1], pOut + size_t(x - V::N) * DstBytes);
+    }
+    lookUp(index[slot ^ 1], pOut + size_t(x1 - V::N) * DstBytes);
 }
 
 // Null LUT into BGR8 with SSE2 alone, where interleaving three byte registers is dear: the block
@@ -404,7 +522,7 @@ void PairBlocks(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, u
 
 template <class V>
 void PairLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut, uint32_t x0, uint32_t x1,
-              TLineSites s, const TBayerLut&)
+              TLineSites s, const TLineTables&)
 {
     if (s.bRedLine) {
         s.bColourFirst ? PairBlocks<V, true, true>(pUp, pCur, pDown, pOut, x0, x1)
@@ -421,7 +539,7 @@ void PairLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uin
 // modulo 2^16, which leaves the masked bits exact).
 template <class V, unsigned Bits, uint32_t DstBytes>
 void IdentityLineDeep(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut, uint32_t x0,
-                      uint32_t x1, TLineSites s, const TBayerLut&)
+                      uint32_t x1, TLineSites s, const TLineTables&)
 {
     using T = typename V::T;
     using D = TDepth<Bits>;
@@ -463,9 +581,10 @@ void IdentityLineDeep(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pD
 // looked up pixel by pixel, the first pixel of each pair from the colour-site tables.
 template <class V, uint32_t DstBytes>
 void TableLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut, uint32_t x0, uint32_t x1,
-               TLineSites s, const TBayerLut& lut)
+               TLineSites s, const TLineTables& t)
 {
     using T = typename V::T;
+    const TBayerLut& lut = t.lut;
     const T colour = V::Set32(s.bColourFirst ? 0x0000FFFF : int32_t(0xFFFF0000u));  // word lanes of the colour sites
     // Tables of the colour sites [0] and of the green sites [1], per output channel.
     const uint8_t* const pOwnRed = s.bRedLine ? lut.pRed : lut.pRed4;
@@ -517,13 +636,14 @@ template <class V, uint32_t DstBytes>
 auto LineWorker(uint32_t dwBits, bool bIdentity, const TBayerLut& lut)
 {
     using TLineFn = void (*)(const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*, uint32_t, uint32_t, TLineSites,
-                             const TBayerLut&);
+                             const TLineTables&);
     if constexpr (V::N == 16 && !V::kShuffle && DstBytes == 3) {
         if (dwBits == 8 && bIdentity) return TLineFn(PairLine<V>);
     }
     if (dwBits == 8 && bIdentity) return TLineFn(IdentityLine<V, DstBytes>);
-    if constexpr (V::kShuffle) {
-        if (dwBits == 8 && RepeatsSingleTables(lut)) return TLineFn(IdentityLine<V, DstBytes, true>);
+    if (dwBits == 8 && RepeatsSingleTables(lut)) {
+        if constexpr (V::kShuffle) return TLineFn(ShuffledLine<V, DstBytes>);
+        return TLineFn(MappedLine<V, DstBytes>);
     }
     if (dwBits == 8) return TLineFn(TableLine<V, DstBytes>);
     if (!bIdentity) return TLineFn(nullptr);
@@ -542,6 +662,15 @@ uint32_t BilinearInterior(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHe
     const auto line =
         dwDstBytes == 3 ? LineWorker<V, 3>(dwBits, bIdentity, lut) : LineWorker<V, 4>(dwBits, bIdentity, lut);
     if (!line) return x0;
+    TLineTables t;
+    t.lut = lut;
+    if (dwBits == 8 && !bIdentity) {
+        for (uint32_t i = 0; i < 256; ++i) {
+            t.b[i] = lut.pBlue[i];
+            t.g[i] = uint32_t(lut.pGreen[i]) << 8;
+            t.r[i] = uint32_t(lut.pRed[i]) << 16;
+        }
+    }
     // Column x0 is odd: a red column when the column toggle is set.
     const bool bRedColumnFirst = p.bShiftColumn;
     for (uint32_t y = 1; y + 1 < dwHeight; ++y) {
@@ -551,9 +680,9 @@ uint32_t BilinearInterior(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHe
         uint8_t* pOut = p.pDst + size_t(y) * p.dwDstLineIncrement;
         const bool bRedLine = ((y & 1) != 0) == p.bShiftLine;
         const bool bColourFirst = bRedLine == bRedColumnFirst;
-        line(pUp, pCur, pDown, pOut, x0, x1, TLineSites{bRedLine, bColourFirst}, lut);
+        line(pUp, pCur, pDown, pOut, x0, x1, TLineSites{bRedLine, bColourFirst}, t);
         if (x1 < xEnd) {
-            line(pUp, pCur, pDown, pOut, xTail, xEnd, TLineSites{bRedLine, bColourFirst != ((xTail - x0) & 1)}, lut);
+            line(pUp, pCur, pDown, pOut, xTail, xEnd, TLineSites{bRedLine, bColourFirst != ((xTail - x0) & 1)}, t);
         }
     }
     return xEnd;
