@@ -240,6 +240,15 @@ KAIP_AVX2 inline __m256i Channel(__m256i rest, __m256i whole, __m256i u, __m256i
     return _mm256_add_epi16(_mm256_srai_epi16(lo, 8), AddTimes<kUHi>(AddTimes<kVHi>(whole, v), u));
 }
 
+// The shuffle control that puts byte kAt of each 4-byte pair group into both of the pair's 16-bit lanes.
+template <int kAt>
+KAIP_AVX2 inline __m256i PairByte()
+{
+    constexpr char a = kAt, b = kAt + 4, c = kAt + 8, d = kAt + 12, z = -128;
+    return _mm256_setr_epi8(a, z, a, z, b, z, b, z, c, z, c, z, d, z, d, z, a, z, a, z, b, z, b, z, c, z, c, z, d, z, d,
+                            z);
+}
+
 // B, G, R words of the 16 pixels of 32 bytes of 4:2:2 (luma at the even bytes when kLumaFirst, U before V),
 // by the split sums of TSplit<K>, as the SSE2 build computes them.
 template <class K, bool kLumaFirst>
@@ -248,15 +257,13 @@ KAIP_AVX2 inline void YuvToWords(__m256i s, __m256i& b, __m256i& g, __m256i& r)
     using T = TSplit<K>;
     const __m256i low = _mm256_set1_epi16(0xFF);
     const __m256i y = kLumaFirst ? _mm256_and_si256(s, low) : _mm256_srli_epi16(s, 8);
-    const __m256i c =
-        _mm256_sub_epi16(kLumaFirst ? _mm256_srli_epi16(s, 8) : _mm256_and_si256(s, low), _mm256_set1_epi16(128));
-    const __m256i u = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(c, 0xA0), 0xA0);
-    const __m256i v = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(c, 0xF5), 0xF5);
+    const __m256i c128 = _mm256_set1_epi16(128);
+    const __m256i u = _mm256_sub_epi16(_mm256_shuffle_epi8(s, PairByte < kLumaFirst ? 1 : 0 > ()), c128);
+    const __m256i v = _mm256_sub_epi16(_mm256_shuffle_epi8(s, PairByte < kLumaFirst ? 3 : 2 > ()), c128);
     const __m256i rest = AddTimes<T::kYLo>(_mm256_set1_epi16(int16_t(T::kL)), y);
-    const __m256i whole = K::kYOffset ? _mm256_sub_epi16(y, _mm256_set1_epi16(int16_t(K::kYOffset))) : y;
-    r = Channel<0, T::kRVLo, 0, T::kRVHi>(rest, whole, u, v);
-    g = Channel<T::kGULo, T::kGVLo, T::kGUHi, T::kGVHi>(rest, whole, u, v);
-    b = Channel<T::kBULo, 0, T::kBUHi, 0>(rest, whole, u, v);
+    r = Channel<0, T::kRVLo, 0, T::kRVHi>(rest, y, u, v);
+    g = Channel<T::kGULo, T::kGVLo, T::kGUHi, T::kGVHi>(rest, y, u, v);
+    b = Channel<T::kBULo, 0, T::kBUHi, 0>(rest, y, u, v);
 }
 
 // 32 pixels of byte planes b, g, r as two 16-pixel packs leave them (pixels 0-7, 16-23 | 8-15, 24-31) stored

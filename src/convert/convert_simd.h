@@ -94,13 +94,14 @@ KAIP_OWN_STEP_CONVERTERS
 // The colour sums of the coefficient set K with each coefficient k split into 256 kHi + kLo, kLo the
 // remainder nearest 0: (sum of k x + 128) >> 8 = sum of kHi x + ((sum of kLo x + 128) >> 8) exactly,
 // because the parts taken out are multiples of 256, and the kLo sums fit 16-bit lanes where 298 (Y - 16)
-// alone would not. Per pixel the remainder sum starts at kYLo Y + kL (kL takes the 128 and the luma
-// offset); the whole part is Y - kYOffset plus the chroma's kHi multiples.
+// alone would not. Per pixel the remainder sum starts at kYLo Y + kL, kL taking the 128 and the whole luma
+// offset (kY kYOffset, of which the multiple of 256 comes out with the shift); the whole part is Y plus the
+// chroma's kHi multiples.
 template <class K>
 struct TSplit {
     static constexpr int32_t Hi(int32_t k) { return k + 128 >= 0 ? (k + 128) / 256 : -((255 - (k + 128)) / 256); }
     static constexpr int32_t Lo(int32_t k) { return k - 256 * Hi(k); }
-    static constexpr int32_t kYLo = Lo(K::kY), kL = 128 - Lo(K::kY) * K::kYOffset;
+    static constexpr int32_t kYLo = Lo(K::kY), kL = 128 - K::kY * K::kYOffset;
     static constexpr int32_t kRVHi = Hi(K::kRV), kRVLo = Lo(K::kRV), kBUHi = Hi(K::kBU), kBULo = Lo(K::kBU);
     static constexpr int32_t kGUHi = Hi(K::kGU), kGULo = Lo(K::kGU), kGVHi = Hi(K::kGV), kGVLo = Lo(K::kGV);
     static constexpr int32_t Abs(int32_t v) { return v < 0 ? -v : v; }

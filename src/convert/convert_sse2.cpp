@@ -233,10 +233,9 @@ inline void YuvToWords(__m128i s, __m128i& b, __m128i& g, __m128i& r)
     const __m128i u = _mm_shufflehi_epi16(_mm_shufflelo_epi16(c, 0xA0), 0xA0);
     const __m128i v = _mm_shufflehi_epi16(_mm_shufflelo_epi16(c, 0xF5), 0xF5);
     const __m128i rest = AddTimes<T::kYLo>(_mm_set1_epi16(int16_t(T::kL)), y);
-    const __m128i whole = K::kYOffset ? _mm_sub_epi16(y, _mm_set1_epi16(int16_t(K::kYOffset))) : y;
-    r = Channel<0, T::kRVLo, 0, T::kRVHi>(rest, whole, u, v);
-    g = Channel<T::kGULo, T::kGVLo, T::kGUHi, T::kGVHi>(rest, whole, u, v);
-    b = Channel<T::kBULo, 0, T::kBUHi, 0>(rest, whole, u, v);
+    r = Channel<0, T::kRVLo, 0, T::kRVHi>(rest, y, u, v);
+    g = Channel<T::kGULo, T::kGVLo, T::kGUHi, T::kGVHi>(rest, y, u, v);
+    b = Channel<T::kBULo, 0, T::kBUHi, 0>(rest, y, u, v);
 }
 
 // 16 pixels of 4:2:2 read as R reads them to 3 or 4 bytes each as W writes them, the fourth byte 0.
