@@ -273,17 +273,22 @@ KaipStatus BdVariableGradients(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDst
     if (status != KASTATUS_OK) return status;
     const uint32_t w = job.src.Width, h = job.src.Height;
     if (w > 4 && h > 4) {
-        // 8-bit samples and their sums fit 16-bit lanes, twice as many per register as 32-bit ones.
-        const bool bWide = job.dwBits > 8;
-        void* pBuffer = oxOsBufferCreateAligned(bWide ? sizeof(TStrip<int32_t>) : sizeof(TStrip<int16_t>), 64, 0);
+        // 8-bit samples and their sums fit 16-bit lanes, twice as many per register as 32-bit ones;
+        // the vector stages keep 16-bit lanes at every depth.
+        const TGradientsVector vec = GradientsVector_intr(job.dwBits);
+        const bool bWords = job.dwBits == 8 || vec.planes;
+        void* pBuffer = oxOsBufferCreateAligned(bWords ? sizeof(TStrip<int16_t>) : sizeof(TStrip<int32_t>), 64, 0);
         if (!pBuffer) return Refuse(KASTATUS_KAIP_MEMORY_ALLOC_FAILED, "%s: no memory for the strip lines", pszFunc);
         const TBayerPlanes planes = JobPlanes(job);
         const TGradientsWriter writer = GradientsWriter_intr(job.dwBits, dwDstBytes, hLut == nullptr);
-        const TGradientsVector vec = GradientsVector_intr();
+        const bool bAvx2 = g_SSEChecker.UseAVX2();
         WithDepth(job.dwBits, [&](auto bits) {
             WithPixelBytes(dwDstBytes, [&](auto bytes) {
-                using T = std::conditional_t<bits == 8, int16_t, int32_t>;
-                RunGradients<bits, bytes, T>(planes, lut, w, h, g_SSEChecker.UseAVX2(), vec, writer, pBuffer);
+                if (bWords) {
+                    RunGradients<bits, bytes, int16_t>(planes, lut, w, h, bAvx2, vec, writer, pBuffer);
+                } else if constexpr (bits > 8) {
+                    RunGradients<bits, bytes, int32_t>(planes, lut, w, h, bAvx2, vec, writer, pBuffer);
+                }
             });
         });
         oxOsBufferFree(pBuffer);

@@ -17,10 +17,10 @@ TGradientsWriter GradientsWriter_avx2(uint32_t dwBits, uint32_t dwDstBytes, bool
 }
 
 // Runs only behind g_SSEChecker.UseAVX2() (see GradientsVector_intr).
-TGradientsVector GradientsVector_avx2()
+TGradientsVector GradientsVector_avx2(uint32_t dwBits)
 {
 #if defined(__AVX2__)
-    return {WidenBytes<W256>, TakePlanes<W256>, EstimateLine<W256>};
+    return GradientsVector<W256>(dwBits);
 #else
     return {nullptr, nullptr, nullptr};
 #endif

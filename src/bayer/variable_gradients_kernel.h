@@ -169,6 +169,29 @@ struct W128 {
     static T MulLo(T a, T b) { return _mm_mullo_epi16(a, b); }
     static T MulHiU(T a, T b) { return _mm_mulhi_epu16(a, b); }
     static T AbsDiff(T a, T b) { return _mm_sub_epi16(_mm_max_epi16(a, b), _mm_min_epi16(a, b)); }
+    // 32-bit lanes and floats for deeper samples; UnpackLo and UnpackHi pair the words of lanes
+    // (a0, b0), (a1, b1), ..., and Pack32 undoes their order.
+    using F = __m128;
+    static T Set32(int32_t v) { return _mm_set1_epi32(v); }
+    template <int S>
+    static T Shr32(T a)
+    {
+        return _mm_srli_epi32(a, S);
+    }
+    static T UnpackLo(T a, T b) { return _mm_unpacklo_epi16(a, b); }
+    static T UnpackHi(T a, T b) { return _mm_unpackhi_epi16(a, b); }
+    static T MAdd(T a, T b) { return _mm_madd_epi16(a, b); }
+    static T Add32(T a, T b) { return _mm_add_epi32(a, b); }
+    static T Pack32(T lo, T hi) { return _mm_packs_epi32(lo, hi); }
+    static T Pack32Ordered(T lo, T hi) { return _mm_packs_epi32(lo, hi); }  // lanes in memory order
+    static F ToFloat(T a) { return _mm_cvtepi32_ps(a); }
+    static T Trunc(F a) { return _mm_cvttps_epi32(a); }
+    static F FSet(float v) { return _mm_set1_ps(v); }
+    static F FMul(F a, F b) { return _mm_mul_ps(a, b); }
+    static F FSub(F a, F b) { return _mm_sub_ps(a, b); }
+    static F FDiv(F a, F b) { return _mm_div_ps(a, b); }
+    static F FMin(F a, F b) { return _mm_min_ps(a, b); }
+    static F FMax(F a, F b) { return _mm_max_ps(a, b); }
 };
 
 #if defined(__AVX2__)
@@ -199,6 +222,27 @@ struct W256 {
     static T MulLo(T a, T b) { return _mm256_mullo_epi16(a, b); }
     static T MulHiU(T a, T b) { return _mm256_mulhi_epu16(a, b); }
     static T AbsDiff(T a, T b) { return _mm256_sub_epi16(_mm256_max_epi16(a, b), _mm256_min_epi16(a, b)); }
+    using F = __m256;
+    static T Set32(int32_t v) { return _mm256_set1_epi32(v); }
+    template <int S>
+    static T Shr32(T a)
+    {
+        return _mm256_srli_epi32(a, S);
+    }
+    static T UnpackLo(T a, T b) { return _mm256_unpacklo_epi16(a, b); }
+    static T UnpackHi(T a, T b) { return _mm256_unpackhi_epi16(a, b); }
+    static T MAdd(T a, T b) { return _mm256_madd_epi16(a, b); }
+    static T Add32(T a, T b) { return _mm256_add_epi32(a, b); }
+    static T Pack32(T lo, T hi) { return _mm256_packs_epi32(lo, hi); }  // within each half, like the unpacks
+    static T Pack32Ordered(T lo, T hi) { return _mm256_permute4x64_epi64(_mm256_packs_epi32(lo, hi), 0xD8); }
+    static F ToFloat(T a) { return _mm256_cvtepi32_ps(a); }
+    static T Trunc(F a) { return _mm256_cvttps_epi32(a); }
+    static F FSet(float v) { return _mm256_set1_ps(v); }
+    static F FMul(F a, F b) { return _mm256_mul_ps(a, b); }
+    static F FSub(F a, F b) { return _mm256_sub_ps(a, b); }
+    static F FDiv(F a, F b) { return _mm256_div_ps(a, b); }
+    static F FMin(F a, F b) { return _mm256_min_ps(a, b); }
+    static F FMax(F a, F b) { return _mm256_max_ps(a, b); }
 };
 #endif
 
@@ -217,6 +261,30 @@ void WidenBytes(const uint8_t* pLine, uint32_t x0, uint32_t n, TRow<int16_t>& ro
         W::Store(&row[1][1 + i / 2], W::template Shr<8>(v));
     }
     for (; i < count; ++i) row[i & 1][1 + i / 2] = pIn[i];
+    row[0][0] = row[1][0] = row[0][(n + 7) / 2] = row[1][(n + 6) / 2] = 0;
+}
+
+// The same for 16-bit samples (masked to the depth): even and odd columns are the low and high
+// words of the line's 32-bit lanes.
+template <class W, unsigned Bits>
+void WidenWords(const uint8_t* pLine, uint32_t x0, uint32_t n, TRow<int16_t>& row)
+{
+    using T = typename W::T;
+    const uint8_t* pIn = pLine + 2 * size_t(x0 - 2);
+    const int32_t count = int32_t(n) + 4;
+    const T mask = W::Set32(int32_t(TDepth<Bits>::kMask1));
+    int32_t i = 0;
+    for (; i + 2 * W::N <= count; i += 2 * W::N) {
+        const T v0 = W::LoadBytes(pIn + 2 * i), v1 = W::LoadBytes(pIn + 2 * i + 2 * W::N);
+        W::Store(&row[0][1 + i / 2], W::Pack32Ordered(W::And(v0, mask), W::And(v1, mask)));
+        W::Store(&row[1][1 + i / 2],
+                 W::Pack32Ordered(W::And(W::template Shr32<16>(v0), mask), W::And(W::template Shr32<16>(v1), mask)));
+    }
+    for (; i < count; ++i) {
+        uint16_t v;
+        std::memcpy(&v, pIn + 2 * i, 2);
+        row[i & 1][1 + i / 2] = int16_t(v & TDepth<Bits>::kMask1);
+    }
     row[0][0] = row[1][0] = row[0][(n + 7) / 2] = row[1][(n + 6) / 2] = 0;
 }
 
@@ -366,9 +434,79 @@ inline typename W::T Reciprocals(typename W::T n)
     return m;
 }
 
+// The numerators and count over the chosen directions (gradient <= min + max / 2), and the
+// rounded means they give (RoundedMean of the numerators clamped to 0 .. 4 n mask). With 8-bit
+// samples the sums fit words, and the mean is the high word of 2u ceil(2^15 / n) with u =
+// (num + 2 n) / 4.
+template <class W, unsigned Bits>
+struct TChosen {
+    using T = typename W::T;
+    T limit, n = W::Set(8), a = W::Set(0), b = W::Set(0);
+    TChosen(T lo, T hi) : limit(W::Add(lo, W::template Shr<1>(hi))) {}
+    void Take(T gradient, const TTerms<W>& e)
+    {
+        const T skip = W::Gt(gradient, limit);
+        n = W::Add(n, skip);
+        a = W::Add(a, W::AndNot(skip, e.a));
+        b = W::Add(b, W::AndNot(skip, e.b));
+    }
+    void Take2(T g0, const TTerms<W>& e0, T g1, const TTerms<W>& e1) { Take(g0, e0), Take(g1, e1); }
+    void Store(int16_t* pFirst, int16_t* pSecond) const
+    {
+        const T zero = W::Set(0), twoN = W::Add(n, n), top = W::MulLo(n, W::Set(4 * 255)), m = Reciprocals<W>(n);
+        auto mean = [&](T num) {
+            const T u = W::template Shr<2>(W::Add(W::Min(W::Max(num, zero), top), twoN));
+            return W::MulHiU(W::Add(u, u), m);
+        };
+        W::Store(pFirst, mean(a));
+        W::Store(pSecond, mean(b));
+    }
+};
+
+// Deeper samples: gradients and terms still fit words, min + max / 2 may not (the test is
+// gradient - min < max / 2 + 1), and the sums are 32-bit: the terms of two directions, paired
+// word by word with their take masks (-1), give minus their chosen sum in one multiply-add. The
+// mean floor((num + 2 n) / 4n) is a float division: the quotient is below 2^12 and at least
+// 1 / 4n from the next integer, far beyond the float's rounding.
+template <class W, unsigned Bits>
+struct TChosenDeep {
+    using T = typename W::T;
+    using F = typename W::F;
+    T lo, half1, n = W::Set(0);
+    T a[2] = {W::Set(0), W::Set(0)}, b[2] = {W::Set(0), W::Set(0)};  // pixels of UnpackLo, UnpackHi
+    TChosenDeep(T lo_, T hi) : lo(lo_), half1(W::Add(W::template Shr<1>(hi), W::Set(1))) {}
+    void Take2(T g0, const TTerms<W>& e0, T g1, const TTerms<W>& e1)
+    {
+        const T t0 = W::Gt(half1, W::Sub(g0, lo)), t1 = W::Gt(half1, W::Sub(g1, lo));
+        n = W::Sub(W::Sub(n, t0), t1);
+        const T tLo = W::UnpackLo(t0, t1), tHi = W::UnpackHi(t0, t1);
+        a[0] = W::Add32(a[0], W::MAdd(W::UnpackLo(e0.a, e1.a), tLo));
+        a[1] = W::Add32(a[1], W::MAdd(W::UnpackHi(e0.a, e1.a), tHi));
+        b[0] = W::Add32(b[0], W::MAdd(W::UnpackLo(e0.b, e1.b), tLo));
+        b[1] = W::Add32(b[1], W::MAdd(W::UnpackHi(e0.b, e1.b), tHi));
+    }
+    void Store(int16_t* pFirst, int16_t* pSecond) const
+    {
+        const T zero = W::Set(0), nh[2] = {W::UnpackLo(n, zero), W::UnpackHi(n, zero)};
+        T qa[2], qb[2];
+        for (int h = 0; h < 2; ++h) {
+            const F nf = W::ToFloat(nh[h]), twoN = W::FMul(nf, W::FSet(2.f)), den = W::FMul(nf, W::FSet(-4.f));
+            const F negTop = W::FMul(nf, W::FSet(-4.f * float(TDepth<Bits>::kMask1)));
+            // -num clamped to -top .. 0, so (-num - 2 n) / -4n is the mean.
+            auto mean = [&](T minus) {
+                const F clamped = W::FMin(W::FMax(W::ToFloat(minus), negTop), W::FSet(0.f));
+                return W::Trunc(W::FDiv(W::FSub(clamped, twoN), den));
+            };
+            qa[h] = mean(a[h]), qb[h] = mean(b[h]);
+        }
+        W::Store(pFirst, W::Pack32(qa[0], qa[1]));
+        W::Store(pSecond, W::Pack32(qb[0], qb[1]));
+    }
+};
+
 // The estimates of the count columns of one parity of line y (see Estimates in
 // variable_gradients.cpp), W::N columns at a time.
-template <class W, bool Green, int Par>
+template <class W, unsigned Bits, bool Green, int Par>
 void EstimateBlocks(const TStrip<int16_t>& s, uint32_t y, uint32_t count, int16_t* pFirst, int16_t* pSecond)
 {
     using T = typename W::T;
@@ -409,7 +547,6 @@ void EstimateBlocks(const TStrip<int16_t>& s, uint32_t y, uint32_t count, int16_
         }
         T lo = g[0], hi = g[0];
         for (int m = 1; m < 8; ++m) lo = W::Min(lo, g[m]), hi = W::Max(hi, g[m]);
-        const T limit = W::Add(lo, W::template Shr<1>(hi));  // chosen: gradient <= min + max / 2
         const T c = p(0, 0);
         struct {
             const TStrip<int16_t>& s;
@@ -419,44 +556,42 @@ void EstimateBlocks(const TStrip<int16_t>& s, uint32_t y, uint32_t count, int16_
             T vs(int dy, int dx) const { return W::Load(&At<Par>(s.sums.vs[(y + dy) & 3], k, dx)); }
             T g4(int dy, int dx) const { return W::Load(&At<Par>(s.sums.g4[(y + dy) & 3], k, dx)); }
         } const sums{s, y, k};
-        T n = W::Set(8), numA = W::Set(0), numB = W::Set(0);
-        auto add = [&](T gradient, TTerms<W> e) {
-            const T skip = W::Gt(gradient, limit);
-            n = W::Add(n, skip);
-            numA = W::Add(numA, W::AndNot(skip, e.a));
-            numB = W::Add(numB, W::AndNot(skip, e.b));
-        };
-        add(g[0], AxisTerms<W, 0, Green>(p, sums, c));
-        add(g[1], AxisTerms<W, 1, Green>(p, sums, c));
-        add(g[2], AxisTerms<W, 2, Green>(p, sums, c));
-        add(g[3], AxisTerms<W, 3, Green>(p, sums, c));
-        add(g[4], DiagonalTerms<W, 0, Green>(p, sums, c));
-        add(g[5], DiagonalTerms<W, 1, Green>(p, sums, c));
-        add(g[6], DiagonalTerms<W, 2, Green>(p, sums, c));
-        add(g[7], DiagonalTerms<W, 3, Green>(p, sums, c));
-        // RoundedMean of the numerators clamped to 0 .. 4 n 255: floor(u / n) with
-        // u = (num + 2 n) / 4 is the high word of 2u ceil(2^15 / n).
-        const T zero = W::Set(0), twoN = W::Add(n, n), top = W::MulLo(n, W::Set(4 * 255)), m = Reciprocals<W>(n);
-        auto mean = [&](T num) {
-            const T u = W::template Shr<2>(W::Add(W::Min(W::Max(num, zero), top), twoN));
-            return W::MulHiU(W::Add(u, u), m);
-        };
-        W::Store(pFirst + j, mean(numA));
-        W::Store(pSecond + j, mean(numB));
+        std::conditional_t<Bits == 8, TChosen<W, Bits>, TChosenDeep<W, Bits>> chosen(lo, hi);
+        chosen.Take2(g[0], AxisTerms<W, 0, Green>(p, sums, c), g[1], AxisTerms<W, 1, Green>(p, sums, c));
+        chosen.Take2(g[2], AxisTerms<W, 2, Green>(p, sums, c), g[3], AxisTerms<W, 3, Green>(p, sums, c));
+        chosen.Take2(g[4], DiagonalTerms<W, 0, Green>(p, sums, c), g[5], DiagonalTerms<W, 1, Green>(p, sums, c));
+        chosen.Take2(g[6], DiagonalTerms<W, 2, Green>(p, sums, c), g[7], DiagonalTerms<W, 3, Green>(p, sums, c));
+        chosen.Store(pFirst + j, pSecond + j);
     }
 }
 
-template <class W>
+template <class W, unsigned Bits>
 void EstimateLine(const TStrip<int16_t>& s, uint32_t y, uint32_t n, int greenParity, TEstimates& first,
                   TEstimates& second)
 {
     if (greenParity == 0) {
-        EstimateBlocks<W, true, 0>(s, y, (n + 1) / 2, first[1], second[1]);
-        EstimateBlocks<W, false, 1>(s, y, n / 2, first[0], second[0]);
+        EstimateBlocks<W, Bits, true, 0>(s, y, (n + 1) / 2, first[1], second[1]);
+        EstimateBlocks<W, Bits, false, 1>(s, y, n / 2, first[0], second[0]);
     } else {
-        EstimateBlocks<W, false, 0>(s, y, (n + 1) / 2, first[0], second[0]);
-        EstimateBlocks<W, true, 1>(s, y, n / 2, first[1], second[1]);
+        EstimateBlocks<W, Bits, false, 0>(s, y, (n + 1) / 2, first[0], second[0]);
+        EstimateBlocks<W, Bits, true, 1>(s, y, n / 2, first[1], second[1]);
     }
+}
+
+template <class W>
+TGradientsVector GradientsVector(uint32_t dwBits)
+{
+    TGradientsVector v{nullptr, nullptr, nullptr};
+    WithDepth(dwBits, [&](auto bits) {
+        if constexpr (bits == 8) {
+            v.widen = WidenBytes<W>;
+        } else {
+            v.widen = WidenWords<W, bits>;
+        }
+        v.planes = TakePlanes<W>;
+        v.estimates = EstimateLine<W, bits>;
+    });
+    return v;
 }
 
 }  // namespace

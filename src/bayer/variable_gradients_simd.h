@@ -91,10 +91,11 @@ TGradientsWriter GradientsWriter_intr(uint32_t dwBits, uint32_t dwDstBytes, bool
 TGradientsWriter GradientsWriter_ssse3(uint32_t dwBits, uint32_t dwDstBytes, bool bIdentity);
 TGradientsWriter GradientsWriter_avx2(uint32_t dwBits, uint32_t dwDstBytes, bool bIdentity);
 
-// The vector stages of 8-bit strips (16-bit lanes): a source line split like WidenRow, the planes of slot y from lines
-// y .. y+2 of a strip of n columns, and the estimates of both parities of line y (whose planes of lines y-2 .. y are
-// taken), green columns of parity greenParity. The same values as the per-pixel loops, in whole blocks of lanes (the
-// spare entries past n hold garbage).
+// The vector stages of strips in 16-bit lanes (at every depth: planes and gradients stay below
+// 2^15): a source line split like WidenRow, the planes of slot y from lines y .. y+2 of a strip
+// of n columns, and the estimates of both parities of line y (whose planes of lines y-2 .. y are
+// taken), green columns of parity greenParity. The same values as the per-pixel loops, in whole
+// blocks of lanes (the spare entries past n hold garbage).
 struct TGradientsVector {
     void (*widen)(const uint8_t* pLine, uint32_t x0, uint32_t n, TRow<int16_t>& row);
     void (*planes)(TStrip<int16_t>& s, uint32_t y, uint32_t n);
@@ -102,7 +103,7 @@ struct TGradientsVector {
                       TEstimates& second);
 };
 
-// The stages of the widest vector set the switches allow (null members without one); the
-// AVX2 copy.
-TGradientsVector GradientsVector_intr();
-TGradientsVector GradientsVector_avx2();
+// The stages for a depth (8, 10, 12) of the widest vector set the switches allow (null members
+// without one); the AVX2 copy.
+TGradientsVector GradientsVector_intr(uint32_t dwBits);
+TGradientsVector GradientsVector_avx2(uint32_t dwBits);

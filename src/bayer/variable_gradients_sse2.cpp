@@ -18,11 +18,11 @@ TGradientsWriter GradientsWriter_intr(uint32_t dwBits, uint32_t dwDstBytes, bool
     return nullptr;
 }
 
-TGradientsVector GradientsVector_intr()
+TGradientsVector GradientsVector_intr(uint32_t dwBits)
 {
 #if defined(__SSE2__)
-    if (g_SSEChecker.UseAVX2()) return GradientsVector_avx2();
-    if (g_SSEChecker.m_bUseSSE2) return {WidenBytes<W128>, TakePlanes<W128>, EstimateLine<W128>};
+    if (g_SSEChecker.UseAVX2()) return GradientsVector_avx2(dwBits);
+    if (g_SSEChecker.m_bUseSSE2) return GradientsVector<W128>(dwBits);
 #endif
     return {nullptr, nullptr, nullptr};
 }
