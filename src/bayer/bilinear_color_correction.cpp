@@ -158,9 +158,8 @@ void RunColorCorrection(const TBayerPlanes& p, const TBayerLut& lut, TColorCorre
         const uint32_t xl = (w - 2 - vec.dwBlock - xv) / 2 * 2 + xv;  // start of the last block
         const TSplitLine rows[5] = {ring(y - 2), ring(y - 1), ring(y), ring(y + 1), ring(y + 2)};
         ScalarSpan(k, lines, s, bRedLine, pOut, 2, xv);
-        const uint8_t* pAhead = source(std::min(y + 3, h - 1));
-        vec.line(rows, pOut, xv, xe, bRedLine, lut, source(y + 2), pAhead);
-        if (xe < w - 2) vec.line(rows, pOut, xl, xl + vec.dwBlock, bRedLine, lut, source(y + 2), pAhead);
+        vec.line(rows, pOut, xv, xe, bRedLine, lut, source(y + 2));
+        if (xe < w - 2) vec.line(rows, pOut, xl, xl + vec.dwBlock, bRedLine, lut, source(y + 2));
         splitColumns(y + 2, 0, xv);
         splitColumns(y + 2, std::max(xe, xl + vec.dwBlock), w);
         ScalarSpan(k, lines, s, bRedLine, pOut, xl + vec.dwBlock, w - 2);

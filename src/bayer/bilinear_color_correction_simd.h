@@ -19,11 +19,9 @@ using TColorCorrectionSplit = void (*)(const uint8_t* pLine, uint32_t dwWidth, c
 // line itself). x0 must be a red or blue column, x1 - x0 a multiple of the block, x0 >= 2 and
 // x1 <= width - 2. bRedLine: the line holds red sites. The bytes are those of the scalar rule.
 // pBelow: the source line of rows[4] (two below), whose columns x0..x1-1 the worker splits into
-// rows[4] as it reads them (the caller splits the others). pAhead: the source line to be split
-// next, whose bytes at the same columns are fetched into the cache along the way (a hint only).
+// rows[4] as it reads them (the caller splits the others).
 using TColorCorrectionLine = void (*)(const TSplitLine (&rows)[5], uint8_t* pOut, uint32_t x0, uint32_t x1,
-                                      bool bRedLine, const TBayerLut& lut, const uint8_t* pBelow,
-                                      const uint8_t* pAhead);
+                                      bool bRedLine, const TBayerLut& lut, const uint8_t* pBelow);
 
 struct TColorCorrectionVector {
     TColorCorrectionSplit split;

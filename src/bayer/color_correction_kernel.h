@@ -185,12 +185,8 @@ enum class TLutUse { Identity, InRegisters, Read };
 
 template <class V, unsigned Bits, uint32_t DstBytes, TLutUse Use, bool RedLine>
 void Blocks(const TSplitLine (&rows)[5], uint8_t* pOut, uint32_t x0, uint32_t x1, const TBayerLut& lut,
-            const uint8_t* pBelow, const uint8_t* pAhead)
+            const uint8_t* pBelow)
 {
-    // One cache line of the next source line per block: blocks span at most 64 bytes of it.
-    auto fetch = [&](uint32_t x) {
-        _mm_prefetch(reinterpret_cast<const char*>(pAhead + size_t(x) * TDepth<Bits>::kBytes), _MM_HINT_T0);
-    };
     using T = typename V::T;
     constexpr int kBlue = RedLine ? 2 : 0, kRed = 2 - kBlue;  // channels of TChannels
     const TRow<V> src[5] = {{rows[0], x0}, {rows[1], x0}, {rows[2], x0}, {rows[3], x0}, {rows[4], x0}};
@@ -209,7 +205,6 @@ void Blocks(const TSplitLine (&rows)[5], uint8_t* pOut, uint32_t x0, uint32_t x1
     if constexpr (Use == TLutUse::Read) {
         alignas(32) uint16_t index[3][V::N];
         for (uint32_t x = x0; x < x1; x += V::N) {
-            fetch(x);
             const TChannels<V> ch = filters((x - x0) / 2);
             for (int i = 0; i < 3; ++i) {
                 V::StoreWords(index[i], V::UnpackLo16(ch.even[i], ch.odd[i]), V::UnpackHi16(ch.even[i], ch.odd[i]));
@@ -230,11 +225,8 @@ void Blocks(const TSplitLine (&rows)[5], uint8_t* pOut, uint32_t x0, uint32_t x1
         // Each word of even | odd << 8 is one pair of pixels.
         auto bytes = [&](T even, T odd) { return V::Or(shift(even), V::template Shl16<8>(shift(odd))); };
         // Steps of i words in the split lines, 2 i columns in the source and the output.
-        const uint8_t* pFetch = pAhead + size_t(x0) * TDepth<Bits>::kBytes;
         uint8_t* p = pOut + size_t(x0) * DstBytes;
-        for (size_t i = 0, n = (x1 - x0) / 2; i < n;
-             i += V::N / 2, p += V::N * DstBytes, pFetch += V::N * TDepth<Bits>::kBytes) {
-            _mm_prefetch(reinterpret_cast<const char*>(pFetch), _MM_HINT_T0);
+        for (size_t i = 0, n = (x1 - x0) / 2; i < n; i += V::N / 2, p += V::N * DstBytes) {
             const TChannels<V> ch = filters(i);
             if constexpr (DstBytes == 3 && !V::kShuffle) {
                 V::StorePairs(p, shift(ch.even[kBlue]), shift(ch.even[1]), shift(ch.even[kRed]), shift(ch.odd[kBlue]),
@@ -254,12 +246,12 @@ void Blocks(const TSplitLine (&rows)[5], uint8_t* pOut, uint32_t x0, uint32_t x1
 
 template <class V, unsigned Bits, uint32_t DstBytes, TLutUse Use>
 void ColorCorrectionLine(const TSplitLine (&rows)[5], uint8_t* pOut, uint32_t x0, uint32_t x1, bool bRedLine,
-                         const TBayerLut& lut, const uint8_t* pBelow, const uint8_t* pAhead)
+                         const TBayerLut& lut, const uint8_t* pBelow)
 {
     if (bRedLine) {
-        Blocks<V, Bits, DstBytes, Use, true>(rows, pOut, x0, x1, lut, pBelow, pAhead);
+        Blocks<V, Bits, DstBytes, Use, true>(rows, pOut, x0, x1, lut, pBelow);
     } else {
-        Blocks<V, Bits, DstBytes, Use, false>(rows, pOut, x0, x1, lut, pBelow, pAhead);
+        Blocks<V, Bits, DstBytes, Use, false>(rows, pOut, x0, x1, lut, pBelow);
     }
 }
 
