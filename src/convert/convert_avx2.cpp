@@ -281,7 +281,15 @@ KAIP_AVX2 inline void StorePlanes(uint8_t* d, __m256i b, __m256i g, __m256i r)
     const __m256i p2 = _mm256_unpacklo_epi16(fg1, t1), p3 = _mm256_unpackhi_epi16(fg1, t1);
     const __m256i q0 = _mm256_permute2x128_si256(p0, p1, 0x20), q1 = _mm256_permute2x128_si256(p0, p1, 0x31);
     const __m256i q2 = _mm256_permute2x128_si256(p2, p3, 0x20), q3 = _mm256_permute2x128_si256(p2, p3, 0x31);
-    if constexpr (W::kBytes == 4) {
+    if constexpr (W::kBytes == 4 && kStream) {
+        // Streamed 16 bytes at a time anyway, so each lane goes to its place without crossing lanes first.
+        const __m256i p[] = {p0, p1, p2, p3};
+        for (int i = 0; i < 4; ++i) {
+            uint8_t* at = d + 64 * (i / 2) + 16 * (i % 2);
+            _mm_stream_si128(reinterpret_cast<__m128i*>(at), _mm256_castsi256_si128(p[i]));
+            _mm_stream_si128(reinterpret_cast<__m128i*>(at + 32), _mm256_extracti128_si256(p[i], 1));
+        }
+    } else if constexpr (W::kBytes == 4) {
         Store<kStream>(d, q0);
         Store<kStream>(d + 32, q1);
         Store<kStream>(d + 64, q2);
