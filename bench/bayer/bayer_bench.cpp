@@ -72,12 +72,12 @@ void OpenCv(benchmark::State& state, TCase c)
     const int code = c.dstBytes == 3 ? cv::COLOR_BayerRG2BGR : cv::COLOR_BayerRG2BGRA;
     cv::Mat table(1, 256, CV_8UC1);
     for (int i = 0; i < 256; ++i) table.at<uint8_t>(i) = uint8_t(255.0 * std::pow(i / 255.0, 1 / 1.8) + 0.5);
-    cv::Mat out, out8;
+    cv::Mat out, out8, mapped;
     cv::setNumThreads(1);  // one thread, as ours
     for (auto _ : state) {
         cv::cvtColor(mosaic, out, code);
         if (bDeep) out.convertTo(out8, CV_8U, 1.0 / 16);
-        if (c.lut == TLut::Gamma) cv::LUT(out, table, out8);
+        if (c.lut == TLut::Gamma) cv::LUT(bDeep ? out8 : out, table, mapped);
         benchmark::ClobberMemory();
     }
     SetPixelRate(state, uint64_t(w) * h);
@@ -94,6 +94,8 @@ const int kRegistered = [] {
          TLut::Gamma},
         {"Bilinear12_BGR8", KaipBdBilinearInterpolation, KaipPixelFormat_BayerRG12, KaipPixelFormat_BGR8Packed, 3,
          TLut::None},
+        {"Bilinear12_BGR8_Lut", KaipBdBilinearInterpolation, KaipPixelFormat_BayerRG12, KaipPixelFormat_BGR8Packed, 3,
+         TLut::Gamma},
         // The 5x5 decoders, compared with the bilinear cases of the same source, destination and LUT.
         {"ColorCorrection8_BGR8", KaipBdBilinearColorCorrection, KaipPixelFormat_BayerRG8, KaipPixelFormat_BGR8Packed,
          3, TLut::None},

@@ -576,6 +576,48 @@ void IdentityLineDeep(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pD
     }
 }
 
+// A LUT whose doubled and quadrupled tables repeat its single ones, 10 or 12 bits: out =
+// table[mean], the means as IdentityLineDeep takes them but kept whole (the mask, then a two-sum
+// halved, a four-sum quartered). Those of a stretch of blocks go to three word buffers, then each
+// pixel is three byte loads ORed into a four-byte store (the fourth byte as in MappedLine).
+template <class V, unsigned Bits, uint32_t DstBytes>
+void DeepMappedLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut, uint32_t x0,
+                    uint32_t x1, TLineSites s, const TLineTables& t)
+{
+    using T = typename V::T;
+    using D = TDepth<Bits>;
+    constexpr uint32_t kChunk = 256, kHalf = V::N / 2;  // pixels per stretch and per register of words
+    alignas(32) uint16_t own[kChunk], g[kChunk], other[kChunk];
+    const uint16_t* const iB = s.bRedLine ? other : own;
+    const uint16_t* const iR = s.bRedLine ? own : other;
+    const T colour = V::Set32(s.bColourFirst ? 0x0000FFFF : int32_t(0xFFFF0000u));  // word lanes of the colour sites
+    const T mask1 = V::Set16(int16_t(D::kMask1)), mask2 = V::Set16(int16_t(D::kMask2)),
+            mask4 = V::Set16(int16_t(D::kMask4));
+    for (uint32_t c = x0; c < x1; c += kChunk) {
+        const uint32_t n = x1 - c < kChunk ? x1 - c : kChunk;
+        for (uint32_t i = 0; i < n; i += kHalf) {
+            const size_t o = 2 * size_t(c + i);
+            const T sumA = V::Add(V::Load(pCur + o - 2), V::Load(pCur + o + 2));
+            const T sumV = V::Add(V::Load(pUp + o), V::Load(pDown + o));
+            const T sumD = V::Add(V::Add(V::Load(pUp + o - 2), V::Load(pUp + o + 2)),
+                                  V::Add(V::Load(pDown + o - 2), V::Load(pDown + o + 2)));
+            const T sample = V::And16(V::Load(pCur + o), mask1);
+            const T across = V::template Shr<1>(V::And16(sumA, mask2));
+            const T upDown = V::template Shr<1>(V::And16(sumV, mask2));
+            const T direct = V::template Shr<2>(V::And16(V::Add(sumA, sumV), mask4));
+            const T diagonal = V::template Shr<2>(V::And16(sumD, mask4));
+            V::Store(reinterpret_cast<uint8_t*>(own + i), V::Select(colour, sample, across));
+            V::Store(reinterpret_cast<uint8_t*>(g + i), V::Select(colour, direct, sample));
+            V::Store(reinterpret_cast<uint8_t*>(other + i), V::Select(colour, diagonal, upDown));
+        }
+        uint8_t* p = pOut + size_t(c) * DstBytes;
+        for (uint32_t i = 0; i < n; ++i, p += DstBytes) {
+            const uint32_t v = t.lut.pBlue[iB[i]] | uint32_t(t.lut.pGreen[g[i]]) << 8 | uint32_t(t.lut.pRed[iR[i]]) << 16;
+            std::memcpy(p, &v, 4);
+        }
+    }
+}
+
 // With tables: the sums are the indices of the scalar rule (own into the single tables, two-sums
 // into the doubled, four-sums into the quadrupled), gathered per channel into a small buffer and
 // looked up pixel by pixel, the first pixel of each pair from the colour-site tables.
@@ -616,13 +658,14 @@ void TableLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, ui
     }
 }
 
-// Whether the doubled and quadrupled tables of an 8-bit LUT repeat its single ones, so that
-// table2[a + b] = table[(a + b) / 2] and table4[sum] = table[sum / 4]: then the means can be
-// looked up in the single tables.
-inline bool RepeatsSingleTables(const TBayerLut& lut)
+// Whether the doubled and quadrupled tables of a LUT of dwEntries single entries (256, 1024, 4096)
+// repeat its single ones, so that table2[a + b] = table[(a + b) / 2] and table4[sum] = table[sum /
+// 4]: then the means can be looked up in the single tables.
+inline bool RepeatsSingleTables(const TBayerLut& lut, uint32_t dwEntries)
 {
-    for (uint32_t s = 0; s < 1024; ++s) {
-        if (s < 512 && (lut.pRed2[s] != lut.pRed[s >> 1] || lut.pBlue2[s] != lut.pBlue[s >> 1])) return false;
+    for (uint32_t s = 0; s < 4 * dwEntries; ++s) {
+        if (s < 2 * dwEntries && (lut.pRed2[s] != lut.pRed[s >> 1] || lut.pBlue2[s] != lut.pBlue[s >> 1]))
+            return false;
         if (lut.pRed4[s] != lut.pRed[s >> 2] || lut.pGreen4[s] != lut.pGreen[s >> 2] ||
             lut.pBlue4[s] != lut.pBlue[s >> 2])
             return false;
@@ -631,7 +674,7 @@ inline bool RepeatsSingleTables(const TBayerLut& lut)
 }
 
 // The line worker for a depth, a destination and the LUT kind; null where the vector code has none
-// (tables at 10 or 12 bits).
+// (tables at 10 or 12 bits that do not repeat their single ones).
 template <class V, uint32_t DstBytes>
 auto LineWorker(uint32_t dwBits, bool bIdentity, const TBayerLut& lut)
 {
@@ -641,13 +684,15 @@ auto LineWorker(uint32_t dwBits, bool bIdentity, const TBayerLut& lut)
         if (dwBits == 8 && bIdentity) return TLineFn(PairLine<V>);
     }
     if (dwBits == 8 && bIdentity) return TLineFn(IdentityLine<V, DstBytes>);
-    if (dwBits == 8 && RepeatsSingleTables(lut)) {
+    if (dwBits == 8 && RepeatsSingleTables(lut, 256)) {
         if constexpr (V::kShuffle) return TLineFn(ShuffledLine<V, DstBytes>);
         return TLineFn(MappedLine<V, DstBytes>);
     }
     if (dwBits == 8) return TLineFn(TableLine<V, DstBytes>);
-    if (!bIdentity) return TLineFn(nullptr);
-    return dwBits == 10 ? TLineFn(IdentityLineDeep<V, 10, DstBytes>) : TLineFn(IdentityLineDeep<V, 12, DstBytes>);
+    if (bIdentity)
+        return dwBits == 10 ? TLineFn(IdentityLineDeep<V, 10, DstBytes>) : TLineFn(IdentityLineDeep<V, 12, DstBytes>);
+    if (!RepeatsSingleTables(lut, 1u << dwBits)) return TLineFn(nullptr);
+    return dwBits == 10 ? TLineFn(DeepMappedLine<V, 10, DstBytes>) : TLineFn(DeepMappedLine<V, 12, DstBytes>);
 }
 
 // The interior lines: whole blocks of V::N pixels from column 1, then one more block ending at

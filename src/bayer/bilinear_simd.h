@@ -8,10 +8,10 @@
 // Decodes columns 1..x-1 of the interior lines 1..h-2 of a mosaic of dwBits (8, 10, 12) with the
 // widest vector set the switches of g_SSEChecker allow and returns x, the first column left to
 // the scalar rule: w-1 (none left), or 1 when the switches are closed, the lines hold fewer
-// interior columns than a register has lanes, or a LUT object comes with 10 or 12 bits. The
-// bytes written are those of the scalar rule: each mean is the same truncated sum; with bIdentity
-// (null LUT) the lookups of the identity tables (out = mean shifted to 8 bits) are left out,
-// otherwise the tables are read.
+// interior columns than a register has lanes, or the LUT of a 10- or 12-bit mosaic has doubled or
+// quadrupled tables that do not repeat its single ones. The bytes written are those of the scalar
+// rule: each mean is the same truncated sum; with bIdentity (null LUT) the lookups of the identity
+// tables (out = mean shifted to 8 bits) are left out, otherwise the tables are read.
 uint32_t BilinearInterior_intr(const TBayerPlanes& p, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwBits,
                                uint32_t dwDstBytes, const TBayerLut& lut, bool bIdentity);
 
