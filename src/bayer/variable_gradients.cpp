@@ -217,8 +217,15 @@ void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint3
     TEstimates first, second;
     for (uint32_t x0 = 2; x0 < w - 2; x0 += kStrip) {
         const uint32_t x1 = std::min(x0 + kStrip, w - 2), n = x1 - x0;
+        const size_t bytes = size_t(n + 4) * TDepth<Bits>::kBytes;
         for (uint32_t r = 0; r < h; ++r) {
             const uint8_t* pLine = p.pSrc + size_t(r) * p.dwSrcLineIncrement;
+            // A strip reads short stretches of lines far apart: fetch the stretch two lines ahead.
+            if (r + 2 < h) {
+                const uint8_t* pAhead =
+                    pLine + 2 * size_t(p.dwSrcLineIncrement) + size_t(x0 - 2) * TDepth<Bits>::kBytes;
+                for (size_t i = 0; i < bytes; i += 64) __builtin_prefetch(pAhead + i);
+            }
             if constexpr (std::is_same_v<T, int16_t>) {
                 if (vec.widen) {
                     vec.widen(pLine, x0, n, strip.src[r & 7]);
