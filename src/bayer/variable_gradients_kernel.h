@@ -423,12 +423,20 @@ inline __attribute__((always_inline)) TTerms<W> DiagonalTerms(const P& p, const 
     }
 }
 
-// ceil(2^15 / n) for n = 1..8 lane by lane, as Reciprocal<15> builds it.
+// ceil(2^15 / n) for n = 1..8 lane by lane, as Reciprocal<15> builds it; with AVX2 the words
+// of a table picked by a byte shuffle (bytes 2 (n-1) and 2 (n-1) + 1 of each word's lane).
 template <class W>
 inline typename W::T Reciprocals(typename W::T n)
 {
-    auto r = [](int32_t t) { return int32_t(((1 << 15) + t - 1) / t); };
-    typename W::T m = W::Set(int16_t(r(8)));
+    auto r = [](int32_t t) { return int16_t(((1 << 15) + t - 1) / t); };
+#if defined(__AVX2__)
+    if constexpr (W::N == 16) {
+        const __m256i table = _mm256_setr_epi16(r(1), r(2), r(3), r(4), r(5), r(6), r(7), r(8), r(1), r(2), r(3), r(4),
+                                                r(5), r(6), r(7), r(8));
+        return _mm256_shuffle_epi8(table, W::Add(W::MulLo(n, W::Set(0x0202)), W::Set(-0x0102)));
+    }
+#endif
+    typename W::T m = W::Set(r(8));
     for (int t = 1; t < 8; ++t)
         m = W::Add(m, W::And(W::Gt(W::Set(int16_t(t + 1)), n), W::Set(int16_t(r(t) - r(t + 1)))));
     return m;
