@@ -429,8 +429,8 @@ void ShuffledLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown,
 // (two buffers). Each store's fourth byte is overwritten by the next pixel; the last one of a line
 // falls on column w-1, which the frame rule writes afterwards.
 template <class V, uint32_t DstBytes>
-void MappedLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut, uint32_t x0,
-                uint32_t x1, TLineSites s, const TLineTables& t)
+void MappedLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, uint8_t* pOut, uint32_t x0, uint32_t x1,
+                TLineSites s, const TLineTables& t)
 {
     using T = typename V::T;
     alignas(32) uint8_t index[2][4 * V::N];
@@ -612,7 +612,8 @@ void DeepMappedLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDow
         }
         uint8_t* p = pOut + size_t(c) * DstBytes;
         for (uint32_t i = 0; i < n; ++i, p += DstBytes) {
-            const uint32_t v = t.lut.pBlue[iB[i]] | uint32_t(t.lut.pGreen[g[i]]) << 8 | uint32_t(t.lut.pRed[iR[i]]) << 16;
+            const uint32_t v =
+                t.lut.pBlue[iB[i]] | uint32_t(t.lut.pGreen[g[i]]) << 8 | uint32_t(t.lut.pRed[iR[i]]) << 16;
             std::memcpy(p, &v, 4);
         }
     }
@@ -664,8 +665,7 @@ void TableLine(const uint8_t* pUp, const uint8_t* pCur, const uint8_t* pDown, ui
 inline bool RepeatsSingleTables(const TBayerLut& lut, uint32_t dwEntries)
 {
     for (uint32_t s = 0; s < 4 * dwEntries; ++s) {
-        if (s < 2 * dwEntries && (lut.pRed2[s] != lut.pRed[s >> 1] || lut.pBlue2[s] != lut.pBlue[s >> 1]))
-            return false;
+        if (s < 2 * dwEntries && (lut.pRed2[s] != lut.pRed[s >> 1] || lut.pBlue2[s] != lut.pBlue[s >> 1])) return false;
         if (lut.pRed4[s] != lut.pRed[s >> 2] || lut.pGreen4[s] != lut.pGreen[s >> 2] ||
             lut.pBlue4[s] != lut.pBlue[s >> 2])
             return false;
