@@ -119,11 +119,14 @@ struct KGather {
             const uint32_t at = StepAt(x, covered) / M::kUnitPixels;
             const uint8_t* s = pS + at * M::kUnitIn;
             uint8_t* d = pD + at * M::kUnitOut;
+            // Every kept byte is read before the step's first store: reading a cache line that a non-temporal
+            // store has begun would flush it half written.
+            __m256i v[TControls<P>::kVectors];
             for (int o = 0; o < TControls<P>::kVectors; ++o) {
-                __m256i v = Gather(s, k, o);
-                if constexpr (M::kKeep) v = _mm256_or_si256(v, _mm256_and_si256(Load(d + 32 * o), k.keep[o]));
-                Store<kStream>(d + 32 * o, v);
+                v[o] = Gather(s, k, o);
+                if constexpr (M::kKeep) v[o] = _mm256_or_si256(v[o], _mm256_and_si256(Load(d + 32 * o), k.keep[o]));
             }
+            for (int o = 0; o < TControls<P>::kVectors; ++o) Store<kStream>(d + 32 * o, v[o]);
         }
         R rd;
         const W wr;

@@ -176,13 +176,16 @@ inline __m128i Kept(const uint8_t* d)
     return _mm_and_si128(Load(d), _mm_set1_epi32(int32_t(0xFF000000)));
 }
 
-// 4 pixels R, G, B, A to B, G, R and the destination's own fourth byte.
+// 16 pixels R, G, B, A to B, G, R and the destination's own fourth byte. Every kept byte is read before the
+// step's first store, as in SShifts.
 struct SRGB32ToBGR32 {
-    static constexpr uint32_t kPixels = 4, kInBytes = 16, kOutBytes = 16;
+    static constexpr uint32_t kPixels = 16, kInBytes = 64, kOutBytes = 64;
     template <bool kStream>
     void Run(const uint8_t* s, uint8_t* d) const
     {
-        Store<kStream>(d, _mm_or_si128(SwapRB(Load(s)), Kept(d)));
+        __m128i v[4];
+        for (int i = 0; i < 4; ++i) v[i] = _mm_or_si128(SwapRB(Load(s + 16 * i)), Kept(d + 16 * i));
+        for (int i = 0; i < 4; ++i) Store<kStream>(d + 16 * i, v[i]);
     }
 };
 

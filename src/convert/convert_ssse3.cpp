@@ -63,11 +63,14 @@ struct KGather {
         const uint8_t* s = pS;
         uint8_t* d = pD;
         for (uint32_t i = 0; i < steps; ++i, s += P::kInBytes, d += P::kOutBytes) {
+            // Every kept byte is read before the step's first store: reading a cache line that a non-temporal
+            // store has begun would flush it half written.
+            __m128i v[P::kChunks];
             for (int c = 0; c < P::kChunks; ++c) {
-                __m128i v = Gather(s, k, c);
-                if constexpr (M::kKeep) v = _mm_or_si128(v, _mm_and_si128(Load(d + 16 * c), k.keep[c]));
-                Store<kStream>(d + 16 * c, v);
+                v[c] = Gather(s, k, c);
+                if constexpr (M::kKeep) v[c] = _mm_or_si128(v[c], _mm_and_si128(Load(d + 16 * c), k.keep[c]));
             }
+            for (int c = 0; c < P::kChunks; ++c) Store<kStream>(d + 16 * c, v[c]);
         }
         R rd;
         const W wr;
