@@ -38,7 +38,7 @@ KAIP_AVX2 inline __m256i Load2(const uint8_t* pLow, const uint8_t* pHigh)
 // The pixels of a line the 32-pixel steps cover: all its whole 16-pixel units when there are at least two, so
 // that a streamed line keeps streaming up to the scalar tail the 16-pixel builds would leave too. The step at
 // x starts at StepAt(x, covered): the last one moves back to end at `covered`, rewriting 16 pixels with the
-// same bytes (a kept destination byte is read back unchanged).
+// same bytes.
 inline uint32_t Covered(uint32_t dwWidth)
 {
     return dwWidth >= 32 ? dwWidth / 16 * 16 : 0;
@@ -114,7 +114,9 @@ struct KGather {
     KAIP_AVX2 void Line(const uint8_t* pS, uint8_t* pD) const
     {
         static const TControls<P> k;  // built once, on first use, by the thread-safe static initialisation
-        const uint32_t covered = Covered(dwWidth);
+        // A map that keeps destination bytes takes whole steps only: a step moved back would read bytes that
+        // the step before has just begun to stream, flushing them half written.
+        const uint32_t covered = M::kKeep ? dwWidth / 32 * 32 : Covered(dwWidth);
         for (uint32_t x = 0; x < covered; x += 32) {
             const uint32_t at = StepAt(x, covered) / M::kUnitPixels;
             const uint8_t* s = pS + at * M::kUnitIn;
