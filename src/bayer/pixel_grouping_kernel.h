@@ -20,8 +20,10 @@ namespace {
 // The operations without an operator in vector notation, on registers R_ (floats F_) of the
 // intrinsics prefixed P: Lo and Hi interleave the first or second halves of a and b (as 32-bit
 // lanes a + b * 65536) within each 128-bit part, Narrow packs two such halves back in order
-// (saturating), Madd sums the products of lane pairs, ToFloat and Trunc convert 32-bit lanes
-// to float and back (truncating). One definition for both register widths.
+// (saturating; NarrowInOrder keeps memory order across 128-bit parts, IN_ORDER), Madd sums the
+// products of lane pairs, ToFloat and Trunc convert 32-bit lanes to float and back (truncating),
+// MoveMask gathers the top bit of every byte, Abs (SSSE3 on) is pabsw. One definition for both
+// register widths.
 #if defined(__SSSE3__)
 #define KAIP_GROUPING_ABS(P)     \
     static R Abs(R v)            \

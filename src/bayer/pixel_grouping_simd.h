@@ -1,4 +1,4 @@
-// pixel_grouping_simd.h: the vector loops of 8-bit pixel grouping over lines split by column parity.
+// pixel_grouping_simd.h: the vector loops of pixel grouping (8 to 12 bits) over lines split by column parity.
 #pragma once
 
 #include <array>
