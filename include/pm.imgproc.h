@@ -391,7 +391,7 @@ KAIP_API KaipStatus KaipBdBilinearInterpolation(const KaipImgInfo* pSrcImgInfo, 
  * Measured at 2448x2048 on one thread: about 4.5 times the bilinear decoder's time with an
  * 8-bit LUT (SSE2 alone and with AVX2), 11 times without a LUT (the bilinear decoder then
  * only averages bytes), 8 to 9.5 times for 12-bit sources.
- * Allocates one strip buffer (about 120 KB; 240 KB for 10- and 12-bit sources with SIMD
+ * Allocates one strip buffer (about 240 KB; 470 KB for 10- and 12-bit sources with SIMD
  * switched off) per call: when that fails it returns KASTATUS_KAIP_MEMORY_ALLOC_FAILED, after
  * a rebuild of the destination but before any write. */
 KAIP_API KaipStatus KaipBdVariableGradients(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,

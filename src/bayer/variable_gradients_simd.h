@@ -19,7 +19,7 @@ struct TTurned {
 // column parity: column x0 - 4 + i lies in half i & 1 at index i >> 1. Columns x0 - 2 .. x1 + 1 are the image's,
 // the two beyond them on either side are zero (only unused plane entries read them). The vector
 // loops run whole blocks past the strip's last column: kSpare more entries keep them inside.
-constexpr uint32_t kStrip = 1024;
+constexpr uint32_t kStrip = 2048;
 constexpr uint32_t kSpare = 32;
 constexpr uint32_t kHalf = kStrip / 2 + 4 + kSpare;
 template <class T>
