@@ -1,6 +1,7 @@
-// variable_gradients_kernel.h: the vector output stage of the variable-gradients decoder, written once over the
-// bilinear decoder's register sets. Included only by variable_gradients_sse2/ssse3/avx2.cpp, each compiled for
-// its own instruction set: everything here has internal linkage, so the copies never mix.
+// variable_gradients_kernel.h: the vector stages of the variable-gradients decoder (source split, gradient planes,
+// estimates in word lanes; the output stage over the bilinear decoder's register sets), written once. Included
+// only by variable_gradients_sse2/ssse3/avx2.cpp, each compiled for its own instruction set: everything here has
+// internal linkage, so the copies never mix.
 #pragma once
 
 #include "bayer/bilinear_kernel.h"
