@@ -388,8 +388,8 @@ KAIP_API KaipStatus KaipBdBilinearInterpolation(const KaipImgInfo* pSrcImgInfo, 
  * the directions whose gradient is at most 1.5 x minimum + 0.5 x (maximum - minimum) are kept,
  * and each missing colour is the pixel's own sample plus the mean, over the kept directions,
  * of that colour's difference to the pixel's colour around the neighbour in the direction.
- * Measured at 2448x2048 on one thread: about 4.5 times the bilinear decoder's time with an
- * 8-bit LUT (SSE2 alone and with AVX2), 11 times without a LUT (the bilinear decoder then
+ * Measured at 2448x2048 on one thread: about 4 times the bilinear decoder's time with an
+ * 8-bit LUT (SSE2 alone and with AVX2), 9 to 12 times without a LUT (the bilinear decoder then
  * only averages bytes), 8 to 9.5 times for 12-bit sources.
  * Allocates one strip buffer (about 240 KB; 470 KB for 10- and 12-bit sources with SIMD
  * switched off) per call: when that fails it returns KASTATUS_KAIP_MEMORY_ALLOC_FAILED, after
