@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "bayer/interpolation_model.h"
-#include "platform/os_buffer.h"
 
 using namespace bayer_model;
 
@@ -27,11 +26,7 @@ TEST(BilinearColorCorrectionSimd, WithoutItsLineRingTheScalarRuleDecodesEverythi
     for (uint32_t bits : {8u, 12u}) {
         const BayerImage src(70, 9, bits, false, true, 5 + bits);
         auto dst = Destination(70, 9, KaipPixelFormat_BGR8Packed, 3);
-        oxOsBufferFailAfter(0);
-        const KaipStatus status =
-            KaipBdBilinearColorCorrection(&src.img->info, &dst->info, KaipPixelFormat_BGR8Packed, 0, nullptr);
-        oxOsBufferFailAfter(-1);
-        ASSERT_EQ(status, KASTATUS_OK);
+        ASSERT_EQ(DecodeWithoutMemory(KaipBdBilinearColorCorrection, src, *dst), KASTATUS_OK);
         const auto want = Expected(*dst, 3, false,
                                    [&](uint32_t x, uint32_t y) { return ColorCorrection(src.m, lut.of(bits), x, y); });
         EXPECT_EQ(FirstDifference(*dst, 3, want), "") << "bits " << bits;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "bayer/bayer_model.h"
+#include "platform/os_buffer.h"
 
 namespace bayer_model {
 
@@ -330,6 +331,15 @@ inline void ExpectLutAndDestinationRefusals(Decoder decode)
         EXPECT_EQ(decode(&src.img->info, &dst->info, f, KaipOption_ReallocateDst, nullptr),
                   KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT);
     }
+}
+
+// The decoder's status, and its BGR8 output in dst, when its first buffer allocation fails.
+inline KaipStatus DecodeWithoutMemory(Decoder decode, const BayerImage& src, GuardedImage& dst)
+{
+    oxOsBufferFailAfter(0);
+    const KaipStatus status = decode(&src.img->info, &dst.info, KaipPixelFormat_BGR8Packed, 0, nullptr);
+    oxOsBufferFailAfter(-1);
+    return status;
 }
 
 }  // namespace bayer_model

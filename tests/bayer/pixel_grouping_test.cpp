@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include "bayer/interpolation_model.h"
-#include "platform/os_buffer.h"
 
 using namespace bayer_model;
 
@@ -63,10 +62,7 @@ TEST(BdPixelGrouping, ReportsAFailedLineBufferAllocation)
 {
     BayerImage src(9, 7, 10, false, false, 5);
     auto dst = Destination(9, 7, KaipPixelFormat_BGR8Packed, 3);
-    oxOsBufferFailAfter(0);
-    const KaipStatus status = KaipBdPixelGrouping(&src.img->info, &dst->info, KaipPixelFormat_BGR8Packed, 0, nullptr);
-    oxOsBufferFailAfter(-1);
-    EXPECT_EQ(status, KASTATUS_KAIP_MEMORY_ALLOC_FAILED);
+    EXPECT_EQ(DecodeWithoutMemory(KaipBdPixelGrouping, src, *dst), KASTATUS_KAIP_MEMORY_ALLOC_FAILED);
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include "bayer/interpolation_model.h"
-#include "platform/os_buffer.h"
 
 using namespace bayer_model;
 
@@ -30,11 +29,7 @@ TEST(BdVariableGradients, ReportsAFailedStripBufferAllocation)
 {
     BayerImage src(9, 7, 8, false, false, 5);
     auto dst = Destination(9, 7, KaipPixelFormat_BGR8Packed, 3);
-    oxOsBufferFailAfter(0);
-    const KaipStatus status =
-        KaipBdVariableGradients(&src.img->info, &dst->info, KaipPixelFormat_BGR8Packed, 0, nullptr);
-    oxOsBufferFailAfter(-1);
-    EXPECT_EQ(status, KASTATUS_KAIP_MEMORY_ALLOC_FAILED);
+    EXPECT_EQ(DecodeWithoutMemory(KaipBdVariableGradients, src, *dst), KASTATUS_KAIP_MEMORY_ALLOC_FAILED);
 }
 
 // The division-free rounded mean equals the division for every numerator and count it meets:
