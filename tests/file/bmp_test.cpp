@@ -121,12 +121,12 @@ TEST(BmpInfo, BmpInfoToImgInfo)
         {40, 24, 0, 1, -1, 0, KaipPixelFormat_BGR8Packed, 4, 4},
         {40, 32, 0, 3, 2, 0, KaipPixelFormat_BGRA8Packed, 6, 12},
         {40, 24, 3, 2, 2, 0, KaipPixelFormat_BGR8Packed, 6, 8},
-        {12, 8, 0, 4, 4, KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER},
-        {40, 8, 1, 4, 4, KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER},
-        {40, 12, 0, 4, 4, KASTATUS_KAIP_INVALID_PIXEL_FORMAT},
-        {40, 32, 0, 0x7FFFFFFF, 0x7FFFFFFF, KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER},
-        {40, 8, 0, -4, 4, KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER},
-        {40, 24, 0, 5, INT32_MIN, KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER},  // a height that cannot be negated
+        {12, 8, 0, 4, 4, KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, 0, 0, 0},
+        {40, 8, 1, 4, 4, KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, 0, 0, 0},
+        {40, 12, 0, 4, 4, KASTATUS_KAIP_INVALID_PIXEL_FORMAT, 0, 0, 0},
+        {40, 32, 0, 0x7FFFFFFF, 0x7FFFFFFF, KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, 0, 0, 0},
+        {40, 8, 0, -4, 4, KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, 0, 0, 0},
+        {40, 24, 0, 5, INT32_MIN, KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, 0, 0, 0},  // a height that cannot be negated
     };
     for (const auto& c : cases) {
         tagBITMAPINFO bmi{};
@@ -136,7 +136,9 @@ TEST(BmpInfo, BmpInfoToImgInfo)
         img.pData = &sentinel;
         ASSERT_EQ(c.status, KaipBmpInfoToImgInfo(&bmi, &img)) << c.bitCount << " " << c.width << "x" << c.height;
         EXPECT_EQ(&sentinel, img.pData);  // nothing allocated, pData untouched
-        if (c.status == KASTATUS_KAIP_INVALID_PIXEL_FORMAT) EXPECT_EQ(4u, img.Width);  // set before the bit count
+        if (c.status == KASTATUS_KAIP_INVALID_PIXEL_FORMAT) {
+            EXPECT_EQ(4u, img.Width);  // set before the bit count
+        }
         if (c.status) continue;
         EXPECT_EQ(uint32_t(c.width), img.Width);
         EXPECT_EQ(uint32_t(std::abs(c.height)), img.Height);
