@@ -168,7 +168,8 @@ struct FPack {
     }
     KAIP_AVX2 static __m256i Pack(__m256i bg, __m256i rg)
     {
-        return _mm256_or_si256(_mm256_or_si256(Field < 0, 5, k565 ? 11 : 10 > (rg), Field < 1, k565 ? 6 : 5, 5 > (bg)),
+        constexpr int kRedAt = k565 ? 11 : 10, kGreenBits = k565 ? 6 : 5;
+        return _mm256_or_si256(_mm256_or_si256(Field<0, 5, kRedAt>(rg), Field<1, kGreenBits, 5>(bg)),
                                Field<0, 5, 0>(bg));
     }
     template <bool kStream>
@@ -263,8 +264,9 @@ KAIP_AVX2 inline void YuvToWords(__m256i s, __m256i& b, __m256i& g, __m256i& r)
     const __m256i low = _mm256_set1_epi16(0xFF);
     const __m256i y = kLumaFirst ? _mm256_and_si256(s, low) : _mm256_srli_epi16(s, 8);
     const __m256i c128 = _mm256_set1_epi16(128);
-    const __m256i u = _mm256_sub_epi16(_mm256_shuffle_epi8(s, PairByte < kLumaFirst ? 1 : 0 > ()), c128);
-    const __m256i v = _mm256_sub_epi16(_mm256_shuffle_epi8(s, PairByte < kLumaFirst ? 3 : 2 > ()), c128);
+    constexpr int kU = kLumaFirst ? 1 : 0, kV = kLumaFirst ? 3 : 2;  // the chroma bytes of a pixel pair
+    const __m256i u = _mm256_sub_epi16(_mm256_shuffle_epi8(s, PairByte<kU>()), c128);
+    const __m256i v = _mm256_sub_epi16(_mm256_shuffle_epi8(s, PairByte<kV>()), c128);
     const __m256i rest = AddTimes<T::kYLo>(_mm256_set1_epi16(int16_t(T::kL)), y);
     r = Channel<0, T::kRVLo, 0, T::kRVHi>(rest, y, u, v);
     g = Channel<T::kGULo, T::kGVLo, T::kGUHi, T::kGVHi>(rest, y, u, v);

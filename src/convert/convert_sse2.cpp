@@ -363,8 +363,9 @@ struct SBytes4ToShort {
     // Sign-extended from the low word, so the signed pack keeps the word as it is.
     static __m128i Pack(__m128i v)
     {
-        const __m128i w = _mm_or_si128(
-            _mm_or_si128(Field < O, 5, k565 ? 11 : 10 > (v), Field < 1, k565 ? 6 : 5, 5 > (v)), Field<2 - O, 5, 0>(v));
+        constexpr int kRedAt = k565 ? 11 : 10, kGreenBits = k565 ? 6 : 5;
+        const __m128i w =
+            _mm_or_si128(_mm_or_si128(Field<O, 5, kRedAt>(v), Field<1, kGreenBits, 5>(v)), Field<2 - O, 5, 0>(v));
         return _mm_srai_epi32(_mm_slli_epi32(w, 16), 16);
     }
     template <bool kStream>

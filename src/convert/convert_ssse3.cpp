@@ -110,8 +110,8 @@ struct FPack {
     }
     KAIP_SSSE3 static __m128i Pack(__m128i bg, __m128i rg)
     {
-        return _mm_or_si128(_mm_or_si128(Field < 0, 5, k565 ? 11 : 10 > (rg), Field < 1, k565 ? 6 : 5, 5 > (bg)),
-                            Field<0, 5, 0>(bg));
+        constexpr int kRedAt = k565 ? 11 : 10, kGreenBits = k565 ? 6 : 5;
+        return _mm_or_si128(_mm_or_si128(Field<0, 5, kRedAt>(rg), Field<1, kGreenBits, 5>(bg)), Field<0, 5, 0>(bg));
     }
     template <bool kStream>
     KAIP_SSSE3 static void Put(uint8_t* d, __m128i bg0, __m128i rg0, __m128i bg1, __m128i rg1)
