@@ -390,7 +390,7 @@ KAIP_API KaipStatus KaipBdBilinearInterpolation(const KaipImgInfo* pSrcImgInfo, 
  * of that colour's difference to the pixel's colour around the neighbour in the direction.
  * Measured at 2448x2048 on one thread: about 4 times the bilinear decoder's time with an
  * 8-bit LUT (SSE2 alone and with AVX2), 9 to 12 times without a LUT (the bilinear decoder then
- * only averages bytes), 8 to 9.5 times for 12-bit sources.
+ * only averages bytes), 8 to 11 times for 12-bit sources.
  * Allocates one strip buffer (about 240 KB; 470 KB for 10- and 12-bit sources with SIMD
  * switched off) per call: when that fails it returns KASTATUS_KAIP_MEMORY_ALLOC_FAILED, after
  * a rebuild of the destination but before any write. */
@@ -403,8 +403,8 @@ KAIP_API KaipStatus KaipBdVariableGradients(const KaipImgInfo* pSrcImgInfo, Kaip
  * in 8-bit steps; red and blue then follow the green plane by hue transit, in proportion where
  * green rises or falls steadily across the pixel and by colour difference otherwise; at red
  * and blue sites along the diagonal of smaller gradient. The best PSNR of the library, at about
- * 7.5 times the bilinear decoder's time for 8-bit mosaics without a LUT (6 with AVX2), 5 to 6
- * times for 12-bit ones and 3 to 4 times with a LUT.
+ * 7 times the bilinear decoder's time for 8-bit mosaics without a LUT (6 to 7 with AVX2), 5 to
+ * 6.5 times for 12-bit ones and about 4 times with a LUT.
  * Allocates line buffers per call (about 26 bytes per column; 12 with SIMD.Level 0): when that
  * fails it returns KASTATUS_KAIP_MEMORY_ALLOC_FAILED, after a rebuild of the destination but
  * before any write. */
