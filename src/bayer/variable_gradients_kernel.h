@@ -6,6 +6,7 @@
 
 #include "bayer/bilinear_kernel.h"
 #include "bayer/variable_gradients_simd.h"
+#include "bayer/word_lanes.h"
 
 namespace {
 
@@ -142,150 +143,22 @@ TGradientsWriter GradientsWriter(uint32_t dwBits, uint32_t dwDstBytes, bool bIde
 
 // ---- the estimates of 8-bit strips in 16-bit lanes ----
 
-// Word lanes: 8 in SSE2 registers, 16 in AVX2 ones. Only non-negative values are shifted right.
-struct W128 {
-    using T = __m128i;
-    static constexpr int32_t N = 8;
-    static T Load(const int16_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
-    static T LoadBytes(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
-    static void Store(int16_t* p, T v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
-    static T Set(int16_t v) { return _mm_set1_epi16(v); }
-    static T Add(T a, T b) { return _mm_add_epi16(a, b); }
-    static T Sub(T a, T b) { return _mm_sub_epi16(a, b); }
-    static T Min(T a, T b) { return _mm_min_epi16(a, b); }
-    static T Max(T a, T b) { return _mm_max_epi16(a, b); }
-    static T Gt(T a, T b) { return _mm_cmpgt_epi16(a, b); }
-    static T And(T a, T b) { return _mm_and_si128(a, b); }
-    static T AndNot(T a, T b) { return _mm_andnot_si128(a, b); }  // ~a & b
-    template <int S>
-    static T Shl(T a)
-    {
-        return _mm_slli_epi16(a, S);
-    }
-    template <int S>
-    static T Shr(T a)
-    {
-        return _mm_srli_epi16(a, S);
-    }
-    static T MulLo(T a, T b) { return _mm_mullo_epi16(a, b); }
-    static T MulHiU(T a, T b) { return _mm_mulhi_epu16(a, b); }
-    static T AbsDiff(T a, T b) { return _mm_sub_epi16(_mm_max_epi16(a, b), _mm_min_epi16(a, b)); }
-    // 32-bit lanes and floats for deeper samples; UnpackLo and UnpackHi pair the words of lanes
-    // (a0, b0), (a1, b1), ..., and Pack32 undoes their order.
-    using F = __m128;
-    static T Set32(int32_t v) { return _mm_set1_epi32(v); }
-    template <int S>
-    static T Shr32(T a)
-    {
-        return _mm_srli_epi32(a, S);
-    }
-    static T UnpackLo(T a, T b) { return _mm_unpacklo_epi16(a, b); }
-    static T UnpackHi(T a, T b) { return _mm_unpackhi_epi16(a, b); }
-    static T MAdd(T a, T b) { return _mm_madd_epi16(a, b); }
-    static T Add32(T a, T b) { return _mm_add_epi32(a, b); }
-    static T Pack32(T lo, T hi) { return _mm_packs_epi32(lo, hi); }
-    static T Pack32Ordered(T lo, T hi) { return _mm_packs_epi32(lo, hi); }  // lanes in memory order
-    static F ToFloat(T a) { return _mm_cvtepi32_ps(a); }
-    static T Trunc(F a) { return _mm_cvttps_epi32(a); }
-    static F FSet(float v) { return _mm_set1_ps(v); }
-    static F FMul(F a, F b) { return _mm_mul_ps(a, b); }
-    static F FSub(F a, F b) { return _mm_sub_ps(a, b); }
-    static F FDiv(F a, F b) { return _mm_div_ps(a, b); }
-    static F FMin(F a, F b) { return _mm_min_ps(a, b); }
-    static F FMax(F a, F b) { return _mm_max_ps(a, b); }
-};
-
-#if defined(__AVX2__)
-struct W256 {
-    using T = __m256i;
-    static constexpr int32_t N = 16;
-    static T Load(const int16_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
-    static T LoadBytes(const uint8_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
-    static void Store(int16_t* p, T v) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v); }
-    static T Set(int16_t v) { return _mm256_set1_epi16(v); }
-    static T Add(T a, T b) { return _mm256_add_epi16(a, b); }
-    static T Sub(T a, T b) { return _mm256_sub_epi16(a, b); }
-    static T Min(T a, T b) { return _mm256_min_epi16(a, b); }
-    static T Max(T a, T b) { return _mm256_max_epi16(a, b); }
-    static T Gt(T a, T b) { return _mm256_cmpgt_epi16(a, b); }
-    static T And(T a, T b) { return _mm256_and_si256(a, b); }
-    static T AndNot(T a, T b) { return _mm256_andnot_si256(a, b); }
-    template <int S>
-    static T Shl(T a)
-    {
-        return _mm256_slli_epi16(a, S);
-    }
-    template <int S>
-    static T Shr(T a)
-    {
-        return _mm256_srli_epi16(a, S);
-    }
-    static T MulLo(T a, T b) { return _mm256_mullo_epi16(a, b); }
-    static T MulHiU(T a, T b) { return _mm256_mulhi_epu16(a, b); }
-    static T AbsDiff(T a, T b) { return _mm256_sub_epi16(_mm256_max_epi16(a, b), _mm256_min_epi16(a, b)); }
-    using F = __m256;
-    static T Set32(int32_t v) { return _mm256_set1_epi32(v); }
-    template <int S>
-    static T Shr32(T a)
-    {
-        return _mm256_srli_epi32(a, S);
-    }
-    static T UnpackLo(T a, T b) { return _mm256_unpacklo_epi16(a, b); }
-    static T UnpackHi(T a, T b) { return _mm256_unpackhi_epi16(a, b); }
-    static T MAdd(T a, T b) { return _mm256_madd_epi16(a, b); }
-    static T Add32(T a, T b) { return _mm256_add_epi32(a, b); }
-    static T Pack32(T lo, T hi) { return _mm256_packs_epi32(lo, hi); }  // within each half, like the unpacks
-    static T Pack32Ordered(T lo, T hi) { return _mm256_permute4x64_epi64(_mm256_packs_epi32(lo, hi), 0xD8); }
-    static F ToFloat(T a) { return _mm256_cvtepi32_ps(a); }
-    static T Trunc(F a) { return _mm256_cvttps_epi32(a); }
-    static F FSet(float v) { return _mm256_set1_ps(v); }
-    static F FMul(F a, F b) { return _mm256_mul_ps(a, b); }
-    static F FSub(F a, F b) { return _mm256_sub_ps(a, b); }
-    static F FDiv(F a, F b) { return _mm256_div_ps(a, b); }
-    static F FMin(F a, F b) { return _mm256_min_ps(a, b); }
-    static F FMax(F a, F b) { return _mm256_max_ps(a, b); }
-};
-#endif
-
-// A strip's source line split by column parity (like WidenRow): the bytes of even and odd
-// columns are the low and high bytes of the line's words. Loads stay within the columns the
-// strip reads (x0 - 2 .. x0 + n + 1); the last few go one by one.
-template <class W>
-void WidenBytes(const uint8_t* pLine, uint32_t x0, uint32_t n, TRow<int16_t>& row)
-{
-    const uint8_t* pIn = pLine + x0 - 2;
-    const int32_t count = int32_t(n) + 4;
-    int32_t i = 0;
-    for (; i + 2 * W::N <= count; i += 2 * W::N) {
-        const typename W::T v = W::LoadBytes(pIn + i);
-        W::Store(&row[0][1 + i / 2], W::And(v, W::Set(0xFF)));
-        W::Store(&row[1][1 + i / 2], W::template Shr<8>(v));
-    }
-    for (; i < count; ++i) row[i & 1][1 + i / 2] = pIn[i];
-    row[0][0] = row[1][0] = row[0][(n + 7) / 2] = row[1][(n + 6) / 2] = 0;
-}
-
-// The same for 16-bit samples (masked to the depth): even and odd columns are the low and high
-// words of the line's 32-bit lanes.
+// A strip's source line split by column parity (like WidenRow): columns x0 - 2 .. x0 + n + 1,
+// whole registers while they stay within them, the last few one by one.
 template <class W, unsigned Bits>
-void WidenWords(const uint8_t* pLine, uint32_t x0, uint32_t n, TRow<int16_t>& row)
+void WidenLine(const uint8_t* pLine, uint32_t x0, uint32_t n, TRow<int16_t>& row)
 {
-    using T = typename W::T;
-    const uint8_t* pIn = pLine + 2 * size_t(x0 - 2);
+    using D = TDepth<Bits>;
+    const uint8_t* pIn = pLine + size_t(x0 - 2) * D::kBytes;
     const int32_t count = int32_t(n) + 4;
-    const T mask = W::Set32(int32_t(TDepth<Bits>::kMask1));
     int32_t i = 0;
     for (; i + 2 * W::N <= count; i += 2 * W::N) {
-        const T v0 = W::LoadBytes(pIn + 2 * i), v1 = W::LoadBytes(pIn + 2 * i + 2 * W::N);
-        W::Store(&row[0][1 + i / 2], W::Pack32Ordered(W::And(v0, mask), W::And(v1, mask)));
-        W::Store(&row[1][1 + i / 2],
-                 W::Pack32Ordered(W::And(W::template Shr32<16>(v0), mask), W::And(W::template Shr32<16>(v1), mask)));
+        typename W::T even, odd;
+        SplitSamples<W, Bits>(pIn + size_t(i) * D::kBytes, even, odd);
+        W::Store(&row[0][1 + i / 2], even);
+        W::Store(&row[1][1 + i / 2], odd);
     }
-    for (; i < count; ++i) {
-        uint16_t v;
-        std::memcpy(&v, pIn + 2 * i, 2);
-        row[i & 1][1 + i / 2] = int16_t(v & TDepth<Bits>::kMask1);
-    }
+    for (; i < count; ++i) row[i & 1][1 + i / 2] = int16_t(D::At(pIn, uint32_t(i)) & D::kMask1);
     row[0][0] = row[1][0] = row[0][(n + 7) / 2] = row[1][(n + 6) / 2] = 0;
 }
 
@@ -592,11 +465,7 @@ TGradientsVector GradientsVector(uint32_t dwBits)
 {
     TGradientsVector v{nullptr, nullptr, nullptr};
     WithDepth(dwBits, [&](auto bits) {
-        if constexpr (bits == 8) {
-            v.widen = WidenBytes<W>;
-        } else {
-            v.widen = WidenWords<W, bits>;
-        }
+        v.widen = WidenLine<W, bits>;
         v.planes = TakePlanes<W>;
         v.estimates = EstimateLine<W, bits>;
     });
