@@ -1,4 +1,5 @@
 // jpeg_test.cpp: JPEG saving and loading, the libjpeg tools as independent reader and writer, hostile files.
+#include <algorithm>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
@@ -247,28 +248,20 @@ TEST(JpegHostile, RefusedFiles)
     }
     WriteBytes(path, RandomBytes(500, 8));
     EXPECT_EQ(KASTATUS_KAIP_JPEG_LOAD_FAILED, KaipLoadFromJpeg(path.c_str(), &img, 0x1000));
-    // A frame header of 65500 x 65500 colour pixels: refused before anything is allocated.
-    std::vector<uint8_t> huge = good;
-    for (size_t i = 0; i + 9 < huge.size(); ++i)
-        if (huge[i] == 0xFF && huge[i + 1] == 0xC0) {
-            Put16(huge, i + 5, 0xDCFF), Put16(huge, i + 7, 0xDCFF);  // big-endian 65500
-            break;
-        }
-    WriteBytes(path, huge);
-    EXPECT_EQ(KASTATUS_KAIP_JPEG_LOAD_FAILED, KaipLoadFromJpeg(path.c_str(), &img, 0x1000));
-    EXPECT_EQ(nullptr, img.pData);
-    // 20000 x 20000 fits the 32-bit sizes but not a file of a few hundred bytes: refused without
-    // an allocation (with allocations failing, an attempt would answer 100006 instead).
-    for (size_t i = 0; i + 9 < huge.size(); ++i)
-        if (huge[i] == 0xFF && huge[i + 1] == 0xC0) {
-            Put16(huge, i + 5, 0x204E), Put16(huge, i + 7, 0x204E);  // big-endian 20000
-            break;
-        }
-    WriteBytes(path, huge);
-    oxOsBufferFailAfter(0);
-    EXPECT_EQ(KASTATUS_KAIP_JPEG_LOAD_FAILED, KaipLoadFromJpeg(path.c_str(), &img, 0x1000));
-    oxOsBufferFailAfter(-1);
-    EXPECT_EQ(nullptr, img.pData);
+    // A frame header of 65500 x 65500 colour pixels, and one of 20000 x 20000 (which fits the 32-bit
+    // sizes but not a file of a few hundred bytes): both refused before anything is allocated (with
+    // allocations failing, an attempt would answer 100006 instead).
+    for (uint32_t side : {65500u, 20000u}) {
+        std::vector<uint8_t> huge = good;
+        const uint8_t marker[] = {0xFF, 0xC0};  // then length, precision, height and width, big-endian
+        const size_t sof = size_t(std::search(huge.begin(), huge.end(), marker, marker + 2) - huge.begin()) + 1;
+        huge[sof + 4] = huge[sof + 6] = uint8_t(side >> 8), huge[sof + 5] = huge[sof + 7] = uint8_t(side);
+        WriteBytes(path, huge);
+        oxOsBufferFailAfter(0);
+        EXPECT_EQ(KASTATUS_KAIP_JPEG_LOAD_FAILED, KaipLoadFromJpeg(path.c_str(), &img, 0x1000)) << side;
+        oxOsBufferFailAfter(-1);
+        EXPECT_EQ(nullptr, img.pData);
+    }
 }
 
 // The library's files decode in djpeg to exactly the pixels it loads, and files made by cjpeg
