@@ -1,5 +1,6 @@
-// convolution_test.cpp: the 3x3 filters against a per-pixel model, the convolution's refusals, and the sharpening
-// kernel.
+// convolution_test.cpp: both 3x3 filters against a per-pixel model and their refusals, and the sharpening kernel.
+#include <algorithm>
+
 #include "matrix/matrix_test_util.h"
 #include "support/log_capture.h"
 
@@ -107,67 +108,70 @@ TEST(Apply3x3Convolution, WorkedValues)
     EXPECT_EQ(Bytes(*dst), expected);
 }
 
-// The refusals of its own; the common ones (null images, uninitialised images, missing buffers, colour
-// planes, other sizes) are in tests/hostile, the null kernel in LogLines below.
-TEST(Apply3x3Convolution, Refusals)
+// The refusals of both 3x3 filters with their log lines (null: a status only); the common ones (null
+// images, uninitialised images, missing buffers, colour planes, other sizes) are in tests/hostile. A LUT
+// lookup logs its own line first, the common check's detail lines follow.
+TEST(Apply3x3Filters, RefusalsAndTheirLogLines)
 {
     const int32_t k[9] = {0, 0, 0, 0, 1000, 0, 0, 0, 0};
-    RandomLut lut8(8, 5);
+    RandomLut lut8(8, 5), lut10(10, 5);
     struct TCase {
-        const char* what;
+        bool threshold;
         KaipStatus status;
         uint32_t srcFormat, dstFormat, dstFlags;
         KaipHLut lut;
+        const char* line;
+        bool noDst = false, noKernel = false;
     };
-    const uint32_t mono8 = KaipPixelFormat_Mono8;
+    const uint32_t mono8 = KaipPixelFormat_Mono8, mono16 = KaipPixelFormat_Mono16;
+    const KaipStatus unsupported = KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT, lutType = KASTATUS_KAIP_INVALID_LUT_TYPE;
+    // clang-format off
     const TCase cases[] = {
-        {"BGR565 outside the class mask", KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT, KaipPixelFormat_BGR565Packed,
-         KaipPixelFormat_BGR565Packed, 0, nullptr},
-        {"RGB8 outside the class mask", KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT, KaipPixelFormat_RGB8Packed,
-         KaipPixelFormat_RGB8Packed, 0, nullptr},
-        {"Bayer8 without a sample range", KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT, KaipPixelFormat_BayerRG8,
-         KaipPixelFormat_BayerRG8, 0, nullptr},
-        {"Mono14 without a sample range", KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT, KaipPixelFormat_Mono14,
-         KaipPixelFormat_Mono14, 0, nullptr},
-        {"pixel format", KASTATUS_KAIP_INCOMPATIBLE_SRC_DST_PIXEL_FORMAT, mono8, KaipPixelFormat_Mono10, 0, nullptr},
-        {"orientation", KASTATUS_KAIP_INCOMPATIBLE_FLAGS, mono8, mono8, KaipImgFlag_BottomUp, nullptr},
-        {"8-bit LUT for Mono10", KASTATUS_KAIP_INVALID_LUT_TYPE, KaipPixelFormat_Mono10, KaipPixelFormat_Mono10, 0,
-         lut8.Handle()},
-        {"global LUT for Mono16", KASTATUS_KAIP_INVALID_LUT_TYPE, KaipPixelFormat_Mono16, KaipPixelFormat_Mono16, 0,
-         KaipHLut(1)},
-        {"LUT for Mono9", KASTATUS_KAIP_INVALID_LUT_TYPE, KaipPixelFormat_Mono9, KaipPixelFormat_Mono9, 0,
-         lut8.Handle()},
+        {false, unsupported, KaipPixelFormat_BGR565Packed, KaipPixelFormat_BGR565Packed, 0, nullptr, nullptr},
+        {false, unsupported, KaipPixelFormat_RGB8Packed, KaipPixelFormat_RGB8Packed, 0, nullptr, nullptr},
+        {false, unsupported, KaipPixelFormat_BayerRG8, KaipPixelFormat_BayerRG8, 0, nullptr, nullptr},
+        {false, unsupported, KaipPixelFormat_Mono14, KaipPixelFormat_Mono14, 0, nullptr,
+         "KaipApply3x3Convolution: Unsupported source color format 0x01100025"},
+        {false, KASTATUS_KAIP_INCOMPATIBLE_SRC_DST_PIXEL_FORMAT, mono8, KaipPixelFormat_Mono10, 0, nullptr, nullptr},
+        {false, KASTATUS_KAIP_INCOMPATIBLE_FLAGS, mono8, mono8, KaipImgFlag_BottomUp, nullptr, nullptr},
+        {false, lutType, KaipPixelFormat_Mono10, KaipPixelFormat_Mono10, 0, lut8.Handle(), nullptr},
+        {false, lutType, mono16, mono16, 0, KaipHLut(1), "KaipApply3x3Convolution: KASTATUS_KAIP_INVALID_LUT_TYPE"},
+        {false, lutType, KaipPixelFormat_Mono9, KaipPixelFormat_Mono9, 0, lut8.Handle(), nullptr},
+        {false, KASTATUS_KAIP_INVALID_POINTER, mono8, mono8, 0, nullptr,
+         "KaipApply3x3Convolution: piMatrix is NULL, returning KASTATUS_KAIP_INVALID_POINTER.", false, true},
+        {true, KASTATUS_KAIP_INVALID_DST_POINTER, mono8, mono8, 0, nullptr,
+         "Kaip3x3ThresholdSharpening: pDstImgInfo is NULL - must be supplied for this function", true},
+        {true, KASTATUS_KAIP_INVALID_POINTER, mono8, mono8, 0, nullptr,
+         "Kaip3x3ThresholdSharpening: piMatrix is NULL, returning KASTATUS_KAIP_INVALID_POINTER.", false, true},
+        {true, unsupported, KaipPixelFormat_BayerRG8, KaipPixelFormat_BayerRG8, 0, nullptr,
+         "Kaip3x3ThresholdSharpening: Unsupported source color format 0x01080009"},
+        {true, unsupported, KaipPixelFormat_RGB8Packed, KaipPixelFormat_RGB8Packed, 0, nullptr,
+         "Kaip3x3ThresholdSharpening: Unsupported source color format 0x02180014"},
+        {true, lutType, mono8, mono8, 0, lut10.Handle(), "Kaip3x3ThresholdSharpening: KASTATUS_KAIP_INVALID_LUT_TYPE"},
+        {true, lutType, mono16, mono16, 0, KaipHLut(1), "Kaip3x3ThresholdSharpening: KASTATUS_KAIP_INVALID_LUT_TYPE"},
+        {true, KASTATUS_KAIP_INCOMPATIBLE_FLAGS, mono8, mono8, KaipImgFlag_BottomUp, nullptr,
+         "Kaip3x3ThresholdSharpening: Src and Dst images differ in flags and KaipOption_ReallocateDst flag is not "
+         "present."},
     };
+    // clang-format on
     for (const TCase& c : cases) {
-        SCOPED_TRACE(c.what);
-        // 4 x 3 pixels of up to 2 bytes each in both images, so any format above fits.
-        auto src = MakeImage(4, 3, c.srcFormat, 1, 0, 4, 9);
-        auto dst = MakeImage(4, 3, c.dstFormat, 1, c.dstFlags, 4, 0);
+        SCOPED_TRACE(testing::Message() << (c.threshold ? "threshold" : "convolution") << " status " << c.status
+                                        << " format 0x" << std::hex << c.srcFormat);
+        // 6 x 4 pixels of up to 2 bytes each in both images, so any format above fits.
+        auto src = MakeImage(6, 4, c.srcFormat, 2, 0, 0, 21);
+        auto dst = MakeImage(6, 4, c.dstFormat, 2, c.dstFlags, 0, 0, 3);
         const std::vector<uint8_t> srcBefore = Bytes(*src), dstBefore = Bytes(*dst);
-        EXPECT_EQ(KaipApply3x3Convolution(&src->info, &dst->info, k, 0, c.lut), c.status);
+        KaipImgInfo* pDst = c.noDst ? nullptr : &dst->info;
+        const int32_t* pKernel = c.noKernel ? nullptr : k;
+        LogCapture log;
+        EXPECT_EQ(c.threshold ? Kaip3x3ThresholdSharpening(&src->info, pDst, pKernel, 5, 0, c.lut)
+                              : KaipApply3x3Convolution(&src->info, pDst, pKernel, 0, c.lut),
+                  c.status);
         EXPECT_EQ(Bytes(*src), srcBefore);
         EXPECT_EQ(Bytes(*dst), dstBefore);
+        const auto lines = log.Lines();
+        if (c.line) EXPECT_NE(std::find(lines.begin(), lines.end(), c.line), lines.end());
     }
-}
-
-TEST(Apply3x3Convolution, LogLines)
-{
-    auto src = MakeImage(3, 3, KaipPixelFormat_Mono16, 2, 0, 0, 3);
-    auto dst = MakeImage(3, 3, KaipPixelFormat_Mono16, 2, 0, 0, 0);
-    const int32_t k[9] = {0, 0, 0, 0, 1000, 0, 0, 0, 0};
-    LogCapture log;
-    EXPECT_EQ(KaipApply3x3Convolution(&src->info, &dst->info, nullptr, 0, nullptr), KASTATUS_KAIP_INVALID_POINTER);
-    EXPECT_EQ(KaipApply3x3Convolution(&src->info, &dst->info, k, 0, KaipHLut(1)), KASTATUS_KAIP_INVALID_LUT_TYPE);
-    src->info.PixelFormat = dst->info.PixelFormat = KaipPixelFormat_Mono14;
-    EXPECT_EQ(KaipApply3x3Convolution(&src->info, &dst->info, k, 0, nullptr),
-              KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT);
-    EXPECT_EQ(KaipSet3x3MatrixSharpening(0, nullptr, 0), KASTATUS_KAIP_INVALID_POINTER);
-    EXPECT_EQ(log.Lines(), std::vector<std::string>({
-                               "KaipApply3x3Convolution: piMatrix is NULL, returning KASTATUS_KAIP_INVALID_POINTER.",
-                               "KaipApply3x3Convolution: KASTATUS_KAIP_INVALID_LUT_TYPE",
-                               "KaipApply3x3Convolution: Unsupported source color format 0x01100025",
-                               "KaipSet3x3MatrixSharpening: piMatrix is NULL, returning KASTATUS_KAIP_INVALID_POINTER.",
-                           }));
 }
 
 TEST(Set3x3MatrixSharpening, Examples)
@@ -195,6 +199,11 @@ TEST(Set3x3MatrixSharpening, Examples)
         ASSERT_EQ(KaipSet3x3MatrixSharpening(c.sharpness, k.data(), c.options), KASTATUS_OK);
         EXPECT_EQ(k, c.k) << "sharpness " << c.sharpness << " options " << c.options;
     }
+    LogCapture log;
+    EXPECT_EQ(KaipSet3x3MatrixSharpening(0, nullptr, 0), KASTATUS_KAIP_INVALID_POINTER);
+    EXPECT_EQ(log.Lines(),
+              std::vector<std::string>{
+                  "KaipSet3x3MatrixSharpening: piMatrix is NULL, returning KASTATUS_KAIP_INVALID_POINTER."});
 }
 
 }  // namespace
