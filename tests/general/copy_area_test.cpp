@@ -89,23 +89,19 @@ TEST(CopyArea, RefusalsAndTheirLogLines)
     auto dst = RandomImage(4, 3, mono8, 0, 0, 2);
     const auto before = Bytes(dst->info);
     LogCapture log;
-    // Entirely right of, below or left of the source, or empty.
+    // Outside the source (the random rectangles of the model test meet every side and the empty ones).
     EXPECT_EQ(KaipCopyArea(&src->info, &dst->info, 12, -3, 4, 5, 0), KASTATUS_KAIP_DST_RECT_OUTSIDE_SRC);
-    EXPECT_EQ(KaipCopyArea(&src->info, &dst->info, 10, 0, 4, 3, 0), KASTATUS_KAIP_DST_RECT_OUTSIDE_SRC);
-    EXPECT_EQ(KaipCopyArea(&src->info, &dst->info, 0, 6, 4, 3, 0), KASTATUS_KAIP_DST_RECT_OUTSIDE_SRC);
-    EXPECT_EQ(KaipCopyArea(&src->info, &dst->info, -4, 0, 4, 3, 0), KASTATUS_KAIP_DST_RECT_OUTSIDE_SRC);
-    EXPECT_EQ(KaipCopyArea(&src->info, &dst->info, 0, 0, 4, 0, 0), KASTATUS_KAIP_DST_RECT_OUTSIDE_SRC);
     // Offsets and sizes whose sum does not fit in 32 bits.
     EXPECT_EQ(KaipCopyArea(&src->info, &dst->info, INT32_MAX, 0, INT32_MAX, 3, 0), KASTATUS_KAIP_DST_RECT_OUTSIDE_SRC);
     EXPECT_EQ(KaipCopyArea(&src->info, &dst->info, INT32_MIN, 0, -1, 3, 0), KASTATUS_KAIP_DST_RECT_OUTSIDE_SRC);
     // A clipped size other than the destination's, without the option.
     EXPECT_EQ(KaipCopyArea(&src->info, &dst->info, 8, 0, 4, 3, 0), KASTATUS_KAIP_INCOMPATIBLE_DST);
     const auto lines = log.Lines();
-    ASSERT_EQ(lines.size(), 8u);
+    ASSERT_EQ(lines.size(), 4u);
     EXPECT_EQ(lines[0],
               "KaipCopyArea: the specified rect is outside the bitmap: iYOffset=-3, iXOffset=12, iDstWidth=4, "
               "iDstHeight=5");
-    EXPECT_EQ(lines[7],
+    EXPECT_EQ(lines[3],
               "KaipCopyArea: the destination bitmap has incompatible info and KaipOption_ReallocateDst is "
               "not set.");
     auto mono16 = RandomImage(4, 3, {KaipPixelFormat_Mono16, 2}, 0, 0, 3);

@@ -185,20 +185,6 @@ TEST_F(LutBuilders, WorkedValues)
     EXPECT_EQ(Body8(l8.h)->Red[192], 255);
 }
 
-TEST_F(LutBuilders, OffsetsThatGoNegativeComeBack)
-{
-    Lut l8(8 | KAIP_LUT_BAYER | KAIP_LUT_BAYER_16);
-    ASSERT_EQ(KaipAddOffsetAndGainToLut(-200, 1000, l8.h), KASTATUS_OK);
-    EXPECT_EQ(Body8(l8.h)->Red[10], 0);
-    ASSERT_EQ(KaipAddOffsetAndGainToLut(200, 1000, l8.h), KASTATUS_OK);
-    ExpectIdentity(*Body8(l8.h), true);
-    // Brightness 1000 and contrast 1000 change nothing, the global LUT included.
-    ASSERT_EQ(KaipAddBrightnessAndContrastToLut(1000, 1000, nullptr), KASTATUS_OK);
-    ExpectIdentity(g_Lut8, true);
-    ExpectIdentity(g_Lut10, true);
-    ExpectIdentity(g_Lut12, true);
-}
-
 TEST_F(LutBuilders, UnknownDepthIsRefusedButGammaOneIsNot)
 {
     uint32_t fake[2] = {9, 0};

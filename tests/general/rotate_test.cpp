@@ -93,7 +93,7 @@ TEST(Rotate90AndMirror, LutOfTheWrongDepthIsIgnored)
     KaipFreeLut(lut10);
 }
 
-TEST(Rotate90AndMirror, Refusals)
+TEST(Rotate90AndMirror, RefusalsAndTheirLogLines)
 {
     const TFormat mono8{KaipPixelFormat_Mono8, 1};
     auto src = RandomImage(4, 3, mono8, 0, 0, 1);
@@ -104,11 +104,6 @@ TEST(Rotate90AndMirror, Refusals)
     EXPECT_EQ(KaipRotate90AndMirror(&rgb16->info, &same->info, 1, 0, 0, 0, nullptr), 100013);
     EXPECT_EQ(KaipRotate90AndMirror(&src->info, &mono16->info, 1, 0, 0, 0, nullptr), 100023);
     EXPECT_EQ(KaipRotate90AndMirror(&src->info, &turned->info, 1, 0, 0, 0, nullptr), 100024);
-}
-
-TEST(Rotate90AndMirror, LogLinesCarryTheExportedName)
-{
-    auto src = RandomImage(4, 3, {KaipPixelFormat_Mono8, 1}, 0, 0, 1);
     LogCapture log;
     KaipRotate90AndMirror(&src->info, nullptr, 1, 0, 0, 0, nullptr);
     EXPECT_EQ(log.Lines(), std::vector<std::string>{
