@@ -1,13 +1,13 @@
 // convert_avx2.cpp: the line converters built on 32-byte AVX2 steps. Only the functions marked KAIP_AVX2
-// are compiled for AVX2; everything else here, the shared line tails included, stays baseline x86-64, so
-// nothing of this file that runs before the AVX switch is checked uses it.
+// (those of convert_gather.h included) are compiled for AVX2; everything else here, the shared line tails
+// included, stays baseline x86-64, so nothing of this file that runs before the AVX switch is checked uses it.
 #include <immintrin.h>
 
 #include <cstring>
 
-#include "convert/convert_simd.h"
-
 #define KAIP_AVX2 __attribute__((target("avx2")))
+#define KAIP_VECTOR_TARGET KAIP_AVX2
+#include "convert/convert_gather.h"
 
 namespace convert::avx2 {
 namespace {
@@ -35,17 +35,43 @@ KAIP_AVX2 inline __m256i Load2(const uint8_t* pLow, const uint8_t* pHigh)
     return _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(pHigh), reinterpret_cast<const __m128i*>(pLow));
 }
 
-// The pixels of a line the 32-pixel steps cover: all its whole 16-pixel units when there are at least two, so
-// that a streamed line keeps streaming up to the scalar tail the 16-pixel builds would leave too. The step at
-// x starts at StepAt(x, covered): the last one moves back to end at `covered`, rewriting 16 pixels with the
-// same bytes.
+// The registers of convert_gather.h: two 16-byte lanes, steps of 32 pixels.
+struct VAvx2 {
+    using T = __m256i;
+    static constexpr int kLanes = 2, kBytes = 32;
+    static constexpr uint32_t kPixels = 32;
+    KAIP_AVX2 static T Load(const uint8_t* p) { return avx2::Load(p); }
+    KAIP_AVX2 static T LoadLanes(const uint8_t* const (&p)[2]) { return Load2(p[0], p[1]); }
+    template <bool kStream>
+    KAIP_AVX2 static void Store(uint8_t* p, T v)
+    {
+        avx2::Store<kStream>(p, v);
+    }
+    KAIP_AVX2 static T And(T a, T b) { return _mm256_and_si256(a, b); }
+    KAIP_AVX2 static T Or(T a, T b) { return _mm256_or_si256(a, b); }
+    KAIP_AVX2 static T Shuffle(T v, T control) { return _mm256_shuffle_epi8(v, control); }
+    KAIP_AVX2 static T IsUnset(T v) { return _mm256_cmpeq_epi8(v, _mm256_set1_epi8(-128)); }
+    KAIP_AVX2 static T Set16(int16_t v) { return _mm256_set1_epi16(v); }
+    template <int k>
+    KAIP_AVX2 static T Srl16(T v)
+    {
+        return _mm256_srli_epi16(v, k);
+    }
+    template <int k>
+    KAIP_AVX2 static T Sll16(T v)
+    {
+        return _mm256_slli_epi16(v, k);
+    }
+};
+
+// The 32-pixel steps of this file's own loops, placed as the shared ones are.
 inline uint32_t Covered(uint32_t dwWidth)
 {
-    return dwWidth >= 32 ? dwWidth / 16 * 16 : 0;
+    return convert::Covered<VAvx2>(dwWidth);
 }
 inline uint32_t StepAt(uint32_t x, uint32_t covered)
 {
-    return x + 32 <= covered ? x : covered - 32;
+    return convert::StepAt<VAvx2>(x, covered);
 }
 
 // The smaller line increment in bytes, 128 at a time, then 16 at a time (a streamed line keeps streaming up
@@ -74,69 +100,6 @@ struct KCopy {
     }
 };
 
-// The shuffle controls of plan P, two 16-byte chunks per vector (byte shuffles stay within a lane), and
-// the bytes kept from the destination.
-template <class P>
-struct TControls {
-    static constexpr int kVectors = P::kChunks / 2;
-    KAIP_AVX2 TControls()
-    {
-        for (int o = 0; o < kVectors; ++o) {
-            a[o] = Load2(reinterpret_cast<const uint8_t*>(P::kPlan[2 * o].ca.data()),
-                         reinterpret_cast<const uint8_t*>(P::kPlan[2 * o + 1].ca.data()));
-            b[o] = Load2(reinterpret_cast<const uint8_t*>(P::kPlan[2 * o].cb.data()),
-                         reinterpret_cast<const uint8_t*>(P::kPlan[2 * o + 1].cb.data()));
-            keep[o] = _mm256_cmpeq_epi8(_mm256_and_si256(a[o], b[o]), _mm256_set1_epi8(-128));
-        }
-    }
-    __m256i a[kVectors], b[kVectors], keep[kVectors];
-};
-
-// Vector o of a step of plan P at s (destination chunks 2o and 2o + 1), the bytes the map leaves out 0.
-template <class P>
-KAIP_AVX2 inline __m256i Gather(const uint8_t* s, const TControls<P>& k, int o)
-{
-    const auto& lo = P::kPlan[2 * o];
-    const auto& hi = P::kPlan[2 * o + 1];
-    __m256i v = _mm256_shuffle_epi8(Load2(s + lo.a, s + hi.a), k.a[o]);
-    if (lo.bTwo || hi.bTwo) v = _mm256_or_si256(v, _mm256_shuffle_epi8(Load2(s + lo.b, s + hi.b), k.b[o]));
-    return v;
-}
-
-// 32 pixels per step through the byte map M over the Covered pixels, then the rest of the line by the
-// scalar member's reader R and writer W, with the group cut short at the line end when kCut is set.
-template <class M, class R, class W, bool kCut = false>
-struct KGather {
-    using P = TGatherPlan<M, 32>;
-    uint32_t dwWidth;
-
-    template <bool kStream>
-    KAIP_AVX2 void Line(const uint8_t* pS, uint8_t* pD) const
-    {
-        static const TControls<P> k;  // built once, on first use, by the thread-safe static initialisation
-        // A map that keeps destination bytes takes whole steps only: a step moved back would read bytes that
-        // the step before has just begun to stream, flushing them half written.
-        const uint32_t covered = M::kKeep ? dwWidth / 32 * 32 : Covered(dwWidth);
-        for (uint32_t x = 0; x < covered; x += 32) {
-            const uint32_t at = StepAt(x, covered) / M::kUnitPixels;
-            const uint8_t* s = pS + at * M::kUnitIn;
-            uint8_t* d = pD + at * M::kUnitOut;
-            // Every kept byte is read before the step's first store: reading a cache line that a non-temporal
-            // store has begun would flush it half written.
-            __m256i v[TControls<P>::kVectors];
-            for (int o = 0; o < TControls<P>::kVectors; ++o) {
-                v[o] = Gather(s, k, o);
-                if constexpr (M::kKeep) v[o] = _mm256_or_si256(v[o], _mm256_and_si256(Load(d + 32 * o), k.keep[o]));
-            }
-            for (int o = 0; o < TControls<P>::kVectors; ++o) Store<kStream>(d + 32 * o, v[o]);
-        }
-        R rd;
-        const W wr;
-        ConvertGroups(rd, wr, covered / R::kPixels, dwWidth / R::kPixels, pS, pD);
-        if constexpr (kCut) ConvertCutGroup(rd, wr, dwWidth, pS, pD);
-    }
-};
-
 // The greys of 32 pixels from the (B, G) and (R, G) pairs of pixels 0-15 and 16-31, weighted as the SSSE3
 // build does.
 struct FGrey {
@@ -152,55 +115,6 @@ struct FGrey {
     {
         // The pack works per lane; the permutation puts its four quarters back in pixel order.
         Store<kStream>(d, _mm256_permute4x64_epi64(_mm256_packus_epi16(Grey(bg0, rg0), Grey(bg1, rg1)), 0xD8));
-    }
-};
-
-// The 15-bit (k565 false) or 16-bit words of 32 pixels from their pairs, as the SSSE3 build packs them.
-template <bool k565>
-struct FPack {
-    static constexpr uint32_t kOutBytes = 64;
-    template <int kByte, int kBits, int kAt>
-    KAIP_AVX2 static __m256i Field(__m256i v)
-    {
-        constexpr int kShift = FieldShift(kByte, kBits, kAt);
-        const __m256i x = kShift > 0 ? _mm256_srli_epi16(v, kShift) : _mm256_slli_epi16(v, -kShift);
-        return _mm256_and_si256(x, _mm256_set1_epi16(int16_t(((1 << kBits) - 1) << kAt)));
-    }
-    KAIP_AVX2 static __m256i Pack(__m256i bg, __m256i rg)
-    {
-        constexpr int kRedAt = k565 ? 11 : 10, kGreenBits = k565 ? 6 : 5;
-        return _mm256_or_si256(_mm256_or_si256(Field<0, 5, kRedAt>(rg), Field<1, kGreenBits, 5>(bg)),
-                               Field<0, 5, 0>(bg));
-    }
-    template <bool kStream>
-    KAIP_AVX2 static void Put(uint8_t* d, __m256i bg0, __m256i rg0, __m256i bg1, __m256i rg1)
-    {
-        Store<kStream>(d, Pack(bg0, rg0));
-        Store<kStream>(d + 32, Pack(bg1, rg1));
-    }
-};
-
-// 32 pixels per step set out by MChannelPairs over the Covered pixels and finished by F: each vector of the
-// plan holds the (B, G) or the (R, G) pairs of 16 pixels in order. The rest of the line by the scalar
-// member's reader R and writer W.
-template <TOrder O, int kPixelBytes, class R, class W, class F>
-struct KPairs {
-    using P = TGatherPlan<MChannelPairs<O, kPixelBytes>, 32>;
-    uint32_t dwWidth;
-
-    template <bool kStream>
-    KAIP_AVX2 void Line(const uint8_t* pS, uint8_t* pD) const
-    {
-        static const TControls<P> k;
-        const uint32_t covered = Covered(dwWidth);
-        for (uint32_t x = 0; x < covered; x += 32) {
-            const uint32_t at = StepAt(x, covered);
-            const uint8_t* s = pS + at * kPixelBytes;
-            F::template Put<kStream>(pD + at * W::kBytes, Gather(s, k, 0), Gather(s, k, 1), Gather(s, k, 2),
-                                     Gather(s, k, 3));
-        }
-        R rd;
-        ConvertGroups(rd, W{}, covered, dwWidth, pS, pD);
     }
 };
 
@@ -375,10 +289,13 @@ struct KPlanes {
     }
 };
 
+using FPack555 = FPack<VAvx2, false>;
+using FPack565 = FPack<VAvx2, true>;
+
 template <class M, class R, class W, bool kCut = false>
 int Run(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, KGather<M, R, W, kCut>{dwWidth});
+    return RunGather<VAvx2, M, R, W, kCut>(dwWidth, dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines);
 }
 
 }  // namespace
@@ -387,11 +304,11 @@ int Run(KAIP_LINE_PARAMS, bool bReverseLines)
 
 KAIP_BYTE_MAP_CONVERTERS(KAIP_DEFINE_BYTE_MAP_CONVERTER)
 
-#define KAIP_DEFINE_PAIR_CONVERTER(name, O, kPixelBytes, R, W, ...)                      \
+#define KAIP_DEFINE_PAIR_CONVERTER(name, O, kPixelBytes, R, W, F)                        \
     int name(KAIP_LINE_PARAMS, bool bReverseLines)                                       \
     {                                                                                    \
         return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
-                        KPairs<O, kPixelBytes, R, W, __VA_ARGS__>{dwWidth});             \
+                        KPairs<VAvx2, O, kPixelBytes, R, W, F>{dwWidth});                \
     }
 KAIP_PAIR_CONVERTERS(KAIP_DEFINE_PAIR_CONVERTER)
 

@@ -158,34 +158,34 @@ struct MMipi10High : TByteMap<4, 5, 4> {
     static constexpr int Src(int n) { return n; }
 };
 
-// 16 pixels of 3 or 4 bytes in the order O set out as 16-bit lanes of two channels: the (B, G) pairs of
-// pixels 0-7, of pixels 8-15, then their (R, G) pairs. Grey weights them by byte-pair multiply-adds (the
-// 183 G split 110 + 73 over the two, so that neither pair sum passes 32767); 15/16-bit packing shifts and
-// masks them.
-template <TOrder O, int kPixelBytes>
-struct MChannelPairs : TByteMap<16, 16 * kPixelBytes, 64> {
+// kPixels pixels of 3 or 4 bytes in the order O set out as 16-bit lanes of two channels: the (B, G) pairs of
+// all of them, then their (R, G) pairs. Grey weights them by byte-pair multiply-adds (the 183 G split
+// 110 + 73 over the two, so that neither pair sum passes 32767); 15/16-bit packing shifts and masks them.
+template <TOrder O, int kPixelBytes, int kPixels>
+struct MChannelPairs : TByteMap<kPixels, kPixels * kPixelBytes, 4 * kPixels> {
     static constexpr int Src(int n)
     {
-        const int part = n / 16, pixel = part % 2 * 8 + n % 16 / 2;
-        return pixel * kPixelBytes + (n % 2 ? 1 : part < 2 ? 2 - O : O);
+        const bool bRed = n >= 2 * kPixels;
+        return n % (2 * kPixels) / 2 * kPixelBytes + (n % 2 ? 1 : bRed ? O : 2 - O);
     }
 };
 
 // The converters built on MChannelPairs for SSSE3 and AVX2: name, order, pixel bytes, scalar reader and
-// writer, and what becomes of the pairs (F, defined in each file).
-#define KAIP_PAIR_CONVERTERS(X)                                      \
-    X(Convert_BGR24_to_Mono8, kBGR, 3, RBGR24, WMono8, FGrey)        \
-    X(Convert_RGB24_to_Mono8, kRGB, 3, RRGB24, WMono8, FGrey)        \
-    X(Convert_BGR32_to_Mono8, kBGR, 4, RBGR32, WMono8, FGrey)        \
-    X(Convert_RGB32_to_Mono8, kRGB, 4, RRGB32, WMono8, FGrey)        \
-    X(Convert_BGR24_to_BGR15, kBGR, 3, RBGR24, WBGR15, FPack<false>) \
-    X(Convert_RGB24_to_BGR15, kRGB, 3, RRGB24, WBGR15, FPack<false>) \
-    X(Convert_BGR32_to_BGR15, kBGR, 4, RBGR32, WBGR15, FPack<false>) \
-    X(Convert_RGB32_to_BGR15, kRGB, 4, RRGB32, WBGR15, FPack<false>) \
-    X(Convert_BGR24_to_BGR16, kBGR, 3, RBGR24, WBGR16, FPack<true>)  \
-    X(Convert_RGB24_to_BGR16, kRGB, 3, RRGB24, WBGR16, FPack<true>)  \
-    X(Convert_BGR32_to_BGR16, kBGR, 4, RBGR32, WBGR16, FPack<true>)  \
-    X(Convert_RGB32_to_BGR16, kRGB, 4, RRGB32, WBGR16, FPack<true>)
+// writer, and what becomes of the pairs (F, defined in each file: FGrey, or FPack555 and FPack565 for BGR15
+// and BGR16 words).
+#define KAIP_PAIR_CONVERTERS(X)                                  \
+    X(Convert_BGR24_to_Mono8, kBGR, 3, RBGR24, WMono8, FGrey)    \
+    X(Convert_RGB24_to_Mono8, kRGB, 3, RRGB24, WMono8, FGrey)    \
+    X(Convert_BGR32_to_Mono8, kBGR, 4, RBGR32, WMono8, FGrey)    \
+    X(Convert_RGB32_to_Mono8, kRGB, 4, RRGB32, WMono8, FGrey)    \
+    X(Convert_BGR24_to_BGR15, kBGR, 3, RBGR24, WBGR15, FPack555) \
+    X(Convert_RGB24_to_BGR15, kRGB, 3, RRGB24, WBGR15, FPack555) \
+    X(Convert_BGR32_to_BGR15, kBGR, 4, RBGR32, WBGR15, FPack555) \
+    X(Convert_RGB32_to_BGR15, kRGB, 4, RRGB32, WBGR15, FPack555) \
+    X(Convert_BGR24_to_BGR16, kBGR, 3, RBGR24, WBGR16, FPack565) \
+    X(Convert_RGB24_to_BGR16, kRGB, 3, RRGB24, WBGR16, FPack565) \
+    X(Convert_BGR32_to_BGR16, kBGR, 4, RBGR32, WBGR16, FPack565) \
+    X(Convert_RGB32_to_BGR16, kRGB, 4, RRGB32, WBGR16, FPack565)
 
 // Bits [8 kByte + 8 - kBits, 8 kByte + 7] of a lane (the top kBits of its byte kByte) moved to start at bit
 // kAt: the shift, right when positive.
