@@ -104,18 +104,6 @@ inline bool HaveTool(const std::string& name)
 {
     return RunQuietly("command -v " + name);
 }
-inline bool HavePil()
-{
-    return RunQuietly("/usr/bin/python3 -c 'import PIL'");
-}
-
-// Runs a Python script with PIL; the script gets the arguments as sys.argv[1:].
-inline bool RunPython(const TempDir& dir, const std::string& script, const std::string& args)
-{
-    const std::string path = dir / "script.py";
-    std::ofstream(path) << "import sys\nfrom PIL import Image\n" << script << "\n";
-    return RunQuietly("/usr/bin/python3 " + path + " " + args);
-}
 
 }  // namespace filetest
 
