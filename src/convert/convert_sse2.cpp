@@ -147,7 +147,32 @@ inline void StorePixels(uint8_t* d, const __m128i p[4])
     }
 }
 
-// 16 grey bytes to 16 pixels g, g, g (and 0 for 4 bytes).
+// The word shuffle control that puts words a, b, c, d of a 64-bit half in its lanes 0-3.
+constexpr int Pick(int a, int b, int c, int d)
+{
+    return a | b << 2 | c << 4 | d << 6;
+}
+
+// The words of 16 pixels (a: pixels 0-7, b: 8-15) set out for the three 16-byte chunks of their 3-byte
+// destination pixels: lane j of lo[c] holds the word of the pixel that destination byte 2 (8c + j) belongs to,
+// lane j of hi[c] that of byte 2 (8c + j) + 1. Word shuffles within each half, after a dword shuffle that
+// brings the half's pixels in.
+inline void SpreadWords3(__m128i a, __m128i b, __m128i lo[3], __m128i hi[3])
+{
+    const __m128i t0 = _mm_shuffle_epi32(a, Pick(0, 1, 1, 2));  // pixels 0-3 | 2-5
+    const __m128i t1 = _mm_castps_si128(
+        _mm_shuffle_ps(_mm_castsi128_ps(a), _mm_castsi128_ps(b), Pick(2, 3, 0, 1)));  // pixels 4-7 | 8-11
+    const __m128i t2 = _mm_shuffle_epi32(b, Pick(1, 2, 2, 3));                        // pixels 10-13 | 12-15
+    lo[0] = _mm_shufflehi_epi16(_mm_shufflelo_epi16(t0, Pick(0, 0, 1, 2)), Pick(0, 1, 2, 2));
+    hi[0] = _mm_shufflehi_epi16(_mm_shufflelo_epi16(t0, Pick(0, 1, 1, 2)), Pick(1, 1, 2, 3));
+    lo[1] = _mm_shufflehi_epi16(_mm_shufflelo_epi16(t1, Pick(1, 2, 2, 3)), Pick(0, 0, 1, 2));
+    hi[1] = _mm_shufflehi_epi16(_mm_shufflelo_epi16(t1, Pick(1, 2, 3, 3)), Pick(0, 1, 1, 2));
+    lo[2] = _mm_shufflehi_epi16(_mm_shufflelo_epi16(t2, Pick(0, 1, 2, 2)), Pick(1, 2, 2, 3));
+    hi[2] = _mm_shufflehi_epi16(_mm_shufflelo_epi16(t2, Pick(1, 1, 2, 3)), Pick(1, 2, 3, 3));
+}
+
+// 16 grey bytes to 16 pixels g, g, g (and 0 for 4 bytes). Three bytes: each pixel's grey doubled into a word,
+// the words spread, and each destination byte taken from its own pixel's word.
 template <uint32_t kPixelBytes>
 struct SMono8ToBytes {
     static constexpr uint32_t kPixels = 16, kInBytes = 16, kOutBytes = 16 * kPixelBytes;
@@ -155,9 +180,17 @@ struct SMono8ToBytes {
     void Run(const uint8_t* s, uint8_t* d) const
     {
         const __m128i g = Load(s);
-        __m128i p[4];
-        Interleave(g, g, g, p);
-        StorePixels<kStream, kPixelBytes>(d, p);
+        if constexpr (kPixelBytes == 3) {
+            __m128i lo[3], hi[3];
+            SpreadWords3(_mm_unpacklo_epi8(g, g), _mm_unpackhi_epi8(g, g), lo, hi);
+            const __m128i low = _mm_set1_epi16(0xFF), high = _mm_set1_epi16(int16_t(0xFF00));
+            for (int c = 0; c < 3; ++c)
+                Store<kStream>(d + 16 * c, _mm_or_si128(_mm_and_si128(lo[c], low), _mm_and_si128(hi[c], high)));
+        } else {
+            __m128i p[4];
+            Interleave(g, g, g, p);
+            StorePixels<kStream, kPixelBytes>(d, p);
+        }
     }
 };
 
@@ -259,8 +292,8 @@ struct SYuv422 {
     }
 };
 
-// 16 pixels of 15-bit (k565 false) or 16-bit words to 3 or 4 bytes each in the order O, the fourth byte 0:
-// every channel moved to the top of its byte by shifts alone, as Unpack555 and Unpack565 do.
+// 16 pixels of 15-bit (k565 false) or 16-bit words to 4 bytes each in the order O, the fourth byte 0: every
+// channel moved to the top of its byte by shifts alone, as Unpack555 and Unpack565 do.
 template <bool k565, TOrder O, uint32_t kPixelBytes>
 struct SShortToBytes {
     static constexpr uint32_t kPixels = 16, kInBytes = 32, kOutBytes = 16 * kPixelBytes;
@@ -280,6 +313,57 @@ struct SShortToBytes {
         const __m128i r = _mm_packus_epi16(r0, r1), g = _mm_packus_epi16(g0, g1), b = _mm_packus_epi16(b0, b1);
         Interleave(O == kBGR ? b : r, g, O == kBGR ? r : b, p);
         StorePixels<kStream, kPixelBytes>(d, p);
+    }
+};
+
+// The same to 3 bytes each: the words spread as SpreadWords3 sets them out, then each destination word made of
+// the two channels its bytes hold, each channel's field moved to the top of its byte by a multiply per lane
+// (by 2^s for a shift left by s, the high half of a multiply by 2^(16 - s) for a shift right) and masked.
+template <bool k565, TOrder O>
+struct SShortToBytes<k565, O, 3> {
+    static constexpr uint32_t kPixels = 16, kInBytes = 32, kOutBytes = 48;
+    // The lowest bit and the width of the field of channel ch (0 blue, 1 green, 2 red).
+    static constexpr int FieldLow(int ch) { return ch == 0 ? 0 : ch == 1 ? 5 : k565 ? 11 : 10; }
+    static constexpr int FieldBits(int ch) { return ch == 1 && k565 ? 6 : 5; }
+    // Per chunk and lane: the low byte's multipliers (left, high-half right) and mask, the high byte's
+    // multiplier (always a shift left) and mask.
+    struct TLanes {
+        uint16_t mulLeft[3][8]{}, mulRight[3][8]{}, maskLow[3][8]{}, mulHigh[3][8]{}, maskHigh[3][8]{};
+    };
+    static constexpr TLanes Make()
+    {
+        TLanes t{};
+        for (int c = 0; c < 3; ++c)
+            for (int j = 0; j < 8; ++j)
+                for (int h = 0; h < 2; ++h) {
+                    const int byte = 2 * (8 * c + j) + h, ch = O == kBGR ? byte % 3 : 2 - byte % 3;
+                    const int bits = FieldBits(ch), shift = 8 * h + 8 - bits - FieldLow(ch);
+                    const auto mask = uint16_t(((1 << bits) - 1) << (8 * h + 8 - bits));
+                    if (h == 1) {
+                        if (shift < 0) throw "a high byte's field shifts left";
+                        t.mulHigh[c][j] = uint16_t(1 << shift), t.maskHigh[c][j] = mask;
+                    } else {
+                        (shift >= 0 ? t.mulLeft[c][j] : t.mulRight[c][j]) =
+                            uint16_t(1 << (shift >= 0 ? shift : 16 + shift));
+                        t.maskLow[c][j] = mask;
+                    }
+                }
+        return t;
+    }
+    static constexpr TLanes kLanes = Make();
+    static __m128i Row(const uint16_t (&v)[8]) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(v)); }
+    template <bool kStream>
+    void Run(const uint8_t* s, uint8_t* d) const
+    {
+        __m128i lo[3], hi[3];
+        SpreadWords3(Load(s), Load(s + 16), lo, hi);
+        for (int c = 0; c < 3; ++c) {
+            const __m128i low = _mm_or_si128(_mm_mullo_epi16(lo[c], Row(kLanes.mulLeft[c])),
+                                             _mm_mulhi_epu16(lo[c], Row(kLanes.mulRight[c])));
+            const __m128i high = _mm_mullo_epi16(hi[c], Row(kLanes.mulHigh[c]));
+            Store<kStream>(d + 16 * c, _mm_or_si128(_mm_and_si128(low, Row(kLanes.maskLow[c])),
+                                                    _mm_and_si128(high, Row(kLanes.maskHigh[c]))));
+        }
     }
 };
 
