@@ -432,25 +432,22 @@ struct SGrey32 {
     }
 };
 
-// 16 pixels of 4 bytes in the order O to 15-bit (k565 false) or 16-bit words, as Pack555 and Pack565 do:
-// each channel's top bits shifted into their field of the pixel's 32-bit lane, then the low words packed.
+// 16 pixels of 4 bytes in the order O to 15-bit (k565 false) or 16-bit words, as Pack555 and Pack565 do, each
+// found in its pixel's 32-bit lane shifted left by kUp, which puts green's top bits where the green byte has them:
+// green by a mask, blue and red (bytes 0 and 2, the low bytes of the lane's two words) by one multiply-add.
+// Moved to the top of the lane and back, the word comes out sign-extended, so the signed pack keeps it.
 template <bool k565, TOrder O>
 struct SBytes4ToShort {
     static constexpr uint32_t kPixels = 16, kInBytes = 64, kOutBytes = 32;
-    template <int kByte, int kBits, int kAt>
-    static __m128i Field(__m128i v)
-    {
-        constexpr int kShift = FieldShift(kByte, kBits, kAt);
-        const __m128i x = kShift > 0 ? _mm_srli_epi32(v, kShift) : _mm_slli_epi32(v, -kShift);
-        return _mm_and_si128(x, _mm_set1_epi32(((1 << kBits) - 1) << kAt));
-    }
-    // Sign-extended from the low word, so the signed pack keeps the word as it is.
+    static constexpr int kGreenBits = k565 ? 6 : 5, kUp = 11 - kGreenBits, kRedAt = k565 ? 11 : 10;
+    static constexpr int16_t kBlue = 1 << (kUp - 3), kRed = 1 << (kRedAt - 3 + kUp);
     static __m128i Pack(__m128i v)
     {
-        constexpr int kRedAt = k565 ? 11 : 10, kGreenBits = k565 ? 6 : 5;
-        const __m128i w =
-            _mm_or_si128(_mm_or_si128(Field<O, 5, kRedAt>(v), Field<1, kGreenBits, 5>(v)), Field<2 - O, 5, 0>(v));
-        return _mm_srai_epi32(_mm_slli_epi32(w, 16), 16);
+        const __m128i top5 = _mm_and_si128(v, _mm_set1_epi32(0x00F800F8));
+        const __m128i sum =
+            _mm_madd_epi16(top5, O == kBGR ? _mm_set1_epi32(kRed << 16 | kBlue) : _mm_set1_epi32(kBlue << 16 | kRed));
+        const __m128i green = _mm_and_si128(v, _mm_set1_epi32(((1 << kGreenBits) - 1) << (16 - kGreenBits)));
+        return _mm_srai_epi32(_mm_slli_epi32(_mm_or_si128(sum, green), 16 - kUp), 16);
     }
     template <bool kStream>
     void Run(const uint8_t* s, uint8_t* d) const
