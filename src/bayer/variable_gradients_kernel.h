@@ -347,13 +347,15 @@ struct TChosen {
 
 // Deeper samples: gradients and terms still fit words, min + max / 2 may not (the test is
 // gradient - min < max / 2 + 1), and the sums are 32-bit: the terms of two directions, paired
-// word by word with their take masks (-1), give minus their chosen sum in one multiply-add. The
-// mean floor((num + 2 n) / 4n) is a float division: the quotient is below 2^12 and at least
-// 1 / 4n from the next integer, far beyond the float's rounding.
+// word by word with their take masks (-1), give minus their chosen sum in one multiply-add.
+// The mean floor((num + 2n) / 4n) rises with num, so the clamp of num to 0 .. 4n mask may come
+// after it as a clamp to 0 .. mask; u = (num + 2n) >> 2 is therefore narrowed to words with
+// saturation (32767 / n still clamps to mask), and floor(u / n) is the high word of 2u
+// ceil(2^15 / n) (u / n at least, less than u / n + 1 as u < 2^15), less one where it times n
+// exceeds u.
 template <class W, unsigned Bits>
 struct TChosenDeep {
     using T = typename W::T;
-    using F = typename W::F;
     T lo, half1, n = W::Set(0);
     T a[2] = {W::Set(0), W::Set(0)}, b[2] = {W::Set(0), W::Set(0)};  // pixels of UnpackLo, UnpackHi
     TChosenDeep(T lo_, T hi) : lo(lo_), half1(W::Add(W::template Shr<1>(hi), W::Set(1))) {}
@@ -369,20 +371,16 @@ struct TChosenDeep {
     }
     void Store(int16_t* pFirst, int16_t* pSecond) const
     {
-        const T zero = W::Set(0), nh[2] = {W::UnpackLo(n, zero), W::UnpackHi(n, zero)};
-        T qa[2], qb[2];
-        for (int h = 0; h < 2; ++h) {
-            const F nf = W::ToFloat(nh[h]), twoN = W::FMul(nf, W::FSet(2.f)), den = W::FMul(nf, W::FSet(-4.f));
-            const F negTop = W::FMul(nf, W::FSet(-4.f * float(TDepth<Bits>::kMask1)));
-            // -num clamped to -top .. 0, so (-num - 2 n) / -4n is the mean.
-            auto mean = [&](T minus) {
-                const F clamped = W::FMin(W::FMax(W::ToFloat(minus), negTop), W::FSet(0.f));
-                return W::Trunc(W::FDiv(W::FSub(clamped, twoN), den));
-            };
-            qa[h] = mean(a[h]), qb[h] = mean(b[h]);
-        }
-        W::Store(pFirst, W::Pack32(qa[0], qa[1]));
-        W::Store(pSecond, W::Pack32(qb[0], qb[1]));
+        const T zero = W::Set(0), twoN = W::Add(n, n), m = Reciprocals<W>(n);
+        const T twoN32[2] = {W::UnpackLo(twoN, zero), W::UnpackHi(twoN, zero)};
+        auto mean = [&](const T(&minus)[2]) {
+            auto u32 = [&](int h) { return W::template Sar32<2>(W::Sub32(twoN32[h], minus[h])); };
+            const T u = W::Max(W::Pack32(u32(0), u32(1)), zero), q = W::MulHiU(W::Add(u, u), m);
+            const T low = W::Add(q, W::template Sar<15>(W::Sub(u, W::MulLo(q, n))));
+            return W::Min(low, W::Set(int16_t(TDepth<Bits>::kMask1)));
+        };
+        W::Store(pFirst, mean(a));
+        W::Store(pSecond, mean(b));
     }
 };
 

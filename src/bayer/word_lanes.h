@@ -10,12 +10,11 @@
 namespace {
 
 // Every operation works on words unless its name says otherwise (the 32 in Set32, Shr32, Add32,
-// Pack32). Signed: Min, Max, Gt, Sar, MAdd, Pack32; unsigned: Avg ((a + b + 1) >> 1), MulHiU,
+// Pack32). Signed: Min, Max, Gt, Sar, Sar32, MAdd, Pack32; unsigned: Avg ((a + b + 1) >> 1), MulHiU,
 // Shr. UnpackLo and UnpackHi pair the words of lanes (a0, b0), (a1, b1), ...; Pack32 undoes
 // their order, Pack32Ordered narrows registers of dwords loaded in memory order.
 struct W128 {
     using T = __m128i;
-    using F = __m128;
     static constexpr int32_t N = 8;
     static T Load(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
     static void Store(void* p, T v) { _mm_storeu_si128(static_cast<__m128i*>(p), v); }
@@ -57,23 +56,20 @@ struct W128 {
     static T UnpackHi(T a, T b) { return _mm_unpackhi_epi16(a, b); }
     static T MAdd(T a, T b) { return _mm_madd_epi16(a, b); }
     static T Add32(T a, T b) { return _mm_add_epi32(a, b); }
+    static T Sub32(T a, T b) { return _mm_sub_epi32(a, b); }
+    template <int S>
+    static T Sar32(T a)
+    {
+        return _mm_srai_epi32(a, S);
+    }
     static T Pack32(T lo, T hi) { return _mm_packs_epi32(lo, hi); }
     static T Pack32Ordered(T lo, T hi) { return _mm_packs_epi32(lo, hi); }
-    static F ToFloat(T a) { return _mm_cvtepi32_ps(a); }
-    static T Trunc(F a) { return _mm_cvttps_epi32(a); }
-    static F FSet(float v) { return _mm_set1_ps(v); }
-    static F FMul(F a, F b) { return _mm_mul_ps(a, b); }
-    static F FSub(F a, F b) { return _mm_sub_ps(a, b); }
-    static F FDiv(F a, F b) { return _mm_div_ps(a, b); }
-    static F FMin(F a, F b) { return _mm_min_ps(a, b); }
-    static F FMax(F a, F b) { return _mm_max_ps(a, b); }
 };
 
 #if defined(__AVX2__)
 // Unpacks and Pack32 work within each 128-bit half, like their SSE2 forms.
 struct W256 {
     using T = __m256i;
-    using F = __m256;
     static constexpr int32_t N = 16;
     static T Load(const void* p) { return _mm256_loadu_si256(static_cast<const __m256i*>(p)); }
     static void Store(void* p, T v) { _mm256_storeu_si256(static_cast<__m256i*>(p), v); }
@@ -115,16 +111,14 @@ struct W256 {
     static T UnpackHi(T a, T b) { return _mm256_unpackhi_epi16(a, b); }
     static T MAdd(T a, T b) { return _mm256_madd_epi16(a, b); }
     static T Add32(T a, T b) { return _mm256_add_epi32(a, b); }
+    static T Sub32(T a, T b) { return _mm256_sub_epi32(a, b); }
+    template <int S>
+    static T Sar32(T a)
+    {
+        return _mm256_srai_epi32(a, S);
+    }
     static T Pack32(T lo, T hi) { return _mm256_packs_epi32(lo, hi); }
     static T Pack32Ordered(T lo, T hi) { return _mm256_permute4x64_epi64(_mm256_packs_epi32(lo, hi), 0xD8); }
-    static F ToFloat(T a) { return _mm256_cvtepi32_ps(a); }
-    static T Trunc(F a) { return _mm256_cvttps_epi32(a); }
-    static F FSet(float v) { return _mm256_set1_ps(v); }
-    static F FMul(F a, F b) { return _mm256_mul_ps(a, b); }
-    static F FSub(F a, F b) { return _mm256_sub_ps(a, b); }
-    static F FDiv(F a, F b) { return _mm256_div_ps(a, b); }
-    static F FMin(F a, F b) { return _mm256_min_ps(a, b); }
-    static F FMax(F a, F b) { return _mm256_max_ps(a, b); }
 };
 #endif
 
