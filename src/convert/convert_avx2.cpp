@@ -8,6 +8,7 @@
 #define KAIP_AVX2 __attribute__((target("avx2")))
 #define KAIP_VECTOR_TARGET KAIP_AVX2
 #include "convert/convert_gather.h"
+#include "convert/convert_yuv.h"
 
 namespace convert::avx2 {
 namespace {
@@ -141,51 +142,38 @@ struct KMonoWordToMono8 {
     }
 };
 
-// acc + k v in 16-bit lanes, the small factors by additions.
-template <int32_t k>
-KAIP_AVX2 inline __m256i AddTimes(__m256i acc, __m256i v)
-{
-    if constexpr (k == 0) return acc;
-    if constexpr (k == 1) return _mm256_add_epi16(acc, v);
-    if constexpr (k == -1) return _mm256_sub_epi16(acc, v);
-    if constexpr (k == 2) return _mm256_add_epi16(acc, _mm256_add_epi16(v, v));
-    return _mm256_add_epi16(acc, _mm256_mullo_epi16(v, _mm256_set1_epi16(int16_t(k))));
-}
-
-// One channel of 16 pixels from its split sums (TSplit): whole part plus the remainder sum shifted down.
-template <int32_t kULo, int32_t kVLo, int32_t kUHi, int32_t kVHi>
-KAIP_AVX2 inline __m256i Channel(__m256i rest, __m256i whole, __m256i u, __m256i v)
-{
-    const __m256i lo = AddTimes<kULo>(AddTimes<kVLo>(rest, v), u);
-    return _mm256_add_epi16(_mm256_srai_epi16(lo, 8), AddTimes<kUHi>(AddTimes<kVHi>(whole, v), u));
-}
-
-// The shuffle control that puts byte kAt of each 4-byte pair group into both of the pair's 16-bit lanes.
-template <int kAt>
-KAIP_AVX2 inline __m256i PairByte()
-{
-    constexpr char a = kAt, b = kAt + 4, c = kAt + 8, d = kAt + 12, z = -128;
-    return _mm256_setr_epi8(a, z, a, z, b, z, b, z, c, z, c, z, d, z, d, z, a, z, a, z, b, z, b, z, c, z, c, z, d, z, d,
-                            z);
-}
-
-// B, G, R words of the 16 pixels of 32 bytes of 4:2:2 (luma at the even bytes when kLumaFirst, U before V),
-// by the split sums of TSplit<K>, as the SSE2 build computes them.
-template <class K, bool kLumaFirst>
-KAIP_AVX2 inline void YuvToWords(__m256i s, __m256i& b, __m256i& g, __m256i& r)
-{
-    using T = TSplit<K>;
-    const __m256i low = _mm256_set1_epi16(0xFF);
-    const __m256i y = kLumaFirst ? _mm256_and_si256(s, low) : _mm256_srli_epi16(s, 8);
-    const __m256i c128 = _mm256_set1_epi16(128);
-    constexpr int kU = kLumaFirst ? 1 : 0, kV = kLumaFirst ? 3 : 2;  // the chroma bytes of a pixel pair
-    const __m256i u = _mm256_sub_epi16(_mm256_shuffle_epi8(s, PairByte<kU>()), c128);
-    const __m256i v = _mm256_sub_epi16(_mm256_shuffle_epi8(s, PairByte<kV>()), c128);
-    const __m256i rest = AddTimes<T::kYLo>(_mm256_set1_epi16(int16_t(T::kL)), y);
-    r = Channel<0, T::kRVLo, 0, T::kRVHi>(rest, y, u, v);
-    g = Channel<T::kGULo, T::kGVLo, T::kGUHi, T::kGVHi>(rest, y, u, v);
-    b = Channel<T::kBULo, 0, T::kBUHi, 0>(rest, y, u, v);
-}
+// The registers of convert_yuv.h: 16 pixels of 4:2:2 each.
+struct VYuv {
+    using T = __m256i;
+    KAIP_AVX2 static T Set16(int16_t v) { return _mm256_set1_epi16(v); }
+    KAIP_AVX2 static T Add16(T a, T b) { return _mm256_add_epi16(a, b); }
+    KAIP_AVX2 static T Sub16(T a, T b) { return _mm256_sub_epi16(a, b); }
+    KAIP_AVX2 static T MulLo16(T a, T b) { return _mm256_mullo_epi16(a, b); }
+    template <int k>
+    KAIP_AVX2 static T Srai16(T v)
+    {
+        return _mm256_srai_epi16(v, k);
+    }
+    KAIP_AVX2 static T PackUS16(T a, T b) { return _mm256_packus_epi16(a, b); }
+    template <bool kLumaFirst>
+    KAIP_AVX2 static T Luma(T s)
+    {
+        return kLumaFirst ? _mm256_and_si256(s, _mm256_set1_epi16(0xFF)) : _mm256_srli_epi16(s, 8);
+    }
+    // Byte kAt of each 4-byte pair group in both of the pair's 16-bit lanes.
+    template <int kAt>
+    KAIP_AVX2 static T PairByte(T s)
+    {
+        constexpr char a = kAt, b = kAt + 4, c = kAt + 8, d = kAt + 12, z = -128;
+        return _mm256_shuffle_epi8(s, _mm256_setr_epi8(a, z, a, z, b, z, b, z, c, z, c, z, d, z, d, z, a, z, a, z, b,
+                                                       z, b, z, c, z, c, z, d, z, d, z));
+    }
+    template <bool kLumaFirst>
+    KAIP_AVX2 static void Chroma(T s, T& u, T& v)
+    {
+        u = PairByte<kLumaFirst ? 1 : 0>(s), v = PairByte<kLumaFirst ? 3 : 2>(s);
+    }
+};
 
 // 32 pixels of byte planes b, g, r as two 16-pixel packs leave them (pixels 0-7, 16-23 | 8-15, 24-31) stored
 // as 3 or 4 bytes each as W writes them, the fourth byte 0.
@@ -239,11 +227,7 @@ struct SYuv422 {
     static constexpr uint32_t kInBytes = 64;
     KAIP_AVX2 static void Planes(const uint8_t* s, __m256i& b, __m256i& g, __m256i& r)
     {
-        using K = typename R::TCoefficients;
-        __m256i b0, g0, r0, b1, g1, r1;
-        YuvToWords<K, R::kLumaFirst>(Load(s), b0, g0, r0);
-        YuvToWords<K, R::kLumaFirst>(Load(s + 32), b1, g1, r1);
-        b = _mm256_packus_epi16(b0, b1), g = _mm256_packus_epi16(g0, g1), r = _mm256_packus_epi16(r0, r1);
+        YuvPlanes<VYuv, typename R::TCoefficients, R::kLumaFirst>(Load(s), Load(s + 32), b, g, r);
     }
 };
 

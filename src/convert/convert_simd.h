@@ -89,31 +89,6 @@ KAIP_YUV422_CONVERTERS(KAIP_DECLARE_YUV422_CONVERTER)
 KAIP_OWN_STEP_CONVERTERS
 }  // namespace avx2
 
-// ---------------------------------------------------------------- 4:2:2 colour in 16-bit lanes
-
-// The colour sums of the coefficient set K with each coefficient k split into 256 kHi + kLo, kLo the
-// remainder nearest 0: (sum of k x + 128) >> 8 = sum of kHi x + ((sum of kLo x + 128) >> 8) exactly,
-// because the parts taken out are multiples of 256, and the kLo sums fit 16-bit lanes where 298 (Y - 16)
-// alone would not. Per pixel the remainder sum starts at kYLo Y + kL, kL taking the 128 and the whole luma
-// offset (kY kYOffset, of which the multiple of 256 comes out with the shift); the whole part is Y plus the
-// chroma's kHi multiples.
-template <class K>
-struct TSplit {
-    static constexpr int32_t Hi(int32_t k) { return k + 128 >= 0 ? (k + 128) / 256 : -((255 - (k + 128)) / 256); }
-    static constexpr int32_t Lo(int32_t k) { return k - 256 * Hi(k); }
-    static constexpr int32_t kYLo = Lo(K::kY), kL = 128 - K::kY * K::kYOffset;
-    static constexpr int32_t kRVHi = Hi(K::kRV), kRVLo = Lo(K::kRV), kBUHi = Hi(K::kBU), kBULo = Lo(K::kBU);
-    static constexpr int32_t kGUHi = Hi(K::kGU), kGULo = Lo(K::kGU), kGVHi = Hi(K::kGV), kGVLo = Lo(K::kGV);
-    static constexpr int32_t Abs(int32_t v) { return v < 0 ? -v : v; }
-    static constexpr bool Fits(int32_t cu, int32_t cv)
-    {
-        const int32_t luma = Abs(kL) > Abs(255 * kYLo + kL) ? Abs(kL) : Abs(255 * kYLo + kL);
-        return luma + (Abs(cu) + Abs(cv)) * 128 < 32768;
-    }
-    static_assert(Hi(K::kY) == 1, "the whole part takes the luma once");
-    static_assert(Fits(0, kRVLo) && Fits(kGULo, kGVLo) && Fits(kBULo, 0), "every remainder sum fits a 16-bit lane");
-};
-
 // ---------------------------------------------------------------- byte maps of the shuffling variants
 
 // A map repeats every unit of kUnitPixels pixels (kUnitIn source bytes, kUnitOut destination bytes); Src

@@ -5,7 +5,8 @@
 #include <cstring>
 #include <utility>
 
-#include "convert/convert_simd.h"
+#define KAIP_VECTOR_TARGET
+#include "convert/convert_yuv.h"
 
 namespace convert::sse2 {
 namespace {
@@ -237,42 +238,33 @@ struct SMonoWordToMono8 {
     }
 };
 
-// acc + k v in 16-bit lanes, the small factors by additions.
-template <int32_t k>
-inline __m128i AddTimes(__m128i acc, __m128i v)
-{
-    if constexpr (k == 0) return acc;
-    if constexpr (k == 1) return _mm_add_epi16(acc, v);
-    if constexpr (k == -1) return _mm_sub_epi16(acc, v);
-    if constexpr (k == 2) return _mm_add_epi16(acc, _mm_add_epi16(v, v));
-    return _mm_add_epi16(acc, _mm_mullo_epi16(v, _mm_set1_epi16(int16_t(k))));
-}
-
-// One channel of 8 pixels from its split sums (TSplit): whole part plus the remainder sum shifted down.
-template <int32_t kULo, int32_t kVLo, int32_t kUHi, int32_t kVHi>
-inline __m128i Channel(__m128i rest, __m128i whole, __m128i u, __m128i v)
-{
-    const __m128i lo = AddTimes<kULo>(AddTimes<kVLo>(rest, v), u);
-    return _mm_add_epi16(_mm_srai_epi16(lo, 8), AddTimes<kUHi>(AddTimes<kVHi>(whole, v), u));
-}
-
-// B, G, R words of the 8 pixels of 16 bytes of 4:2:2 (luma at the even bytes when kLumaFirst, U before V),
-// by the split sums of TSplit<K>. Saturating packs then clamp to 0..255.
-template <class K, bool kLumaFirst>
-inline void YuvToWords(__m128i s, __m128i& b, __m128i& g, __m128i& r)
-{
-    using T = TSplit<K>;
-    const __m128i low = _mm_set1_epi16(0xFF);
-    const __m128i y = kLumaFirst ? _mm_and_si128(s, low) : _mm_srli_epi16(s, 8);
-    const __m128i c = _mm_sub_epi16(kLumaFirst ? _mm_srli_epi16(s, 8) : _mm_and_si128(s, low), _mm_set1_epi16(128));
-    // The pair's U and V in the lanes of both its pixels.
-    const __m128i u = _mm_shufflehi_epi16(_mm_shufflelo_epi16(c, 0xA0), 0xA0);
-    const __m128i v = _mm_shufflehi_epi16(_mm_shufflelo_epi16(c, 0xF5), 0xF5);
-    const __m128i rest = AddTimes<T::kYLo>(_mm_set1_epi16(int16_t(T::kL)), y);
-    r = Channel<0, T::kRVLo, 0, T::kRVHi>(rest, y, u, v);
-    g = Channel<T::kGULo, T::kGVLo, T::kGUHi, T::kGVHi>(rest, y, u, v);
-    b = Channel<T::kBULo, 0, T::kBUHi, 0>(rest, y, u, v);
-}
+// The registers of convert_yuv.h: 8 pixels of 4:2:2 each.
+struct VYuv {
+    using T = __m128i;
+    static T Set16(int16_t v) { return _mm_set1_epi16(v); }
+    static T Add16(T a, T b) { return _mm_add_epi16(a, b); }
+    static T Sub16(T a, T b) { return _mm_sub_epi16(a, b); }
+    static T MulLo16(T a, T b) { return _mm_mullo_epi16(a, b); }
+    template <int k>
+    static T Srai16(T v)
+    {
+        return _mm_srai_epi16(v, k);
+    }
+    static T PackUS16(T a, T b) { return _mm_packus_epi16(a, b); }
+    template <bool kLumaFirst>
+    static T Luma(T s)
+    {
+        return kLumaFirst ? _mm_and_si128(s, _mm_set1_epi16(0xFF)) : _mm_srli_epi16(s, 8);
+    }
+    // The chroma bytes as words, U in the even lanes and V in the odd ones, then each copied over its pair.
+    template <bool kLumaFirst>
+    static void Chroma(T s, T& u, T& v)
+    {
+        const T c = kLumaFirst ? _mm_srli_epi16(s, 8) : _mm_and_si128(s, _mm_set1_epi16(0xFF));
+        u = _mm_shufflehi_epi16(_mm_shufflelo_epi16(c, 0xA0), 0xA0);
+        v = _mm_shufflehi_epi16(_mm_shufflelo_epi16(c, 0xF5), 0xF5);
+    }
+};
 
 // 16 pixels of 4:2:2 read as R reads them to 3 or 4 bytes each as W writes them, the fourth byte 0.
 template <class R, class W>
@@ -281,12 +273,8 @@ struct SYuv422 {
     template <bool kStream>
     void Run(const uint8_t* s, uint8_t* d) const
     {
-        using K = typename R::TCoefficients;
-        __m128i b0, g0, r0, b1, g1, r1;
-        YuvToWords<K, R::kLumaFirst>(Load(s), b0, g0, r0);
-        YuvToWords<K, R::kLumaFirst>(Load(s + 16), b1, g1, r1);
-        const __m128i b = _mm_packus_epi16(b0, b1), g = _mm_packus_epi16(g0, g1), r = _mm_packus_epi16(r0, r1);
-        __m128i p[4];
+        __m128i b, g, r, p[4];
+        YuvPlanes<VYuv, typename R::TCoefficients, R::kLumaFirst>(Load(s), Load(s + 16), b, g, r);
         Interleave(W::kOrder == kBGR ? b : r, g, W::kOrder == kBGR ? r : b, p);
         StorePixels<kStream, W::kBytes>(d, p);
     }
