@@ -195,13 +195,12 @@ struct SMono8ToBytes {
     }
 };
 
-// Bytes 0 and 2 of every 32-bit lane exchanged, byte 1 kept, byte 3 cleared.
+// Bytes 0 and 2 of every 32-bit lane exchanged, byte 1 kept, byte 3 cleared: the lane's two words swapped
+// give bytes 0 and 2, the lane itself byte 1.
 inline __m128i SwapRB(__m128i v)
 {
-    const __m128i low = _mm_set1_epi32(0xFF), green = _mm_set1_epi32(0xFF00);
-    const __m128i rb =
-        _mm_or_si128(_mm_and_si128(_mm_srli_epi32(v, 16), low), _mm_slli_epi32(_mm_and_si128(v, low), 16));
-    return _mm_or_si128(rb, _mm_and_si128(v, green));
+    const __m128i swapped = _mm_shufflehi_epi16(_mm_shufflelo_epi16(v, Pick(1, 0, 3, 2)), Pick(1, 0, 3, 2));
+    return _mm_or_si128(_mm_and_si128(swapped, _mm_set1_epi32(0xFF00FF)), _mm_and_si128(v, _mm_set1_epi32(0xFF00)));
 }
 
 // The fourth byte of each of the 4 pixels at d.
@@ -469,22 +468,31 @@ struct SBytesToShort {
     }
 };
 
-// 16 pixels R, G, B to B, G, R and the destination's own fourth byte: spread as BGR24 is, then swapped.
-struct SRGB24ToBGR32 {
-    using Spread = SShifts<MBGR24ToBGR32>;
+// 16 pixels of 3 bytes to 4, red and blue exchanged when kSwap is set, the fourth byte 0 or the destination's
+// own (kKeep): each pixel's bytes loaded into its 32-bit lane, those past the step's last 16 bytes from them
+// shifted down, so that no load leaves the step. Every kept byte is read before the first store, as in SShifts.
+template <bool kSwap, bool kKeep>
+struct SBytes3To4 {
     static constexpr uint32_t kPixels = 16, kInBytes = 48, kOutBytes = 64;
-    template <bool kStream, int... kChunk>
-    static void Chunks(const uint8_t* s, uint8_t* d, std::integer_sequence<int, kChunk...>)
+    template <int kPixel>
+    static __m128i At(const uint8_t* s)
     {
-        // Every kept byte is read before the first store, as in SShifts.
-        const __m128i v[] = {_mm_or_si128(SwapRB(Spread::Chunk<kChunk>(s, d, std::make_integer_sequence<int, 16>{})),
-                                          Kept(d + 16 * kChunk))...};
-        (Store<kStream>(d + 16 * kChunk, v[kChunk]), ...);
+        constexpr int kAt = 3 * kPixel, kBase = kAt < 32 ? kAt : 32;
+        return _mm_srli_si128(Load(s + kBase), kAt - kBase);
+    }
+    template <int kFirst>
+    static __m128i Four(const uint8_t* s, const uint8_t* d)
+    {
+        const __m128i v = _mm_unpacklo_epi64(_mm_unpacklo_epi32(At<kFirst>(s), At<kFirst + 1>(s)),
+                                             _mm_unpacklo_epi32(At<kFirst + 2>(s), At<kFirst + 3>(s)));
+        const __m128i p = kSwap ? SwapRB(v) : _mm_and_si128(v, _mm_set1_epi32(0xFFFFFF));
+        return kKeep ? _mm_or_si128(p, Kept(d + 4 * kFirst)) : p;
     }
     template <bool kStream>
     void Run(const uint8_t* s, uint8_t* d) const
     {
-        Chunks<kStream>(s, d, std::make_integer_sequence<int, 4>{});
+        const __m128i v[] = {Four<0>(s, d), Four<4>(s, d), Four<8>(s, d), Four<12>(s, d)};
+        for (int i = 0; i < 4; ++i) Store<kStream>(d + 16 * i, v[i]);
     }
 };
 
@@ -534,8 +542,12 @@ struct TStepOf<MMipi12High> {
     using T = SHighPairs<0, 1>;
 };
 template <>
+struct TStepOf<MBGR24ToBGR32> {
+    using T = SBytes3To4<false, false>;
+};
+template <>
 struct TStepOf<MRGB24ToBGR32> {
-    using T = SRGB24ToBGR32;
+    using T = SBytes3To4<true, true>;
 };
 template <>
 struct TStepOf<MBGR32ToBGR24> {
