@@ -162,75 +162,50 @@ void WidenLine(const uint8_t* pLine, uint32_t x0, uint32_t n, TRow<int16_t>& row
     row[0][0] = row[1][0] = row[0][(n + 7) / 2] = row[1][(n + 6) / 2] = 0;
 }
 
-// The differences of lines y .. y+2 (a, b, c) at column i, each taken once:
-//   v2 = |a(i) - c(i)|, hb = |b(i-1) - b(i+1)|, r2 = |a(i+1) - c(i-1)|, f2 = |a(i-1) - c(i+1)|,
-// and of the line pair (r, r+1) in slot r & 1: r1 = |w(r, i) - w(r+1, i-1)|, f1 = |w(r, i) -
-// w(r+1, i+1)|; line y takes the pair (y+1, y+2), the strip's first line also the pair (0, 1).
-// From the same loads, the sums hs of line y+2, vs and g4 of line y+1 (hs of lines 0 and 1 too
-// at the strip's first line).
+// The planes of slot y (see TStrip) from lines y .. y+2 (a, b, c), straight from the samples
+// (each difference a plane needs is taken where it is needed, which costs fewer loads and
+// stores than keeping them in rows of their own), and from the same loads the sums hs of line
+// y+2, vs and g4 of line y+1 (hs of lines 0 and 1 too at the strip's first line).
 template <class W, int H>
-void TakeOnce(TStrip<int16_t>& s, uint32_t y, int32_t end)
+void PlanesOf(TStrip<int16_t>& s, uint32_t y, int32_t end)
 {
     using T = typename W::T;
     const TRow<int16_t>&a = s.src[y & 7], &b = s.src[(y + 1) & 7], &c = s.src[(y + 2) & 7];
-    auto& o = s.once;
-    TRow<int16_t>&r1 = o.r1[(y + 1) & 1], &f1 = o.f1[(y + 1) & 1];
+    const uint32_t slot = y & 3;
     auto& sums = s.sums;
     for (int32_t k = 1; k < end; k += W::N) {
         auto at = [&](const TRow<int16_t>& row, int dx) { return W::Load(&At<H>(row, k, dx)); };
         auto put = [&](TRow<int16_t>& row, T v) { W::Store(&row[H][k], v); };
-        const T a0 = at(a, 0), al = at(a, -1), ar = at(a, 1), b0 = at(b, 0), bl = at(b, -1), br = at(b, 1);
-        const T c0 = at(c, 0), cl = at(c, -1), cr = at(c, 1);
-        put(o.v2, W::AbsDiff(a0, c0));
-        put(o.hb, W::AbsDiff(bl, br));
-        put(o.r2, W::AbsDiff(ar, cl));
-        put(o.f2, W::AbsDiff(al, cr));
-        put(r1, W::AbsDiff(b0, cl));
-        put(f1, W::AbsDiff(b0, cr));
+        auto twice = [](T v) { return W::Add(v, v); };
+        const T al = at(a, -1), a0 = at(a, 0), ar = at(a, 1);
+        const T bl = at(b, -1), b0 = at(b, 0), br = at(b, 1), br2 = at(b, 2);
+        const T cl2 = at(c, -2), cl = at(c, -1), c0 = at(c, 0), cr = at(c, 1), cr2 = at(c, 2), cr3 = at(c, 3);
+        const T rising = W::AbsDiff(ar, cl), falling = W::AbsDiff(al, cr);
+        put(s.tv[slot], W::Add(twice(W::AbsDiff(a0, c0)), W::Add(W::AbsDiff(al, cl), W::AbsDiff(ar, cr))));
+        put(s.hv[slot], W::Add(W::AbsDiff(bl, br), W::AbsDiff(b0, br2)));
+        put(s.da[slot], W::Add(twice(rising), W::Add(W::AbsDiff(a0, bl), W::AbsDiff(br, c0))));
+        put(s.dm[slot], W::Add(twice(falling), W::Add(W::AbsDiff(bl, c0), W::AbsDiff(a0, br))));
+        put(s.a2[slot], W::Add(W::AbsDiff(a0, cl2), rising));
+        put(s.m2[slot], W::Add(W::AbsDiff(a0, cr2), W::AbsDiff(ar, cr3)));
         const T hb = W::Add(bl, br), vb = W::Add(a0, c0);
         put(sums.hs[(y + 2) & 7], W::Add(cl, cr));
         put(sums.vs[(y + 1) & 3], vb);
         put(sums.g4[(y + 1) & 3], W::Add(hb, vb));
         if (y == 0) {
-            put(o.r1[0], W::AbsDiff(a0, bl));
-            put(o.f1[0], W::AbsDiff(a0, br));
             put(sums.hs[0], W::Add(al, ar));
             put(sums.hs[1], hb);
         }
     }
 }
 
-// The planes of slot y (see TStrip) as sums of the differences taken once.
-template <class W, int H>
-void AddPlanes(TStrip<int16_t>& s, uint32_t y, int32_t end)
-{
-    using T = typename W::T;
-    const auto& o = s.once;
-    const uint32_t slot = y & 3;
-    const TRow<int16_t>&r1 = o.r1[y & 1], &r1Next = o.r1[(y + 1) & 1];
-    const TRow<int16_t>&f1 = o.f1[y & 1], &f1Next = o.f1[(y + 1) & 1];
-    for (int32_t k = 1; k < end; k += W::N) {
-        auto at = [&](const TRow<int16_t>& row, int dx) { return W::Load(&At<H>(row, k, dx)); };
-        auto put = [&](TRow<int16_t>(&plane)[4], T v) { W::Store(&plane[slot][H][k], v); };
-        const T v = at(o.v2, 0), r = at(o.r2, 0), f = at(o.f2, 0);
-        put(s.tv, W::Add(W::Add(v, v), W::Add(at(o.v2, -1), at(o.v2, 1))));
-        put(s.hv, W::Add(at(o.hb, 0), at(o.hb, 1)));
-        put(s.da, W::Add(W::Add(r, r), W::Add(at(r1, 0), at(r1Next, 1))));
-        put(s.dm, W::Add(W::Add(f, f), W::Add(at(f1Next, -1), at(f1, 0))));
-        put(s.a2, W::Add(at(o.r2, -1), r));
-        put(s.m2, W::Add(at(o.f2, 1), at(o.f2, 2)));
-    }
-}
-
-// The planes of slot y over columns 2 .. n+4 of each half, like PlanesHalf.
+// The planes of slot y over columns 2 .. n+4 of each half, like PlanesHalf, and the sums one
+// entry further.
 template <class W>
 void TakePlanes(TStrip<int16_t>& s, uint32_t y, uint32_t n)
 {
-    const int32_t end = int32_t(n + 6) / 2 + 1;  // AddPlanes reads one entry further
-    TakeOnce<W, 0>(s, y, end);
-    TakeOnce<W, 1>(s, y, end);
-    AddPlanes<W, 0>(s, y, int32_t(n + 6) / 2);
-    AddPlanes<W, 1>(s, y, int32_t(n + 5) / 2);
+    const int32_t end = int32_t(n + 6) / 2 + 1;
+    PlanesOf<W, 0>(s, y, end);
+    PlanesOf<W, 1>(s, y, end);
 }
 
 // What one direction adds to the two sums when it is chosen: 4 c + (colour - first colour),

@@ -37,15 +37,11 @@ using TRow = T[2][kHalf];
 //   a2  rising pairs from line r: |w(r, i) - w(r+2, i-2)| + |w(r, i+1) - w(r+2, i-1)|
 //   m2  falling pairs from line r: |w(r, i) - w(r+2, i+2)| + |w(r, i+1) - w(r+2, i+3)|
 // Around line y the north gradient is tv(y-2) + tv(y-1), the west one hv(y-1) + 2 hv(y) +
-// hv(y+1) at the column left of the pixel, and so on (see Gradients). The vector planes take
-// each difference once into the rows of `once` (see TakePlanes) and add them up.
+// hv(y+1) at the column left of the pixel, and so on (see Gradients).
 template <class T>
 struct TStrip {
     TRow<T> src[8];
     TRow<T> tv[4], hv[4], da[4], dm[4], a2[4], m2[4];
-    struct {
-        TRow<T> v2, hb, r2, f2, r1[2], f1[2];
-    } once;
     // Sums of the vector estimates: hs of line r (slot r & 7) w(r, i-1) + w(r, i+1), vs of line r
     // (slot r & 3) w(r-1, i) + w(r+1, i), and g4 = hs + vs, the four direct neighbours.
     struct {
