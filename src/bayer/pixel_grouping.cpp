@@ -281,8 +281,11 @@ void RunGroupingVector(const TGroupingLoops& v, const TBayerPlanes& p, const TBa
             return;
         }
         const TSplitLine s = src(y);
+        // Ahead: the source line split next and the destination line of the colours that follow.
+        const uint8_t* pNextSrc = p.pSrc + size_t(std::min(y + 3, h - 1)) * p.dwSrcLineIncrement;
+        const uint8_t* pNextDst = p.pDst + size_t(std::max(y, 3u) - 1) * p.dwDstLineIncrement;
         v.green({s.Tap(rb, 0), src(y - 1).Tap(rb, 0), src(y + 1).Tap(rb, 0), s.Tap(rb, -1), src(y - 2).Tap(rb, 0),
-                 src(y + 2).Tap(rb, 0), s.Tap(rb, -2), green(y).half[rb]},
+                 src(y + 2).Tap(rb, 0), s.Tap(rb, -2), green(y).half[rb], pNextSrc, pNextDst, DstBytes},
                 (w - 1 - rb) / 2);
         if (rb == 1) ringGreen(y, 1);
         if (((w - 2) & 1) == uint32_t(rb)) ringGreen(y, w - 2);

@@ -275,7 +275,12 @@ struct TGroupingVector {
     {
         const TGreenTaps t = taps;  // a local copy: the stores cannot alias it
         const T z = V::Zero(), one = V::Set(1 << (Bits - 8));
+        constexpr uint32_t kSampleBytes = Bits > 8 ? 2 : 1;
         for (uint32_t k = 1; k < k1; k += V::N) {
+            // Steps of 2 N pixels: 96 or 128 destination bytes at most, two cache lines.
+            __builtin_prefetch(t.pNextSrc + 2 * k * kSampleBytes);
+            __builtin_prefetch(t.pNextDst + 2 * k * t.dwDstBytes, 1);
+            __builtin_prefetch(t.pNextDst + 2 * k * t.dwDstBytes + 64, 1);
             const T c = V::Load(t.c + k), n = V::Load(t.n + k), s = V::Load(t.s + k), w = V::Load(t.w + k);
             const T e = V::Load(t.w + k + 1), n2 = V::Load(t.n2 + k), s2 = V::Load(t.s2 + k);
             const T w2 = V::Load(t.w2 + k), e2 = V::Load(t.w2 + k + 2);

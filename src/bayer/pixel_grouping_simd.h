@@ -16,10 +16,15 @@ struct TSplitLine {
 // (the same half line, one site on).
 
 // Green at count red or blue sites: the centre, its neighbours one and two away on the four
-// sides (west and east from w and w2).
+// sides (west and east from w and w2). The loop also asks for the source line split next and the
+// destination line written next, a little of each per step (site k: byte 2 k of the samples and
+// 2 k dwDstBytes of the pixels), so their memory arrives while it computes.
 struct TGreenTaps {
     const int16_t *c, *n, *s, *w, *n2, *s2, *w2;
     int16_t* pOut;
+    const uint8_t* pNextSrc;
+    const uint8_t* pNextDst;
+    uint32_t dwDstBytes;
 };
 
 // Red and blue at green sites: hue transit along the line (into pFirst) and across it (pSecond).
