@@ -444,27 +444,75 @@ struct SBytes4ToShort {
     }
 };
 
-// 16 pixels of 3 bytes in the order O to 15-bit (k565 false) or 16-bit words, as Pack555 and Pack565 do.
+// 16 pixels of 3 bytes in the order O to 15-bit (k565 false) or 16-bit words, as Pack555 and Pack565 do, 8 at a
+// time. Lane i of X holds the source word with pixel i's first byte, lane i of Z the one with its third (each
+// gathered by dword unpacks of loads 0, 6 or 2, 8 bytes into the 24), so every channel byte is the low or the
+// high byte of X or Z. Each channel's top bits reach their field by a multiply per lane (by 2^s for a shift left
+// by s, the high half of a multiply by 2^(16 - s) for a shift right) and a mask; fields of one source and one
+// direction in different lanes share a multiply (a slot).
 template <bool k565, TOrder O>
 struct SBytesToShort {
     static constexpr uint32_t kPixels = 16, kInBytes = 48, kOutBytes = 32;
-    static __m128i Pack(__m128i r, __m128i g, __m128i b)
+    static constexpr int kAt[3] = {0, 5, k565 ? 11 : 10}, kBits[3] = {5, k565 ? 6 : 5, 5};  // blue, green, red
+    // [source X, Z][left, right][slot][lane]
+    struct TSlots {
+        uint16_t mul[2][2][3][8]{}, mask[2][2][3][8]{};
+        bool used[2][2][3]{};
+    };
+    static constexpr TSlots Make()
     {
-        const __m128i hi = k565 ? _mm_and_si128(_mm_slli_epi16(r, 8), _mm_set1_epi16(int16_t(0xF800)))
-                                : _mm_and_si128(_mm_slli_epi16(r, 7), _mm_set1_epi16(0x7C00));
-        const __m128i mid = k565 ? _mm_and_si128(_mm_slli_epi16(g, 3), _mm_set1_epi16(0x7E0))
-                                 : _mm_and_si128(_mm_slli_epi16(g, 2), _mm_set1_epi16(0x3E0));
-        return _mm_or_si128(_mm_or_si128(hi, mid), _mm_srli_epi16(b, 3));
+        TSlots t{};
+        for (int lane = 0; lane < 8; ++lane)
+            for (int pos = 0; pos < 3; ++pos) {
+                // Byte pos of pixel lane: the even pixel's bytes are X low, X high, Z low; the odd one's X high,
+                // Z low, Z high.
+                const int k = lane % 2 * 3 + pos, src = k < 2 ? 0 : k < 3 ? 1 : k < 4 ? 0 : 1;
+                const int half = lane % 2 ? (pos + 1) % 2 : pos % 2;
+                const int ch = O == kBGR ? pos : 2 - pos, bits = kBits[ch];
+                const int shift = kAt[ch] - (8 * half + 8 - bits), dir = shift < 0;
+                int slot = 0;
+                while (t.mul[src][dir][slot][lane]) ++slot;
+                t.mul[src][dir][slot][lane] = uint16_t(1 << (dir ? 16 + shift : shift));
+                t.mask[src][dir][slot][lane] = uint16_t(((1 << bits) - 1) << kAt[ch]);
+                t.used[src][dir][slot] = true;
+            }
+        return t;
+    }
+    static constexpr TSlots kSlots = Make();
+    static __m128i Row(const uint16_t (&v)[8]) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(v)); }
+    template <int kSrc, int kDir, int kSlot>
+    static void Add(__m128i& w, __m128i v)
+    {
+        if constexpr (kSlots.used[kSrc][kDir][kSlot]) {
+            const __m128i m = Row(kSlots.mul[kSrc][kDir][kSlot]);
+            const __m128i x = kDir ? _mm_mulhi_epu16(v, m) : _mm_mullo_epi16(v, m);
+            w = _mm_or_si128(w, _mm_and_si128(x, Row(kSlots.mask[kSrc][kDir][kSlot])));
+        }
+    }
+    template <int kSrc>
+    static void AddAll(__m128i& w, __m128i v)
+    {
+        Add<kSrc, 0, 0>(w, v), Add<kSrc, 0, 1>(w, v), Add<kSrc, 0, 2>(w, v);
+        Add<kSrc, 1, 0>(w, v), Add<kSrc, 1, 1>(w, v), Add<kSrc, 1, 2>(w, v);
+    }
+    // Lanes 0-3 of unpacklo32(a, b) and 4-7 of unpackhi32(a, b).
+    static __m128i Gather(__m128i a, __m128i b)
+    {
+        return _mm_castpd_si128(
+            _mm_move_sd(_mm_castsi128_pd(_mm_unpackhi_epi32(a, b)), _mm_castsi128_pd(_mm_unpacklo_epi32(a, b))));
+    }
+    static __m128i Eight(const uint8_t* s)
+    {
+        __m128i w = _mm_setzero_si128();
+        AddAll<0>(w, Gather(Load(s), Load(s + 6)));
+        AddAll<1>(w, Gather(Load(s + 2), Load(s + 8)));
+        return w;
     }
     template <bool kStream>
     void Run(const uint8_t* s, uint8_t* d) const
     {
-        __m128i c0, c1, c2;
-        Deinterleave3(s, c0, c1, c2);
-        const __m128i r = O == kBGR ? c2 : c0, g = c1, b = O == kBGR ? c0 : c2, zero = _mm_setzero_si128();
-        Store<kStream>(d, Pack(_mm_unpacklo_epi8(r, zero), _mm_unpacklo_epi8(g, zero), _mm_unpacklo_epi8(b, zero)));
-        Store<kStream>(d + 16,
-                       Pack(_mm_unpackhi_epi8(r, zero), _mm_unpackhi_epi8(g, zero), _mm_unpackhi_epi8(b, zero)));
+        Store<kStream>(d, Eight(s));
+        Store<kStream>(d + 16, Eight(s + 24));
     }
 };
 
