@@ -148,7 +148,10 @@ struct VYuv {
     KAIP_AVX2 static T Set16(int16_t v) { return _mm256_set1_epi16(v); }
     KAIP_AVX2 static T Add16(T a, T b) { return _mm256_add_epi16(a, b); }
     KAIP_AVX2 static T Sub16(T a, T b) { return _mm256_sub_epi16(a, b); }
+    KAIP_AVX2 static T AddS16(T a, T b) { return _mm256_adds_epi16(a, b); }
     KAIP_AVX2 static T MulLo16(T a, T b) { return _mm256_mullo_epi16(a, b); }
+    KAIP_AVX2 static T MulHiU16(T a, T b) { return _mm256_mulhi_epu16(a, b); }
+    KAIP_AVX2 static T Avg16(T a, T b) { return _mm256_avg_epu16(a, b); }
     template <int k>
     KAIP_AVX2 static T Srai16(T v)
     {
@@ -160,13 +163,13 @@ struct VYuv {
     {
         return kLumaFirst ? _mm256_and_si256(s, _mm256_set1_epi16(0xFF)) : _mm256_srli_epi16(s, 8);
     }
-    // Byte kAt of each 4-byte pair group in both of the pair's 16-bit lanes.
+    // Byte kAt of each 4-byte pair group as the high byte of both of the pair's 16-bit lanes.
     template <int kAt>
     KAIP_AVX2 static T PairByte(T s)
     {
         constexpr char a = kAt, b = kAt + 4, c = kAt + 8, d = kAt + 12, z = -128;
-        return _mm256_shuffle_epi8(s, _mm256_setr_epi8(a, z, a, z, b, z, b, z, c, z, c, z, d, z, d, z, a, z, a, z, b,
-                                                       z, b, z, c, z, c, z, d, z, d, z));
+        return _mm256_shuffle_epi8(s, _mm256_setr_epi8(z, a, z, a, z, b, z, b, z, c, z, c, z, d, z, d, z, a, z, a, z,
+                                                       b, z, b, z, c, z, c, z, d, z, d));
     }
     template <bool kLumaFirst>
     KAIP_AVX2 static void Chroma(T s, T& u, T& v)
@@ -323,7 +326,7 @@ int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRevers
     int name(KAIP_LINE_PARAMS, bool bReverseLines)                                       \
     {                                                                                    \
         return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
-                        KPlanes<SYuv422<R>, R, W>{dwWidth});                             \
+                        KCached<KPlanes<SYuv422<R>, R, W>>{{dwWidth}});                  \
     }
 KAIP_YUV422_CONVERTERS(KAIP_DEFINE_YUV422_CONVERTER)
 

@@ -243,7 +243,10 @@ struct VYuv {
     static T Set16(int16_t v) { return _mm_set1_epi16(v); }
     static T Add16(T a, T b) { return _mm_add_epi16(a, b); }
     static T Sub16(T a, T b) { return _mm_sub_epi16(a, b); }
+    static T AddS16(T a, T b) { return _mm_adds_epi16(a, b); }
     static T MulLo16(T a, T b) { return _mm_mullo_epi16(a, b); }
+    static T MulHiU16(T a, T b) { return _mm_mulhi_epu16(a, b); }
+    static T Avg16(T a, T b) { return _mm_avg_epu16(a, b); }
     template <int k>
     static T Srai16(T v)
     {
@@ -255,11 +258,12 @@ struct VYuv {
     {
         return kLumaFirst ? _mm_and_si128(s, _mm_set1_epi16(0xFF)) : _mm_srli_epi16(s, 8);
     }
-    // The chroma bytes as words, U in the even lanes and V in the odd ones, then each copied over its pair.
+    // The chroma bytes as high bytes of words, U in the even lanes and V in the odd ones, then each copied over
+    // its pair.
     template <bool kLumaFirst>
     static void Chroma(T s, T& u, T& v)
     {
-        const T c = kLumaFirst ? _mm_srli_epi16(s, 8) : _mm_and_si128(s, _mm_set1_epi16(0xFF));
+        const T c = kLumaFirst ? _mm_and_si128(s, _mm_set1_epi16(int16_t(0xFF00))) : _mm_slli_epi16(s, 8);
         u = _mm_shufflehi_epi16(_mm_shufflelo_epi16(c, 0xA0), 0xA0);
         v = _mm_shufflehi_epi16(_mm_shufflelo_epi16(c, 0xF5), 0xF5);
     }
@@ -648,10 +652,11 @@ int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRevers
     return Run(KAIP_LINE_ARGS, bReverseLines, SMonoWordToMono8{dwSrcBits}, RMonoWord{dwSrcBits}, WMono8{});
 }
 
-#define KAIP_DEFINE_YUV422_CONVERTER(name, R, W)                              \
-    int name(KAIP_LINE_PARAMS, bool bReverseLines)                            \
-    {                                                                         \
-        return Run(KAIP_LINE_ARGS, bReverseLines, SYuv422<R, W>{}, R{}, W{}); \
+#define KAIP_DEFINE_YUV422_CONVERTER(name, R, W)                                         \
+    int name(KAIP_LINE_PARAMS, bool bReverseLines)                                       \
+    {                                                                                    \
+        return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
+                        KCached<KSteps<SYuv422<R, W>, R, W>>{{dwWidth, {}, {}, {}}});    \
     }
 KAIP_YUV422_CONVERTERS(KAIP_DEFINE_YUV422_CONVERTER)
 

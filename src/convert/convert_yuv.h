@@ -8,68 +8,70 @@
 namespace convert {
 namespace {
 
-// V gives: the register type T; Set16; Add16, Sub16, MulLo16 and Srai16<k> on 16-bit lanes; PackUS16 (the words
-// of two registers to bytes with unsigned saturation, in the instruction's own order); Luma<kLumaFirst>(s), the
-// luma of each pixel of a register of 4:2:2 as a word, and Chroma<kLumaFirst>(s, u, v), the U and V of each
-// pixel's pair as words (luma at the even bytes when kLumaFirst, U before V).
+// V gives: the register type T; Set16; on 16-bit lanes Add16, Sub16, AddS16 (signed, saturating), MulLo16,
+// MulHiU16 (the high word of the unsigned product), Avg16 (unsigned, rounded up) and Srai16<k>; PackUS16 (the
+// words of two registers to bytes with unsigned saturation, in the instruction's own order); Luma<kLumaFirst>(s),
+// the luma of each pixel of a register of 4:2:2 as a word, and Chroma<kLumaFirst>(s, u, v), the U and V of each
+// pixel's pair as the high byte of a word (luma at the even bytes when kLumaFirst, U before V).
 
-// The colour sums of the coefficient set K with each coefficient k split into 256 kHi + kLo, kLo the
-// remainder nearest 0: (sum of k x + 128) >> 8 = sum of kHi x + ((sum of kLo x + 128) >> 8) exactly,
-// because the parts taken out are multiples of 256, and the kLo sums fit 16-bit lanes where 298 (Y - 16)
-// alone would not. Per pixel the remainder sum starts at kYLo Y + kL, kL taking the 128 and the whole luma
-// offset (kY kYOffset, of which the multiple of 256 comes out with the shift); the whole part is Y plus the
-// chroma's kHi multiples.
+// The colour sums of the coefficient set K at half scale, exact in 16-bit lanes. kY is even, so a channel is
+// floor(S / 128) clamped to 0..255 with S = kY / 2 (Y - kYOffset) + floor((C + 128) / 2), C its chroma sum.
+// S is split into a luma part P = kY / 2 Y - kLumaOff per pixel and a chroma part D per pair, each within 16
+// bits, and one saturating add gives S wherever it matters: a sum pinned at -32768 or 32767 is below 0 or
+// above 255 after the shift anyway. The chroma parts come from X << 8 by the high word of unsigned products,
+// floor(X m / 256), exactly:
+// - red: floor((kRV (V - 128) + 128) / 2) = floor(kRV V / 2) - 64 kRV + 64;
+// - green, both coefficients negative: 64 (1 - kGU - kGV) - ceil((-kGU U - kGV V) / 2), the rounded-up
+//   halving being the average instruction, exact over 17 bits;
+// - blue as red, or, where 128 kBU does not fit a word (YUV's 516), in two equal halves added one after the
+//   other: both push the same way, so a first add pinned at a bound stays there as the whole sum would.
+// With kY 256 and no offset S / 128 is Y + floor((C + 128) / 256): the luma needs no product and the chroma's
+// shift is shared by the pair.
 template <class K>
-struct TSplit {
-    static constexpr int32_t Hi(int32_t k) { return k + 128 >= 0 ? (k + 128) / 256 : -((255 - (k + 128)) / 256); }
-    static constexpr int32_t Lo(int32_t k) { return k - 256 * Hi(k); }
-    static constexpr int32_t kYLo = Lo(K::kY), kL = 128 - K::kY * K::kYOffset;
-    static constexpr int32_t kRVHi = Hi(K::kRV), kRVLo = Lo(K::kRV), kBUHi = Hi(K::kBU), kBULo = Lo(K::kBU);
-    static constexpr int32_t kGUHi = Hi(K::kGU), kGULo = Lo(K::kGU), kGVHi = Hi(K::kGV), kGVLo = Lo(K::kGV);
-    static constexpr int32_t Abs(int32_t v) { return v < 0 ? -v : v; }
-    static constexpr bool Fits(int32_t cu, int32_t cv)
-    {
-        const int32_t luma = Abs(kL) > Abs(255 * kYLo + kL) ? Abs(kL) : Abs(255 * kYLo + kL);
-        return luma + (Abs(cu) + Abs(cv)) * 128 < 32768;
-    }
-    static_assert(Hi(K::kY) == 1, "the whole part takes the luma once");
-    static_assert(Fits(0, kRVLo) && Fits(kGULo, kGVLo) && Fits(kBULo, 0), "every remainder sum fits a 16-bit lane");
+struct TYuvSums {
+    static constexpr int32_t kHalfY = K::kY / 2, kBUMul = 128 * K::kBU <= 0xFFFF ? 128 : 64;
+    static constexpr bool kSeparable = K::kY == 256 && K::kYOffset == 0, kSplitB = kBUMul == 64;
+    static constexpr int32_t kLumaOff = kSeparable || kHalfY * 255 <= 32767 ? 0 : (kHalfY * 255 - 32767 + 1) / 2 * 2;
+    static constexpr int32_t kOff = kLumaOff - kHalfY * K::kYOffset;
+    static constexpr int32_t kR = 64 - 64 * K::kRV + kOff, kG = 64 * (1 - K::kGU - K::kGV) + kOff;
+    static constexpr int32_t kB = kSplitB ? (64 - 64 * K::kBU + kOff) / 2 : 64 - 64 * K::kBU + kOff;
+
+    static constexpr bool Word(int32_t v) { return v >= -32768 && v <= 32767; }
+    static constexpr bool Factor(int32_t m) { return m > 0 && m <= 0xFFFF; }
+    static_assert(K::kY % 2 == 0 && K::kGU <= 0 && K::kGV <= 0 && !(kSeparable && kSplitB), "the split applies");
+    static_assert(!kSplitB || (K::kBU % 4 == 0 && kOff % 2 == 0), "blue halves exactly");
+    static_assert(Factor(128 * K::kRV) && Factor(kBUMul * K::kBU) && Factor(-256 * K::kGU) && Factor(-256 * K::kGV),
+                  "every factor fits an unsigned word");
+    static_assert(Word(-kLumaOff) && Word(kHalfY * 255 - kLumaOff), "the luma part fits a word");
+    static_assert(Word(kR) && Word(K::kRV * 255 / 2 + kR) && Word(kG) && Word(kG - (-K::kGU * 255 - K::kGV * 255 + 1) / 2) &&
+                      Word(kB) && Word(K::kBU * 255 * kBUMul / 256 + kB),
+                  "every chroma part fits a word");
 };
 
-// acc + k v in 16-bit lanes, the small factors by additions.
-template <class V, int32_t k>
-KAIP_VECTOR_TARGET inline typename V::T AddTimes(typename V::T acc, typename V::T v)
-{
-    if constexpr (k == 0) return acc;
-    if constexpr (k == 1) return V::Add16(acc, v);
-    if constexpr (k == -1) return V::Sub16(acc, v);
-    if constexpr (k == 2) return V::Add16(acc, V::Add16(v, v));
-    return V::Add16(acc, V::MulLo16(v, V::Set16(int16_t(k))));
-}
-
-// One channel from its split sums: whole part plus the remainder sum shifted down.
-template <class V, int32_t kULo, int32_t kVLo, int32_t kUHi, int32_t kVHi>
-KAIP_VECTOR_TARGET inline typename V::T Channel(typename V::T rest, typename V::T whole, typename V::T u,
-                                                typename V::T v)
-{
-    const typename V::T lo = AddTimes<V, kULo>(AddTimes<V, kVLo>(rest, v), u);
-    return V::Add16(V::template Srai16<8>(lo), AddTimes<V, kUHi>(AddTimes<V, kVHi>(whole, v), u));
-}
-
-// B, G, R words of the pixels of one register of 4:2:2, by the split sums of TSplit<K>.
+// B, G, R words of the pixels of one register of 4:2:2 by the sums of TYuvSums<K>, before the clamp to 0..255.
 template <class V, class K, bool kLumaFirst>
 KAIP_VECTOR_TARGET inline void YuvToWords(typename V::T s, typename V::T& b, typename V::T& g, typename V::T& r)
 {
-    using T = TSplit<K>;
+    using T = TYuvSums<K>;
     using R = typename V::T;
-    const R y = V::template Luma<kLumaFirst>(s), c128 = V::Set16(128);
+    const R y = V::template Luma<kLumaFirst>(s);
     R u, v;
     V::template Chroma<kLumaFirst>(s, u, v);
-    u = V::Sub16(u, c128), v = V::Sub16(v, c128);
-    const R rest = AddTimes<V, T::kYLo>(V::Set16(int16_t(T::kL)), y);
-    r = Channel<V, 0, T::kRVLo, 0, T::kRVHi>(rest, y, u, v);
-    g = Channel<V, T::kGULo, T::kGVLo, T::kGUHi, T::kGVHi>(rest, y, u, v);
-    b = Channel<V, T::kBULo, 0, T::kBUHi, 0>(rest, y, u, v);
+    const R dR = V::Add16(V::MulHiU16(v, V::Set16(int16_t(128 * K::kRV))), V::Set16(int16_t(T::kR)));
+    const R dB = V::Add16(V::MulHiU16(u, V::Set16(int16_t(T::kBUMul * K::kBU))), V::Set16(int16_t(T::kB)));
+    const R gu = V::MulHiU16(u, V::Set16(int16_t(-256 * K::kGU))), gv = V::MulHiU16(v, V::Set16(int16_t(-256 * K::kGV)));
+    const R dG = V::Sub16(V::Set16(int16_t(T::kG)), V::Avg16(gu, gv));
+    if constexpr (T::kSeparable) {
+        r = V::Add16(y, V::template Srai16<7>(dR));
+        g = V::Add16(y, V::template Srai16<7>(dG));
+        b = V::Add16(y, V::template Srai16<7>(dB));
+    } else {
+        const R p = V::Sub16(V::MulLo16(y, V::Set16(int16_t(T::kHalfY))), V::Set16(int16_t(T::kLumaOff)));
+        r = V::template Srai16<7>(V::AddS16(p, dR));
+        g = V::template Srai16<7>(V::AddS16(p, dG));
+        const R hb = V::AddS16(p, dB);
+        b = V::template Srai16<7>(T::kSplitB ? V::AddS16(hb, dB) : hb);
+    }
 }
 
 // The byte planes of the pixels of two registers of 4:2:2 as the saturating pack orders them, clamped to 0..255.
@@ -82,6 +84,18 @@ KAIP_VECTOR_TARGET inline void YuvPlanes(typename V::T s0, typename V::T s1, typ
     YuvToWords<V, K, kLumaFirst>(s1, b1, g1, r1);
     b = V::PackUS16(b0, b1), g = V::PackUS16(g0, g1), r = V::PackUS16(r0, r1);
 }
+
+// The line kernel K with ordinary stores whatever the image size: 4:2:2 colour is arithmetic rather than a move,
+// and at full frames its destination measured faster through the cache than streamed past it.
+template <class K>
+struct KCached {
+    K kernel;
+    template <bool kStream>
+    KAIP_VECTOR_TARGET void Line(const uint8_t* pS, uint8_t* pD) const
+    {
+        kernel.template Line<false>(pS, pD);
+    }
+};
 
 }  // namespace
 }  // namespace convert
