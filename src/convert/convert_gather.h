@@ -1,6 +1,6 @@
 // convert_gather.h: the byte-shuffle line loops of the SSSE3 and AVX2 builds, written once over thin register
 // traits V. Included only by convert_ssse3.cpp and convert_avx2.cpp, each defining KAIP_VECTOR_TARGET (its
-// target attribute) and its traits first; everything here has internal linkage, so the two builds never mix.
+// target attribute) before and its traits after; everything here has internal linkage, so the builds never mix.
 #pragma once
 
 #include "convert/convert_simd.h"
@@ -9,9 +9,9 @@ namespace convert {
 namespace {
 
 // V gives: the register type T; kLanes, the 16-byte lanes of a register (a byte shuffle stays within its
-// lane); kPixels, the pixels of one step; Load (a whole register), LoadLanes (one 16-byte load per lane),
-// Store<kStream>, And, Or, Shuffle (bytes picked per lane, 0 where the control's high bit is set), IsUnset
-// (bytes equal to -128 as all ones), Set16, and the 16-bit lane shifts Srl16<k>, Sll16<k>.
+// lane), and kBytes, its size; kPixels, the pixels of one step; Load (a whole register), LoadLanes (one
+// 16-byte load per lane), Store<kStream>, And, Or, Shuffle (bytes picked per lane, 0 where the control's high
+// bit is set), IsUnset (bytes equal to -128 as all ones), Set16, and the 16-bit lane shifts Srl16<k>, Sll16<k>.
 
 // The shuffle controls of plan P, lane l of register o serving destination chunk kLanes o + l, and the bytes
 // kept from the destination.
