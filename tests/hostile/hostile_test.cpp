@@ -9,7 +9,9 @@
 #include <climits>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -465,22 +467,13 @@ struct FileKind {
 
 std::vector<uint8_t> ReadAll(const std::string& path)
 {
-    std::vector<uint8_t> bytes;
-    if (FILE* f = std::fopen(path.c_str(), "rb")) {
-        for (int c; (c = std::fgetc(f)) != EOF;) bytes.push_back(uint8_t(c));
-        std::fclose(f);
-    }
-    return bytes;
+    std::ifstream in(path, std::ios::binary);
+    return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 void WriteAll(const std::string& path, const uint8_t* p, size_t n)
 {
-    FILE* f = std::fopen(path.c_str(), "wb");
-    ASSERT_NE(f, nullptr);
-    if (n) {
-        ASSERT_EQ(std::fwrite(p, 1, n, f), n);
-    }
-    std::fclose(f);
+    ASSERT_TRUE(std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(p), std::streamsize(n)));
 }
 
 KaipStatus LoadAndRelease(const FileKind& kind, const std::string& path)
