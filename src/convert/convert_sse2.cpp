@@ -358,21 +358,29 @@ struct SShortToBytes<k565, O, 3> {
     }
 };
 
-// 16 pixels of three bytes split into their three byte planes by four rounds of byte unpacks.
+// 16 pixels of three bytes split into their three byte planes by four rounds of byte unpacks. Three rounds
+// leave the planes of the even pixels and of the odd ones in register halves: channels 0 and 1 of the even
+// pixels, channel 2 of the even and 0 of the odd, channels 1 and 2 of the odd.
+template <int kRounds = 4>
 inline void Deinterleave3(const uint8_t* s, __m128i& c0, __m128i& c1, __m128i& c2)
 {
     __m128i a = Load(s), b = Load(s + 16), c = Load(s + 32);
-    for (int round = 0; round < 4; ++round) {
-        const __m128i x = _mm_unpacklo_epi8(a, _mm_srli_si128(b, 8));
+    // Each round interleaves the low half of a with the high half of b, the high half of a with the low half of
+    // c, the low half of b with the high half of c; b with its halves exchanged serves two of them.
+    for (int round = 0; round < kRounds; ++round) {
+        const __m128i bSwapped = _mm_shuffle_epi32(b, 0x4E);
+        const __m128i x = _mm_unpacklo_epi8(a, bSwapped);
         const __m128i y = _mm_unpackhi_epi8(a, _mm_slli_si128(c, 8));
-        const __m128i z = _mm_unpacklo_epi8(b, _mm_srli_si128(c, 8));
+        const __m128i z = _mm_unpackhi_epi8(bSwapped, c);
         a = x, b = y, c = z;
     }
     c0 = a, c1 = b, c2 = c;
 }
 
 // 16 pixels of 3 bytes in the order O to their greys (54 R + 183 G + 18 B + 128) >> 8: the sum stays below
-// 65536, so 16-bit lanes hold it exactly.
+// 65536, so 16-bit lanes hold it exactly. The sums of the even pixels and of the odd ones come from the halves
+// three rounds of unpacks leave; the even greys end in the low bytes of words and the odd ones in the high
+// bytes, which is pixel order.
 template <TOrder O>
 struct SGrey24 {
     static constexpr uint32_t kPixels = 16, kInBytes = 48, kOutBytes = 16;
@@ -383,22 +391,24 @@ struct SGrey24 {
         asm("" : "+x"(v));
         return v;
     }
-    static __m128i Grey(__m128i r, __m128i g, __m128i b, const __m128i k[3])
+    // The weighted sum of channels 0 and 2 (memory order) as words, and of the green bytes set high in words
+    // whose low byte is 180: their unsigned high product with 183 x 256 is 183 G + 128 (180 x 183 / 256 is
+    // 128.7), the rounding term for free.
+    static __m128i Sum(__m128i c0, __m128i green, __m128i c2, const __m128i k[3])
     {
-        const __m128i sum = _mm_add_epi16(_mm_add_epi16(_mm_mullo_epi16(r, k[0]), _mm_mullo_epi16(g, k[1])),
-                                          _mm_add_epi16(_mm_mullo_epi16(b, k[2]), _mm_set1_epi16(128)));
-        return _mm_srli_epi16(sum, 8);
+        return _mm_add_epi16(_mm_add_epi16(_mm_mullo_epi16(c0, k[0]), _mm_mulhi_epu16(green, k[1])),
+                             _mm_mullo_epi16(c2, k[2]));
     }
     template <bool kStream>
     void Run(const uint8_t* s, uint8_t* d) const
     {
-        __m128i c0, c1, c2;
-        Deinterleave3(s, c0, c1, c2);
-        const __m128i r = O == kBGR ? c2 : c0, g = c1, b = O == kBGR ? c0 : c2, zero = _mm_setzero_si128();
-        const __m128i k[3] = {Weight(54), Weight(183), Weight(18)};
-        const __m128i lo = Grey(_mm_unpacklo_epi8(r, zero), _mm_unpacklo_epi8(g, zero), _mm_unpacklo_epi8(b, zero), k);
-        const __m128i hi = Grey(_mm_unpackhi_epi8(r, zero), _mm_unpackhi_epi8(g, zero), _mm_unpackhi_epi8(b, zero), k);
-        Store<kStream>(d, _mm_packus_epi16(lo, hi));
+        __m128i a, b, c;
+        Deinterleave3<3>(s, a, b, c);
+        const __m128i zero = _mm_setzero_si128(), low = _mm_set1_epi8(char(180));
+        const __m128i k[3] = {Weight(O == kBGR ? 18 : 54), Weight(183 * 256 - 65536), Weight(O == kBGR ? 54 : 18)};
+        const __m128i even = Sum(_mm_unpacklo_epi8(a, zero), _mm_unpackhi_epi8(low, a), _mm_unpacklo_epi8(b, zero), k);
+        const __m128i odd = Sum(_mm_unpackhi_epi8(b, zero), _mm_unpacklo_epi8(low, c), _mm_unpackhi_epi8(c, zero), k);
+        Store<kStream>(d, _mm_or_si128(_mm_srli_epi16(even, 8), _mm_and_si128(odd, _mm_set1_epi16(int16_t(0xFF00)))));
     }
 };
 
