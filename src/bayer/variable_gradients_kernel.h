@@ -359,64 +359,75 @@ struct TChosenDeep {
     }
 };
 
-// The estimates of the count columns of one parity of line y (see Estimates in
-// variable_gradients.cpp), W::N columns at a time.
+// The estimates of the W::N columns of one parity of line y from column x0 + 2j + Par on (see
+// Estimates in variable_gradients.cpp).
 template <class W, unsigned Bits, bool Green, int Par>
-void EstimateBlocks(const TStrip<int16_t>& s, uint32_t y, uint32_t count, int16_t* pFirst, int16_t* pSecond)
+__attribute__((always_inline)) inline void EstimateBlock(const TStrip<int16_t>& s, uint32_t y, int32_t j,
+                                                         int16_t* pFirst, int16_t* pSecond)
 {
     using T = typename W::T;
     const TRow<int16_t>* rows[5] = {&s.src[(y - 2) & 7], &s.src[(y - 1) & 7], &s.src[y & 7], &s.src[(y + 1) & 7],
                                     &s.src[(y + 2) & 7]};
     const uint32_t s0 = (y - 2) & 3, s1 = (y - 1) & 3, s2 = y & 3;
-    for (int32_t j = 0; j < int32_t(count); j += W::N) {
-        const int32_t k = j + 2;  // column x0 + 2j + Par is i = 2k + Par
-        auto p = [&](int dy, int dx) { return W::Load(&At<Par>(*rows[2 + dy], k, dx)); };
-        auto at = [&](const TRow<int16_t>(&plane)[4], uint32_t slot, int dx) {
-            return W::Load(&At<Par>(plane[slot], k, dx));
+    const int32_t k = j + 2;  // column x0 + 2j + Par is i = 2k + Par
+    auto p = [&](int dy, int dx) { return W::Load(&At<Par>(*rows[2 + dy], k, dx)); };
+    auto at = [&](const TRow<int16_t>(&plane)[4], uint32_t slot, int dx) {
+        return W::Load(&At<Par>(plane[slot], k, dx));
+    };
+    auto sum3 = [&](const TRow<int16_t>(&plane)[4], int dx) {
+        const T mid = at(plane, s1, dx);
+        return W::Add(W::Add(at(plane, s0, dx), at(plane, s2, dx)), W::Add(mid, mid));
+    };
+    T g[8];
+    const T tv1 = at(s.tv, s1, 0);
+    g[0] = W::Add(at(s.tv, s0, 0), tv1);
+    g[1] = sum3(s.hv, -1);
+    g[2] = W::Add(tv1, at(s.tv, s2, 0));
+    g[3] = sum3(s.hv, 0);
+    if constexpr (Green) {
+        auto twice = [](T a, T b) {
+            const T v = W::Add(a, b);
+            return W::Add(v, v);
         };
-        auto sum3 = [&](const TRow<int16_t>(&plane)[4], int dx) {
-            const T mid = at(plane, s1, dx);
-            return W::Add(W::Add(at(plane, s0, dx), at(plane, s2, dx)), W::Add(mid, mid));
-        };
-        T g[8];
-        const T tv1 = at(s.tv, s1, 0);
-        g[0] = W::Add(at(s.tv, s0, 0), tv1);
-        g[1] = sum3(s.hv, -1);
-        g[2] = W::Add(tv1, at(s.tv, s2, 0));
-        g[3] = sum3(s.hv, 0);
-        if constexpr (Green) {
-            auto twice = [](T a, T b) {
-                const T v = W::Add(a, b);
-                return W::Add(v, v);
-            };
-            g[4] = twice(at(s.a2, s0, 1), at(s.a2, s1, 1));
-            g[5] = twice(at(s.m2, s0, -2), at(s.m2, s1, -2));
-            g[6] = twice(at(s.a2, s1, 0), at(s.a2, s2, 0));
-            g[7] = twice(at(s.m2, s1, -1), at(s.m2, s2, -1));
-        } else {
-            const T da = at(s.da, s1, 0), dm = at(s.dm, s1, 0);
-            g[4] = W::Add(da, at(s.da, s0, 1));
-            g[5] = W::Add(dm, at(s.dm, s0, -1));
-            g[6] = W::Add(da, at(s.da, s2, -1));
-            g[7] = W::Add(dm, at(s.dm, s2, 1));
-        }
-        T lo = g[0], hi = g[0];
-        for (int m = 1; m < 8; ++m) lo = W::Min(lo, g[m]), hi = W::Max(hi, g[m]);
-        const T c = p(0, 0);
-        struct {
-            const TStrip<int16_t>& s;
-            uint32_t y;
-            int32_t k;
-            T hs(int dy, int dx) const { return W::Load(&At<Par>(s.sums.hs[(y + dy) & 7], k, dx)); }
-            T vs(int dy, int dx) const { return W::Load(&At<Par>(s.sums.vs[(y + dy) & 3], k, dx)); }
-            T g4(int dy, int dx) const { return W::Load(&At<Par>(s.sums.g4[(y + dy) & 3], k, dx)); }
-        } const sums{s, y, k};
-        std::conditional_t<Bits == 8, TChosen<W, Bits>, TChosenDeep<W, Bits>> chosen(lo, hi);
-        chosen.Take2(g[0], AxisTerms<W, 0, Green>(p, sums, c), g[1], AxisTerms<W, 1, Green>(p, sums, c));
-        chosen.Take2(g[2], AxisTerms<W, 2, Green>(p, sums, c), g[3], AxisTerms<W, 3, Green>(p, sums, c));
-        chosen.Take2(g[4], DiagonalTerms<W, 0, Green>(p, sums, c), g[5], DiagonalTerms<W, 1, Green>(p, sums, c));
-        chosen.Take2(g[6], DiagonalTerms<W, 2, Green>(p, sums, c), g[7], DiagonalTerms<W, 3, Green>(p, sums, c));
-        chosen.Store(pFirst + j, pSecond + j);
+        g[4] = twice(at(s.a2, s0, 1), at(s.a2, s1, 1));
+        g[5] = twice(at(s.m2, s0, -2), at(s.m2, s1, -2));
+        g[6] = twice(at(s.a2, s1, 0), at(s.a2, s2, 0));
+        g[7] = twice(at(s.m2, s1, -1), at(s.m2, s2, -1));
+    } else {
+        const T da = at(s.da, s1, 0), dm = at(s.dm, s1, 0);
+        g[4] = W::Add(da, at(s.da, s0, 1));
+        g[5] = W::Add(dm, at(s.dm, s0, -1));
+        g[6] = W::Add(da, at(s.da, s2, -1));
+        g[7] = W::Add(dm, at(s.dm, s2, 1));
+    }
+    T lo = g[0], hi = g[0];
+    for (int m = 1; m < 8; ++m) lo = W::Min(lo, g[m]), hi = W::Max(hi, g[m]);
+    const T c = p(0, 0);
+    struct {
+        const TStrip<int16_t>& s;
+        uint32_t y;
+        int32_t k;
+        T hs(int dy, int dx) const { return W::Load(&At<Par>(s.sums.hs[(y + dy) & 7], k, dx)); }
+        T vs(int dy, int dx) const { return W::Load(&At<Par>(s.sums.vs[(y + dy) & 3], k, dx)); }
+        T g4(int dy, int dx) const { return W::Load(&At<Par>(s.sums.g4[(y + dy) & 3], k, dx)); }
+    } const sums{s, y, k};
+    std::conditional_t<Bits == 8, TChosen<W, Bits>, TChosenDeep<W, Bits>> chosen(lo, hi);
+    chosen.Take2(g[0], AxisTerms<W, 0, Green>(p, sums, c), g[1], AxisTerms<W, 1, Green>(p, sums, c));
+    chosen.Take2(g[2], AxisTerms<W, 2, Green>(p, sums, c), g[3], AxisTerms<W, 3, Green>(p, sums, c));
+    chosen.Take2(g[4], DiagonalTerms<W, 0, Green>(p, sums, c), g[5], DiagonalTerms<W, 1, Green>(p, sums, c));
+    chosen.Take2(g[6], DiagonalTerms<W, 2, Green>(p, sums, c), g[7], DiagonalTerms<W, 3, Green>(p, sums, c));
+    chosen.Store(pFirst + j, pSecond + j);
+}
+
+// Both parities of a line of n columns block by block, so that the second finds the rows both
+// read still in the first level cache; green at parity 0 if Green0. The odd columns may be one
+// fewer: their last block may then run past them into the spare entries.
+template <class W, unsigned Bits, bool Green0>
+void EstimateBlocks(const TStrip<int16_t>& s, uint32_t y, uint32_t n, TEstimates& first, TEstimates& second)
+{
+    for (int32_t j = 0; j < int32_t(n + 1) / 2; j += W::N) {
+        EstimateBlock<W, Bits, Green0, 0>(s, y, j, first[Green0], second[Green0]);
+        EstimateBlock<W, Bits, !Green0, 1>(s, y, j, first[!Green0], second[!Green0]);
     }
 }
 
@@ -425,11 +436,9 @@ void EstimateLine(const TStrip<int16_t>& s, uint32_t y, uint32_t n, int greenPar
                   TEstimates& second)
 {
     if (greenParity == 0) {
-        EstimateBlocks<W, Bits, true, 0>(s, y, (n + 1) / 2, first[1], second[1]);
-        EstimateBlocks<W, Bits, false, 1>(s, y, n / 2, first[0], second[0]);
+        EstimateBlocks<W, Bits, true>(s, y, n, first, second);
     } else {
-        EstimateBlocks<W, Bits, false, 0>(s, y, (n + 1) / 2, first[0], second[0]);
-        EstimateBlocks<W, Bits, true, 1>(s, y, n / 2, first[1], second[1]);
+        EstimateBlocks<W, Bits, false>(s, y, n, first, second);
     }
 }
 

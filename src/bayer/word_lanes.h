@@ -12,7 +12,8 @@ namespace {
 // Every operation works on words unless its name says otherwise (the 32 in Set32, Shr32, Add32,
 // Pack32). Signed: Min, Max, Gt, Sar, Sar32, MAdd, Pack32; unsigned: Avg ((a + b + 1) >> 1), MulHiU,
 // Shr. UnpackLo and UnpackHi pair the words of lanes (a0, b0), (a1, b1), ...; Pack32 undoes
-// their order, Pack32Ordered narrows registers of dwords loaded in memory order.
+// their order, Pack32Ordered narrows registers of dwords loaded in memory order. AbsDiff is
+// |a - b| where that is below 2^15.
 struct W128 {
     using T = __m128i;
     static constexpr int32_t N = 8;
@@ -100,7 +101,7 @@ struct W256 {
     }
     static T MulLo(T a, T b) { return _mm256_mullo_epi16(a, b); }
     static T MulHiU(T a, T b) { return _mm256_mulhi_epu16(a, b); }
-    static T AbsDiff(T a, T b) { return _mm256_sub_epi16(_mm256_max_epi16(a, b), _mm256_min_epi16(a, b)); }
+    static T AbsDiff(T a, T b) { return _mm256_abs_epi16(_mm256_sub_epi16(a, b)); }
     static T Set32(int32_t v) { return _mm256_set1_epi32(v); }
     template <int S>
     static T Shr32(T a)
