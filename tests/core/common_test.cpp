@@ -130,7 +130,9 @@ TEST(InitImgInfo, AlignmentAndFlags)
     }
 }
 
-TEST(InitImgInfo, FormatsWithoutIncrementAreRefusedAfterTheFirstFields)
+// Formats without a pixel increment are refused after the first fields are set; a null descriptor and a line
+// increment that would wrap are refused too.
+TEST(InitImgInfo, Refusals)
 {
     uint8_t byte = 0;
     for (uint32_t code : {0x010A1026u, 0x0210001Fu, 0x02180021u, 0x12345678u}) {
@@ -148,21 +150,8 @@ TEST(InitImgInfo, FormatsWithoutIncrementAreRefusedAfterTheFirstFields)
         EXPECT_EQ(info.pDataR, nullptr);
     }
     EXPECT_EQ(KaipInitImgInfo(nullptr, 4, 2, M8, 0), KASTATUS_KAIP_INVALID_POINTER);
-}
-
-TEST(InitImgInfo, LineIncrementThatWouldWrapIsRefused)
-{
-    KaipImgInfo info{};
-    EXPECT_EQ(KaipInitImgInfo(&info, 0x80000000u, 1, 0x02180015, 0), KASTATUS_KAIP_NOT_SUPPORTED);
-}
-
-TEST(ImageData, SizeIsThe32BitProduct)
-{
-    EXPECT_EQ(KaipGetImageDataSize(nullptr), 0u);
-    KaipImgInfo info{};
-    info.Height = 0x10000;
-    info.LineIncrement = 0x10001;
-    EXPECT_EQ(KaipGetImageDataSize(&info), 0x10000u);
+    KaipImgInfo wide{};
+    EXPECT_EQ(KaipInitImgInfo(&wide, 0x80000000u, 1, 0x02180015, 0), KASTATUS_KAIP_NOT_SUPPORTED);
 }
 
 TEST(ImageData, AllocateAndFree)
@@ -183,7 +172,7 @@ TEST(ImageData, AllocateAndFree)
     EXPECT_EQ(KaipDeallocateImageData(nullptr), KASTATUS_KAIP_INVALID_POINTER);
 }
 
-TEST(ImageData, AllocateRefusals)
+TEST(ImageData, SizeAndAllocateRefusals)
 {
     EXPECT_EQ(KaipAllocateImageData(nullptr), KASTATUS_KAIP_INVALID_POINTER);
     KaipImgInfo info{};
@@ -194,10 +183,12 @@ TEST(ImageData, AllocateRefusals)
         copy.*field = 0;
         EXPECT_EQ(KaipAllocateImageData(&copy), KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED);
     }
-    // A size beyond 32 bits would wrap into a buffer too small for the image.
+    // The size is the 32-bit product; one beyond 32 bits would wrap into a buffer too small for the image.
+    EXPECT_EQ(KaipGetImageDataSize(nullptr), 0u);
     KaipImgInfo huge = info;
     huge.Height = 0x10000;
     huge.LineIncrement = 0x10001;
+    EXPECT_EQ(KaipGetImageDataSize(&huge), 0x10000u);
     EXPECT_EQ(KaipAllocateImageData(&huge), KASTATUS_KAIP_MEMORY_ALLOC_FAILED);
     EXPECT_EQ(huge.pData, nullptr);
 }
