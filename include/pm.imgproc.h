@@ -403,8 +403,8 @@ KAIP_API KaipStatus KaipBdVariableGradients(const KaipImgInfo* pSrcImgInfo, Kaip
  * in 8-bit steps; red and blue then follow the green plane by hue transit, in proportion where
  * green rises or falls steadily across the pixel and by colour difference otherwise; at red
  * and blue sites along the diagonal of smaller gradient. The best PSNR of the library, at about
- * 7 times the bilinear decoder's time for 8-bit mosaics without a LUT (6 to 7 with AVX2), 5 to
- * 6.5 times for 12-bit ones and about 4 times with a LUT.
+ * 6.7 times the bilinear decoder's time for 8-bit mosaics without a LUT (about 5 with AVX2), 4 to
+ * 5 times for 12-bit ones and 3.5 to 4 times with a LUT.
  * Allocates line buffers per call (about 26 bytes per column; 12 with SIMD.Level 0): when that
  * fails it returns KASTATUS_KAIP_MEMORY_ALLOC_FAILED, after a rebuild of the destination but
  * before any write. */
