@@ -146,6 +146,9 @@ struct KMonoWordToMono8 {
 struct VYuv {
     using T = __m256i;
     KAIP_AVX2 static T Set16(int16_t v) { return _mm256_set1_epi16(v); }
+    KAIP_AVX2 static T Zero() { return _mm256_setzero_si256(); }
+    KAIP_AVX2 static T UnpackLo8(T a, T b) { return _mm256_unpacklo_epi8(a, b); }
+    KAIP_AVX2 static T UnpackHi8(T a, T b) { return _mm256_unpackhi_epi8(a, b); }
     KAIP_AVX2 static T Add16(T a, T b) { return _mm256_add_epi16(a, b); }
     KAIP_AVX2 static T Sub16(T a, T b) { return _mm256_sub_epi16(a, b); }
     KAIP_AVX2 static T AddS16(T a, T b) { return _mm256_adds_epi16(a, b); }
@@ -168,13 +171,14 @@ struct VYuv {
     KAIP_AVX2 static T PairByte(T s)
     {
         constexpr char a = kAt, b = kAt + 4, c = kAt + 8, d = kAt + 12, z = -128;
-        return _mm256_shuffle_epi8(s, _mm256_setr_epi8(z, a, z, a, z, b, z, b, z, c, z, c, z, d, z, d, z, a, z, a, z,
-                                                       b, z, b, z, c, z, c, z, d, z, d));
+        return _mm256_shuffle_epi8(s, _mm256_setr_epi8(z, a, z, a, z, b, z, b, z, c, z, c, z, d, z, d, z, a, z, a, z, b,
+                                                       z, b, z, c, z, c, z, d, z, d));
     }
     template <bool kLumaFirst>
     KAIP_AVX2 static void Chroma(T s, T& u, T& v)
     {
-        u = PairByte<kLumaFirst ? 1 : 0>(s), v = PairByte<kLumaFirst ? 3 : 2>(s);
+        constexpr int kU = kLumaFirst ? 1 : 0, kV = kLumaFirst ? 3 : 2;
+        u = PairByte<kU>(s), v = PairByte<kV>(s);
     }
 };
 
@@ -231,6 +235,29 @@ struct SYuv422 {
     KAIP_AVX2 static void Planes(const uint8_t* s, __m256i& b, __m256i& g, __m256i& r)
     {
         YuvPlanes<VYuv, typename R::TCoefficients, R::kLumaFirst>(Load(s), Load(s + 32), b, g, r);
+    }
+};
+
+// The byte planes of 32 pixels of 4:4:4 read as R reads them (96 source bytes): pixels 0-15 and 16-31 split
+// into byte planes in the two lanes by four rounds of byte unpacks, as the SSE2 build splits 16, then set out
+// as the 16-pixel packs leave them.
+template <class R>
+struct SYuv444 {
+    static constexpr uint32_t kInBytes = 96;
+    KAIP_AVX2 static void Planes(const uint8_t* s, __m256i& b, __m256i& g, __m256i& r)
+    {
+        using L = TLayout444<R>;
+        __m256i c[3] = {Load2(s, s + 48), Load2(s + 16, s + 64), Load2(s + 32, s + 80)};
+        for (int round = 0; round < 4; ++round) {
+            const __m256i bSwapped = _mm256_shuffle_epi32(c[1], 0x4E);
+            const __m256i x = _mm256_unpacklo_epi8(c[0], bSwapped);
+            const __m256i y = _mm256_unpackhi_epi8(c[0], _mm256_slli_si256(c[2], 8));
+            const __m256i z = _mm256_unpackhi_epi8(bSwapped, c[2]);
+            c[0] = x, c[1] = y, c[2] = z;
+        }
+        YuvPlanes444<VYuv, typename L::K>(c[L::kY], c[L::kU], c[L::kV], b, g, r);
+        b = _mm256_permute4x64_epi64(b, 0xD8), g = _mm256_permute4x64_epi64(g, 0xD8);
+        r = _mm256_permute4x64_epi64(r, 0xD8);
     }
 };
 
@@ -329,6 +356,13 @@ int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRevers
                         KCached<KPlanes<SYuv422<R>, R, W>>{{dwWidth}});                  \
     }
 KAIP_YUV422_CONVERTERS(KAIP_DEFINE_YUV422_CONVERTER)
+#define KAIP_DEFINE_YUV444_CONVERTER(name, R, W)                                         \
+    int name(KAIP_LINE_PARAMS, bool bReverseLines)                                       \
+    {                                                                                    \
+        return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
+                        KCached<KPlanes<SYuv444<R>, R, W>>{{dwWidth}});                  \
+    }
+KAIP_YUV444_CONVERTERS(KAIP_DEFINE_YUV444_CONVERTER)
 
 // The 15/16-bit to 24/32-bit members of KAIP_VECTOR_MEMBERS.
 #define KAIP_AVX2_ENTRY(name, R, W, S)                                                                               \

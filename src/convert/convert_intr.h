@@ -61,7 +61,15 @@ int Convert_YCbCr422_8_to_RGB32_intr(KAIP_LINE_PARAMS, bool bReverseLines);
     X(Convert_Yuv422yuyv_to_BGR24, 0, 1) \
     X(Convert_Yuv422yuyv_to_RGB24, 0, 1) \
     X(Convert_Yuv422yuyv_to_BGR32, 0, 1) \
-    X(Convert_Yuv422yuyv_to_RGB32, 0, 1)
+    X(Convert_Yuv422yuyv_to_RGB32, 0, 1) \
+    X(Convert_Yuv444_to_BGR24, 0, 1)     \
+    X(Convert_Yuv444_to_RGB24, 0, 1)     \
+    X(Convert_Yuv444_to_BGR32, 0, 1)     \
+    X(Convert_Yuv444_to_RGB32, 0, 1)     \
+    X(Convert_YCbCr444_to_BGR24, 0, 1)   \
+    X(Convert_YCbCr444_to_RGB24, 0, 1)   \
+    X(Convert_YCbCr444_to_BGR32, 0, 1)   \
+    X(Convert_YCbCr444_to_RGB32, 0, 1)
 #define KAIP_DECLARE_VECTOR_MEMBER(name, kSsse3, kAvx2) int name##_vec(KAIP_LINE_PARAMS, bool bReverseLines);
 KAIP_VECTOR_MEMBERS(KAIP_DECLARE_VECTOR_MEMBER)
 int Convert_MonoPacked_to_Mono8_vec(KAIP_LINE_PARAMS, uint32_t dwSrcBits, uint32_t dwDstBits, bool bReverseLines);

@@ -820,21 +820,25 @@ void Convert_Yuv444_to_MonoWord(KAIP_LINE_PARAMS, uint32_t dwDstBits, bool bReve
 
 void Convert_Yuv444_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_Yuv444_to_BGR24_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYuv444{}, WBGR24{});
 }
 
 void Convert_Yuv444_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_Yuv444_to_RGB24_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYuv444{}, WRGB24{});
 }
 
 void Convert_Yuv444_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_Yuv444_to_BGR32_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYuv444{}, WBGR32{});
 }
 
 void Convert_Yuv444_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_Yuv444_to_RGB32_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYuv444{}, WRGB32{});
 }
 
@@ -850,20 +854,24 @@ void Convert_YCbCr444_to_MonoWord(KAIP_LINE_PARAMS, uint32_t dwDstBits, bool bRe
 
 void Convert_YCbCr444_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_YCbCr444_to_BGR24_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYCbCr444{}, WBGR24{});
 }
 
 void Convert_YCbCr444_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_YCbCr444_to_RGB24_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYCbCr444{}, WRGB24{});
 }
 
 void Convert_YCbCr444_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_YCbCr444_to_BGR32_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYCbCr444{}, WBGR32{});
 }
 
 void Convert_YCbCr444_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_YCbCr444_to_RGB32_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYCbCr444{}, WRGB32{});
 }

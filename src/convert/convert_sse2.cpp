@@ -241,6 +241,9 @@ struct SMonoWordToMono8 {
 struct VYuv {
     using T = __m128i;
     static T Set16(int16_t v) { return _mm_set1_epi16(v); }
+    static T Zero() { return _mm_setzero_si128(); }
+    static T UnpackLo8(T a, T b) { return _mm_unpacklo_epi8(a, b); }
+    static T UnpackHi8(T a, T b) { return _mm_unpackhi_epi8(a, b); }
     static T Add16(T a, T b) { return _mm_add_epi16(a, b); }
     static T Sub16(T a, T b) { return _mm_sub_epi16(a, b); }
     static T AddS16(T a, T b) { return _mm_adds_epi16(a, b); }
@@ -409,6 +412,22 @@ struct SGrey24 {
         const __m128i even = Sum(_mm_unpacklo_epi8(a, zero), _mm_unpackhi_epi8(low, a), _mm_unpacklo_epi8(b, zero), k);
         const __m128i odd = Sum(_mm_unpackhi_epi8(b, zero), _mm_unpacklo_epi8(low, c), _mm_unpackhi_epi8(c, zero), k);
         Store<kStream>(d, _mm_or_si128(_mm_srli_epi16(even, 8), _mm_and_si128(odd, _mm_set1_epi16(int16_t(0xFF00)))));
+    }
+};
+
+// 16 pixels of 4:4:4 read as R reads them to 3 or 4 bytes each as W writes them, the fourth byte 0.
+template <class R, class W>
+struct SYuv444 {
+    static constexpr uint32_t kPixels = 16, kInBytes = 48, kOutBytes = 16 * W::kBytes;
+    template <bool kStream>
+    void Run(const uint8_t* s, uint8_t* d) const
+    {
+        using L = TLayout444<R>;
+        __m128i c[3], b, g, r, p[4];
+        Deinterleave3(s, c[0], c[1], c[2]);
+        YuvPlanes444<VYuv, typename L::K>(c[L::kY], c[L::kU], c[L::kV], b, g, r);
+        Interleave(W::kOrder == kBGR ? b : r, g, W::kOrder == kBGR ? r : b, p);
+        StorePixels<kStream, W::kBytes>(d, p);
     }
 };
 
@@ -669,6 +688,13 @@ int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRevers
                         KCached<KSteps<SYuv422<R, W>, R, W>>{{dwWidth, {}, {}, {}}});    \
     }
 KAIP_YUV422_CONVERTERS(KAIP_DEFINE_YUV422_CONVERTER)
+#define KAIP_DEFINE_YUV444_CONVERTER(name, R, W)                                         \
+    int name(KAIP_LINE_PARAMS, bool bReverseLines)                                       \
+    {                                                                                    \
+        return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
+                        KCached<KSteps<SYuv444<R, W>, R, W>>{{dwWidth, {}, {}, {}}});    \
+    }
+KAIP_YUV444_CONVERTERS(KAIP_DEFINE_YUV444_CONVERTER)
 
 // The members of KAIP_VECTOR_MEMBERS with a step of their own: name, scalar reader and writer, step.
 #define KAIP_SSE2_ENTRY(name, R, W, ...)                                    \

@@ -8,7 +8,8 @@
 namespace convert {
 namespace {
 
-// V gives: the register type T; Set16; on 16-bit lanes Add16, Sub16, AddS16 (signed, saturating), MulLo16,
+// V gives: the register type T; Set16, Zero; UnpackLo8 and UnpackHi8 (bytes of two registers interleaved, per
+// lane); on 16-bit lanes Add16, Sub16, AddS16 (signed, saturating), MulLo16,
 // MulHiU16 (the high word of the unsigned product), Avg16 (unsigned, rounded up) and Srai16<k>; PackUS16 (the
 // words of two registers to bytes with unsigned saturation, in the instruction's own order); Luma<kLumaFirst>(s),
 // the luma of each pixel of a register of 4:2:2 as a word, and Chroma<kLumaFirst>(s, u, v), the U and V of each
@@ -43,23 +44,24 @@ struct TYuvSums {
     static_assert(Factor(128 * K::kRV) && Factor(kBUMul * K::kBU) && Factor(-256 * K::kGU) && Factor(-256 * K::kGV),
                   "every factor fits an unsigned word");
     static_assert(Word(-kLumaOff) && Word(kHalfY * 255 - kLumaOff), "the luma part fits a word");
-    static_assert(Word(kR) && Word(K::kRV * 255 / 2 + kR) && Word(kG) && Word(kG - (-K::kGU * 255 - K::kGV * 255 + 1) / 2) &&
-                      Word(kB) && Word(K::kBU * 255 * kBUMul / 256 + kB),
+    static_assert(Word(kR) && Word(K::kRV * 255 / 2 + kR) && Word(kG) &&
+                      Word(kG - (-K::kGU * 255 - K::kGV * 255 + 1) / 2) && Word(kB) &&
+                      Word(K::kBU * 255 * kBUMul / 256 + kB),
                   "every chroma part fits a word");
 };
 
-// B, G, R words of the pixels of one register of 4:2:2 by the sums of TYuvSums<K>, before the clamp to 0..255.
-template <class V, class K, bool kLumaFirst>
-KAIP_VECTOR_TARGET inline void YuvToWords(typename V::T s, typename V::T& b, typename V::T& g, typename V::T& r)
+// B, G, R words of the pixels of one register from their luma words and their chroma as high bytes of words, by
+// the sums of TYuvSums<K>, before the clamp to 0..255.
+template <class V, class K>
+KAIP_VECTOR_TARGET inline void YuvWords(typename V::T y, typename V::T u, typename V::T v, typename V::T& b,
+                                        typename V::T& g, typename V::T& r)
 {
     using T = TYuvSums<K>;
     using R = typename V::T;
-    const R y = V::template Luma<kLumaFirst>(s);
-    R u, v;
-    V::template Chroma<kLumaFirst>(s, u, v);
     const R dR = V::Add16(V::MulHiU16(v, V::Set16(int16_t(128 * K::kRV))), V::Set16(int16_t(T::kR)));
     const R dB = V::Add16(V::MulHiU16(u, V::Set16(int16_t(T::kBUMul * K::kBU))), V::Set16(int16_t(T::kB)));
-    const R gu = V::MulHiU16(u, V::Set16(int16_t(-256 * K::kGU))), gv = V::MulHiU16(v, V::Set16(int16_t(-256 * K::kGV)));
+    const R gu = V::MulHiU16(u, V::Set16(int16_t(-256 * K::kGU))),
+            gv = V::MulHiU16(v, V::Set16(int16_t(-256 * K::kGV)));
     const R dG = V::Sub16(V::Set16(int16_t(T::kG)), V::Avg16(gu, gv));
     if constexpr (T::kSeparable) {
         r = V::Add16(y, V::template Srai16<7>(dR));
@@ -79,11 +81,40 @@ template <class V, class K, bool kLumaFirst>
 KAIP_VECTOR_TARGET inline void YuvPlanes(typename V::T s0, typename V::T s1, typename V::T& b, typename V::T& g,
                                          typename V::T& r)
 {
-    typename V::T b0, g0, r0, b1, g1, r1;
-    YuvToWords<V, K, kLumaFirst>(s0, b0, g0, r0);
-    YuvToWords<V, K, kLumaFirst>(s1, b1, g1, r1);
+    typename V::T b0, g0, r0, b1, g1, r1, u, v;
+    V::template Chroma<kLumaFirst>(s0, u, v);
+    YuvWords<V, K>(V::template Luma<kLumaFirst>(s0), u, v, b0, g0, r0);
+    V::template Chroma<kLumaFirst>(s1, u, v);
+    YuvWords<V, K>(V::template Luma<kLumaFirst>(s1), u, v, b1, g1, r1);
     b = V::PackUS16(b0, b1), g = V::PackUS16(g0, g1), r = V::PackUS16(r0, r1);
 }
+
+// The byte planes of the pixels of one register of each of the luma, U and V byte planes (each 16-byte lane in
+// its own order), clamped to 0..255.
+template <class V, class K>
+KAIP_VECTOR_TARGET inline void YuvPlanes444(typename V::T yp, typename V::T up, typename V::T vp, typename V::T& b,
+                                            typename V::T& g, typename V::T& r)
+{
+    const typename V::T z = V::Zero();
+    typename V::T b0, g0, r0, b1, g1, r1;
+    YuvWords<V, K>(V::UnpackLo8(yp, z), V::UnpackLo8(z, up), V::UnpackLo8(z, vp), b0, g0, r0);
+    YuvWords<V, K>(V::UnpackHi8(yp, z), V::UnpackHi8(z, up), V::UnpackHi8(z, vp), b1, g1, r1);
+    b = V::PackUS16(b0, b1), g = V::PackUS16(g0, g1), r = V::PackUS16(r0, r1);
+}
+
+// The coefficients of a 4:4:4 reader, and where it finds luma, U and V among a pixel's three bytes.
+template <class R>
+struct TLayout444;
+template <>
+struct TLayout444<RYuv444> {
+    using K = CYuvCoefficients;
+    static constexpr int kY = 1, kU = 0, kV = 2;
+};
+template <>
+struct TLayout444<RYCbCr444> {
+    using K = CYCbCrCoefficients;
+    static constexpr int kY = 0, kU = 1, kV = 2;
+};
 
 // The line kernel K with ordinary stores whatever the image size: 4:2:2 colour is arithmetic rather than a move,
 // and at full frames its destination measured faster through the cache than streamed past it.
