@@ -1,4 +1,4 @@
-// convert_yuv.h: 4:2:2 colour in 16-bit lanes, written once over thin register traits V for the SSE2 and AVX2
+// convert_yuv.h: 4:2:2 and 4:4:4 colour in 16-bit lanes, written once over thin register traits V for the SSE2 and AVX2
 // builds. The including file defines KAIP_VECTOR_TARGET (its target attribute, empty for SSE2) and its traits
 // first; everything here has internal linkage, so the builds never mix.
 #pragma once
@@ -9,18 +9,18 @@ namespace convert {
 namespace {
 
 // V gives: the register type T; Set16, Zero; UnpackLo8 and UnpackHi8 (bytes of two registers interleaved, per
-// lane); on 16-bit lanes Add16, Sub16, AddS16 (signed, saturating), MulLo16,
-// MulHiU16 (the high word of the unsigned product), Avg16 (unsigned, rounded up) and Srai16<k>; PackUS16 (the
-// words of two registers to bytes with unsigned saturation, in the instruction's own order); Luma<kLumaFirst>(s),
-// the luma of each pixel of a register of 4:2:2 as a word, and Chroma<kLumaFirst>(s, u, v), the U and V of each
-// pixel's pair as the high byte of a word (luma at the even bytes when kLumaFirst, U before V).
+// lane); on 16-bit lanes Add16, Sub16, AddS16 (signed, saturating), MulLo16, MulHiU16 (the high word of the
+// unsigned product), Avg16 (unsigned, rounded up) and Srai16<k>; PackUS16 (the words of two registers to bytes
+// with unsigned saturation, in the instruction's own order); Luma<kLumaFirst>(s), the luma of each pixel of a
+// register of 4:2:2 as a word, and Chroma<kLumaFirst>(s, u, v), the U and V of each pixel's pair as the high
+// byte of a word (luma at the even bytes when kLumaFirst, U before V).
 
 // The colour sums of the coefficient set K at half scale, exact in 16-bit lanes. kY is even, so a channel is
 // floor(S / 128) clamped to 0..255 with S = kY / 2 (Y - kYOffset) + floor((C + 128) / 2), C its chroma sum.
 // S is split into a luma part P = kY / 2 Y - kLumaOff per pixel and a chroma part D per pair, each within 16
-// bits, and one saturating add gives S wherever it matters: a sum pinned at -32768 or 32767 is below 0 or
-// above 255 after the shift anyway. The chroma parts come from X << 8 by the high word of unsigned products,
-// floor(X m / 256), exactly:
+// bits, and one saturating add gives S wherever it matters: a sum pinned at -32768 or 32767 gives 0 or 255
+// after the shift and the clamp, as S itself would. The chroma parts come from X << 8 by the high word of unsigned
+// products, floor(X m / 256), exactly:
 // - red: floor((kRV (V - 128) + 128) / 2) = floor(kRV V / 2) - 64 kRV + 64;
 // - green, both coefficients negative: 64 (1 - kGU - kGV) - ceil((-kGU U - kGV V) / 2), the rounded-up
 //   halving being the average instruction, exact over 17 bits;
