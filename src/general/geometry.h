@@ -77,4 +77,18 @@ inline uint64_t ReversePixels(uint64_t v)
 bool TurnBlocks_intr(unsigned P, const uint8_t* s0, ptrdiff_t dc, ptrdiff_t dr, const KaipImgInfo& dst, uint32_t r0,
                      uint32_t r1, uint32_t c0, uint32_t c1);
 
+// The left-right mirror's vector blocks for pixels of P bytes. Reverse writes pixels n-1-x of d from
+// pixels x of s; Exchange swaps pixels x of line a with pixels w-1-x of line b (a may be b) for x < n. Both
+// work in whole blocks from the line start and return the first x they left to the scalar rule.
+struct TMirrorBlocks {
+    size_t (*Reverse)(const uint8_t* s, uint8_t* d, size_t n);
+    size_t (*Exchange)(uint8_t* a, uint8_t* b, size_t w, size_t n);
+};
+
+// The blocks of the widest vector set the switches of g_SSEChecker allow; nulls when they are all off or
+// P is not 1 to 4.
+TMirrorBlocks MirrorBlocks_intr(unsigned P);
+TMirrorBlocks MirrorBlocks_ssse3(unsigned P);
+TMirrorBlocks MirrorBlocks_avx2(unsigned P);
+
 }  // namespace geometry

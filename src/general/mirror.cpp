@@ -15,6 +15,7 @@ using geometry::Line;
 using geometry::Load8;
 using geometry::ReversePixels;
 using geometry::Store8;
+using geometry::TMirrorBlocks;
 
 namespace {
 
@@ -65,15 +66,18 @@ template <unsigned P>
 constexpr size_t kPerWord = P == 3 ? 1 : 8 / P;
 
 // Writes n pixels of d from s, in the same or in the reverse order. A reversed line is read
-// forwards and written backwards, which keeps the source one stream for the prefetcher.
+// forwards and written backwards, which keeps the source one stream for the prefetcher. Plain
+// reversed copies start with the vector blocks when there are any.
 template <unsigned P, bool Reverse, class Map>
-void MapLine(const uint8_t* s, uint8_t* d, size_t n, Map map)
+void MapLine(const uint8_t* s, uint8_t* d, size_t n, Map map, TMirrorBlocks blocks)
 {
     if constexpr (kIsCopy<P, Map> && !Reverse) {
         std::memmove(d, s, n * P);  // a destination descriptor may share the source buffer
         return;
     }
     size_t x = 0;
+    if constexpr (Reverse && kIsCopy<P, Map>)
+        if (blocks.Reverse) x = blocks.Reverse(s, d, n);
     if constexpr (Reverse && kIsWordReverse<P, Map>)
         for (constexpr size_t k = kPerWord<P>; x + k <= n; x += k)
             Store8(d + (n - x - k) * P, ReversePixels<P>(Load8(s + x * P)));
@@ -84,7 +88,7 @@ void MapLine(const uint8_t* s, uint8_t* d, size_t n, Map map)
 // they are written. a and b may be the same line, even the same pixel: each pair is read
 // before it is written.
 template <unsigned P, bool Reverse, class Map>
-void ExchangeLine(uint8_t* a, uint8_t* b, size_t last, size_t n, Map map)
+void ExchangeLine(uint8_t* a, uint8_t* b, size_t last, size_t n, Map map, TMirrorBlocks blocks)
 {
     if constexpr (kIsCopy<P, Map> && !Reverse) {
         uint8_t t[1024];
@@ -96,6 +100,8 @@ void ExchangeLine(uint8_t* a, uint8_t* b, size_t last, size_t n, Map map)
         }
     } else {
         size_t x = 0;
+        if constexpr (Reverse && kIsCopy<P, Map>)
+            if (blocks.Exchange) x = blocks.Exchange(a, b, last + 1, n);
         // Whole words while the two words of a pair cannot overlap (a and b may be one line).
         if constexpr (Reverse && kIsWordReverse<P, Map>)
             for (constexpr size_t k = kPerWord<P>; x + k <= n && (a != b || 2 * (x + k) <= last + 1); x += k) {
@@ -120,6 +126,7 @@ template <unsigned P, class Map>
 void MirrorPixels(const KaipImgInfo& src, const KaipImgInfo* pDst, bool bTopBottom, bool bLeftRight, Map map)
 {
     const uint32_t w = src.Width, h = src.Height;
+    const TMirrorBlocks blocks = kIsCopy<P, Map> && bLeftRight ? geometry::MirrorBlocks_intr(P) : TMirrorBlocks{};
     if (pDst) {
         if (kIsCopy<P, Map> && !bTopBottom && !bLeftRight) {
             // A plain copy moves whole lines, padding included.
@@ -128,17 +135,19 @@ void MirrorPixels(const KaipImgInfo& src, const KaipImgInfo* pDst, bool bTopBott
             return;
         }
         const auto line = bLeftRight ? MapLine<P, true, Map> : MapLine<P, false, Map>;
-        const uint8_t* s = bTopBottom ? Line(src, h - 1) : src.pData;
-        const ptrdiff_t step = bTopBottom ? -ptrdiff_t(src.LineIncrement) : ptrdiff_t(src.LineIncrement);
-        for (uint32_t y = 0; y < h; ++y, s += step) line(s, Line(*pDst, y), w, map);
+        // The source is read in its own order, one stream for the prefetcher; a top-bottom mirror
+        // starts at the last destination line and steps backwards.
+        uint8_t* d = bTopBottom ? Line(*pDst, h - 1) : pDst->pData;
+        const ptrdiff_t step = bTopBottom ? -ptrdiff_t(pDst->LineIncrement) : ptrdiff_t(pDst->LineIncrement);
+        for (uint32_t y = 0; y < h; ++y, d += step) line(Line(src, y), d, w, map, blocks);
     } else if (bTopBottom) {
         // With both directions the rows run up to and including an odd middle row, which is
         // thereby exchanged with itself twice over: it keeps its order and is mapped twice.
         const auto exchange = bLeftRight ? ExchangeLine<P, true, Map> : ExchangeLine<P, false, Map>;
         const uint32_t rows = bLeftRight ? (h + 1) / 2 : h / 2;
-        for (uint32_t y = 0; y < rows; ++y) exchange(Line(src, y), Line(src, h - 1 - y), w - 1, w, map);
+        for (uint32_t y = 0; y < rows; ++y) exchange(Line(src, y), Line(src, h - 1 - y), w - 1, w, map, blocks);
     } else if (bLeftRight) {
-        for (uint32_t y = 0; y < h; ++y) ExchangeLine<P, true>(Line(src, y), Line(src, y), w - 1, w / 2, map);
+        for (uint32_t y = 0; y < h; ++y) ExchangeLine<P, true>(Line(src, y), Line(src, y), w - 1, w / 2, map, blocks);
     }
 }
 

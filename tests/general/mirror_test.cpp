@@ -82,6 +82,27 @@ std::vector<uint8_t> ModelInPlace(const KaipImgInfo& src, bool tb, bool lr, cons
     return out;
 }
 
+// One mirror of random w x h images into a destination and in place, against the models.
+void CheckMirror(const TFormat& f, uint32_t w, uint32_t h, bool tb, bool lr, KaipHLut hLut, const TTables& t,
+                 uint32_t seed)
+{
+    const uint32_t flags = (seed & 4) ? KaipImgFlag_BottomUp : 0;
+    SCOPED_TRACE(testing::Message() << "format 0x" << std::hex << f.dwCode << std::dec << " " << w << "x" << h << " tb "
+                                    << tb << " lr " << lr << " lut " << hLut << " seed " << seed);
+    auto src = RandomImage(w, h, f, seed % 5, flags, seed);
+    auto dst = RandomImage(w, h, f, seed % 3, flags, ~seed);
+    const std::vector<uint8_t> srcBefore = Bytes(src->info);
+    const auto expected = ModelInto(src->info, dst->info, Bytes(dst->info), tb, lr, t);
+    ASSERT_EQ(KaipMirror(&src->info, &dst->info, tb, lr, 0, hLut), 0);
+    ASSERT_EQ(Bytes(dst->info), expected);
+    ASSERT_EQ(Bytes(src->info), srcBefore);
+
+    const auto inPlace = ModelInPlace(src->info, tb, lr, t);
+    ASSERT_EQ(KaipMirror(&src->info, nullptr, tb ? 5 : 0, lr ? -1 : 0, 0, hLut), 0);
+    ASSERT_EQ(Bytes(src->info), inPlace);
+    ASSERT_EQ(src->info.Flags, flags);
+}
+
 TEST(Mirror, MatchesModelOverFormatsSizesAndLuts)
 {
     KaipResetLut(nullptr);
@@ -95,26 +116,27 @@ TEST(Mirror, MatchesModelOverFormatsSizesAndLuts)
         for (uint32_t w : widths)
             for (uint32_t h : heights)
                 for (int dirs = 0; dirs < 4; ++dirs)
-                    for (int l = 0; l < 3; ++l) {
-                        ++seed;
-                        const bool tb = dirs & 1, lr = dirs & 2;
-                        const uint32_t flags = (seed & 4) ? KaipImgFlag_BottomUp : 0;
-                        SCOPED_TRACE(testing::Message()
-                                     << "format 0x" << std::hex << f.dwCode << std::dec << " " << w << "x" << h
-                                     << " tb " << tb << " lr " << lr << " lut " << l << " seed " << seed);
-                        auto src = RandomImage(w, h, f, seed % 5, flags, seed);
-                        auto dst = RandomImage(w, h, f, seed % 3, flags, ~seed);
-                        const std::vector<uint8_t> srcBefore = Bytes(src->info);
-                        const auto expected = ModelInto(src->info, dst->info, Bytes(dst->info), tb, lr, *tables[l]);
-                        ASSERT_EQ(KaipMirror(&src->info, &dst->info, tb, lr, 0, handles[l]), 0);
-                        ASSERT_EQ(Bytes(dst->info), expected);
-                        ASSERT_EQ(Bytes(src->info), srcBefore);
+                    for (int l = 0; l < 3; ++l)
+                        CheckMirror(f, w, h, dirs & 1, dirs & 2, handles[l], *tables[l], ++seed);
+}
 
-                        const auto inPlace = ModelInPlace(src->info, tb, lr, *tables[l]);
-                        ASSERT_EQ(KaipMirror(&src->info, nullptr, tb ? 5 : 0, lr ? -1 : 0, 0, handles[l]), 0);
-                        ASSERT_EQ(Bytes(src->info), inPlace);
-                        ASSERT_EQ(src->info.Flags, flags);
-                    }
+// The plain left-right copies run in vector blocks of whole pixels from the line start, then the
+// scalar rest: every width up to a few blocks, and some long lines, for each pixel size.
+TEST(Mirror, LeftRightCopiesOverEveryWidth)
+{
+    std::vector<uint32_t> widths = {100, 517, 1000};
+    for (uint32_t w = 1; w <= 64; ++w) widths.push_back(w);  // width 0 is refused
+    const TFormat formats[] = {{KaipPixelFormat_Mono8, 1},
+                               {KaipPixelFormat_Mono12, 2},
+                               {KaipPixelFormat_BGR8Packed, 3},
+                               {KaipPixelFormat_BGRA8Packed, 4}};
+    uint32_t seed = 0;  // bit 2 picks the line order, the low bits the paddings
+    for (const TFormat& f : formats)
+        for (uint32_t w : widths)
+            for (uint32_t h : {1u, 2u, 3u})
+                for (bool tb : {false, true})
+                    for (uint32_t order : {0u, 4u})
+                        CheckMirror(f, w, h, tb, true, nullptr, {}, ((seed += 9) & ~4u) | order);
 }
 
 TEST(Mirror, WorkedValues)
