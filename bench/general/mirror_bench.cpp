@@ -1,5 +1,5 @@
 // mirror_bench.cpp: KaipMirror in each direction, with and without a LUT, and KaipReverseLinesFast, against
-// cv::flip and memcpy of the same bytes.
+// cv::flip, libyuv's mirrors and memcpy of the same bytes.
 #include "geometry_bench_util.h"
 
 #if defined(KAIP_BENCH_OPENCV)
@@ -17,6 +17,7 @@ struct TCase {
     bool bReverse;  // KaipReverseLinesFast instead
     int cvFlip;     // cv::flip's code: 0 top-bottom, 1 left-right, -1 both
     int cvType;     // the peer's image type
+    TYuvPeer yuv = nullptr;
 };
 
 // Arguments: width, height.
@@ -52,20 +53,22 @@ void OpenCv(benchmark::State& state, TCase c)
 
 const int kRegistered = [] {
 #if defined(KAIP_BENCH_OPENCV)
-    const int mono8 = CV_8UC1, bgr8 = CV_8UC3, mono16 = CV_16UC1;
+    const int mono8 = CV_8UC1, bgr8 = CV_8UC3, bgra8 = CV_8UC4, mono16 = CV_16UC1;
 #else
-    const int mono8 = 0, bgr8 = 0, mono16 = 0;
+    const int mono8 = 0, bgr8 = 0, bgra8 = 0, mono16 = 0;
 #endif
     const uint32_t m8 = KaipPixelFormat_Mono8, bgr = KaipPixelFormat_BGR8Packed, m12 = KaipPixelFormat_Mono12;
+    const uint32_t bgra = KaipPixelFormat_BGRA8Packed;
     const TCase cases[] = {
         {"TopBottom_Mono8", m8, 1, 1, 0, false, false, false, 0, mono8},
-        {"LeftRight_Mono8", m8, 1, 0, 1, false, false, false, 1, mono8},
-        {"Both_Mono8", m8, 1, 1, 1, false, false, false, -1, mono8},
+        {"LeftRight_Mono8", m8, 1, 0, 1, false, false, false, 1, mono8, KAIP_GEOMETRY_LIBYUV(MirrorPlane)},
+        {"Both_Mono8", m8, 1, 1, 1, false, false, false, -1, mono8, KAIP_GEOMETRY_LIBYUV(RotatePlane180)},
         {"LeftRight_Mono8_Lut", m8, 1, 0, 1, true, false, false, 1, mono8},
         {"LeftRight_Mono8_InPlace", m8, 1, 0, 1, false, true, false, 1, mono8},
         {"TopBottom_BGR8", bgr, 3, 1, 0, false, false, false, 0, bgr8},
-        {"LeftRight_BGR8", bgr, 3, 0, 1, false, false, false, 1, bgr8},
+        {"LeftRight_BGR8", bgr, 3, 0, 1, false, false, false, 1, bgr8, KAIP_GEOMETRY_LIBYUV(RGB24Mirror)},
         {"Both_BGR8", bgr, 3, 1, 1, false, false, false, -1, bgr8},
+        {"LeftRight_BGRA8", bgra, 4, 0, 1, false, false, false, 1, bgra8, KAIP_GEOMETRY_LIBYUV(ARGBMirror)},
         {"LeftRight_Mono12", m12, 2, 0, 1, false, false, false, 1, mono16},
         {"ReverseLinesFast_Mono8", m8, 1, 0, 0, false, false, true, 0, mono8},
     };
@@ -78,6 +81,10 @@ const int kRegistered = [] {
             OpenCv(s, c);
         }))->Unit(benchmark::kMicrosecond);
 #endif
+        if (c.yuv)
+            FrameSizes(RegisterRole("Mirror", c.name, "libyuv", [c](benchmark::State& s) {
+                RunYuvPeer(s, c.format, false, c.yuv);
+            }))->Unit(benchmark::kMicrosecond);
         FrameSizes(RegisterMemcpy("Mirror", c.name, c.bytes))->Unit(benchmark::kMicrosecond);
     }
     return 0;

@@ -1,4 +1,4 @@
-// rotate_bench.cpp: the quarter turn of a frame against cv::rotate and memcpy of the same bytes.
+// rotate_bench.cpp: the quarter turn of a frame against cv::rotate, libyuv's turns and memcpy of the same bytes.
 #include "geometry_bench_util.h"
 
 #if defined(KAIP_BENCH_OPENCV)
@@ -12,6 +12,7 @@ struct TCase {
     uint32_t format, bytes;
     bool bClockwise;
     int cvType;  // the peer's image type
+    TYuvPeer yuv = nullptr;
 };
 
 // Arguments: width, height.
@@ -49,11 +50,12 @@ const int kRegistered = [] {
     const int mono8 = 0, bgr8 = 0, bgra8 = 0, mono16 = 0;
 #endif
     const TCase cases[] = {
-        {"Clockwise_Mono8", KaipPixelFormat_Mono8, 1, true, mono8},
-        {"Anticlockwise_Mono8", KaipPixelFormat_Mono8, 1, false, mono8},
+        {"Clockwise_Mono8", KaipPixelFormat_Mono8, 1, true, mono8, KAIP_GEOMETRY_LIBYUV(RotatePlane90)},
+        {"Anticlockwise_Mono8", KaipPixelFormat_Mono8, 1, false, mono8, KAIP_GEOMETRY_LIBYUV(RotatePlane270)},
         {"Clockwise_Mono12", KaipPixelFormat_Mono12, 2, true, mono16},
         {"Clockwise_BGR8", KaipPixelFormat_BGR8Packed, 3, true, bgr8},
-        {"Clockwise_BGRA8", KaipPixelFormat_BGRA8Packed, 4, true, bgra8},
+        {"Clockwise_BGRA8", KaipPixelFormat_BGRA8Packed, 4, true, bgra8,
+         KAIP_GEOMETRY_LIBYUV(ARGBRotate, libyuv::kRotate90)},
     };
     for (const TCase& c : cases) {
         FrameSizes(RegisterRole("Rotate90", c.name, "Ours", [c](benchmark::State& s) {
@@ -64,6 +66,10 @@ const int kRegistered = [] {
             OpenCv(s, c);
         }))->Unit(benchmark::kMicrosecond);
 #endif
+        if (c.yuv)
+            FrameSizes(RegisterRole("Rotate90", c.name, "libyuv", [c](benchmark::State& s) {
+                RunYuvPeer(s, c.format, true, c.yuv);
+            }))->Unit(benchmark::kMicrosecond);
         FrameSizes(RegisterMemcpy("Rotate90", c.name, c.bytes))->Unit(benchmark::kMicrosecond);
     }
     return 0;
