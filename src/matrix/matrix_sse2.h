@@ -106,10 +106,10 @@ struct TVec128 {
 };
 
 // Colour correction of 8-bit pixels of iStep bytes (red at byte iRed), 8 at a time, a pixel in each
-// 32-bit lane. Each weight is split as c = 128 x h + l (l = c & 127): pmaddwd of the words (byte 0,
-// byte 2) and (byte 1, fourth byte) by (h0, h2), (h1, 0) and by (l0, l2), (l1, 0) gives H and L with
-// 128 x H + L = the scalar sum modulo 2^32, exact while every h fits 16 bits (entries within about
-// +-64000; else nothing is done here and 0 returned). >> 16 is arithmetic and the saturating packs
+// 32-bit lane. Each weight is split as c = 128 x h + l (l = c & 127), and three pmaddwd give the
+// scalar sum modulo 2^32: the words (byte 0 x 128, byte 2 x 128) by (h0, h2), (byte 0, byte 2) by
+// (l0, l2) and (byte 1 x 128, byte 1) by (h1, l1); exact while every h fits 16 bits (entries within
+// about +-64000; else nothing is done here and 0 returned). >> 16 is arithmetic and the saturating packs
 // clamp to 0..255. Three-byte pixels are read and written 4 bytes at a time, in order: the fourth
 // byte written is the next pixel's first as read, so a block runs only while a pixel follows it.
 // Returns the pixels done.
@@ -123,12 +123,12 @@ uint32_t CorrectBytesSse2(const uint8_t* pSrc, uint8_t* pDst, uint32_t dwWidth, 
     };
     // Matrix row (output) and column (input) of byte position o.
     auto index = [&](int o) { return o == iRed ? 0 : o == 1 ? 1 : 2; };
-    __m128i hi02[3], lo02[3], hi1[3], lo1[3];
+    __m128i hi02[3], lo02[3], hilo1[3];
     for (int o = 0; o < 3; ++o) {
         const int32_t* w = c + 3 * index(o);
         const int32_t w0 = w[index(0)], w1 = w[index(1)], w2 = w[index(2)];
         hi02[o] = pair(w0 >> 7, w2 >> 7), lo02[o] = pair(w0 & 127, w2 & 127);
-        hi1[o] = pair(w1 >> 7, 0), lo1[o] = pair(w1 & 127, 0);
+        hilo1[o] = pair(w1 >> 7, w1 & 127);
     }
     auto load = [](const uint8_t* p) {
         if constexpr (iStep == 4) {
@@ -142,21 +142,25 @@ uint32_t CorrectBytesSse2(const uint8_t* pSrc, uint8_t* pDst, uint32_t dwWidth, 
             return _mm_unpacklo_epi64(_mm_unpacklo_epi32(at(0), at(1)), _mm_unpacklo_epi32(at(2), at(3)));
         }
     };
-    const __m128i zero = _mm_setzero_si128(), lowBytes = _mm_set1_epi32(0x00FF00FF);
+    const __m128i zero = _mm_setzero_si128(), lowBytes = _mm_set1_epi32(0x00FF00FF), byte1 = _mm_set1_epi32(0xFF00);
     const __m128i fourth = _mm_set1_epi32(int32_t(0xFF000000));
     uint32_t x = 0;
     for (; x + 8 + (iStep == 3) <= dwWidth; x += 8) {
         const uint8_t* p = pSrc + size_t(x) * iStep;
         uint8_t* q = pDst + size_t(x) * iStep;
         const __m128i v[2] = {load(p), load(p + 4 * iStep)};
+        __m128i x02[2], x02s[2], x1[2];  // the words (byte 0, byte 2), both x 128, and (byte 1 x 128, byte 1)
+        for (int k = 0; k < 2; ++k) {
+            const __m128i b1 = _mm_and_si128(v[k], byte1);
+            x02[k] = _mm_and_si128(v[k], lowBytes), x02s[k] = _mm_slli_epi16(x02[k], 7);
+            x1[k] = _mm_or_si128(_mm_srli_epi32(b1, 1), _mm_slli_epi32(b1, 8));
+        }
         __m128i words[3];  // byte position o of the 8 pixels, saturated to 16 bits
         for (int o = 0; o < 3; ++o) {
             __m128i sum[2];
             for (int k = 0; k < 2; ++k) {
-                const __m128i x02 = _mm_and_si128(v[k], lowBytes), x1 = _mm_srli_epi16(v[k], 8);
-                const __m128i h = _mm_add_epi32(_mm_madd_epi16(x02, hi02[o]), _mm_madd_epi16(x1, hi1[o]));
-                const __m128i l = _mm_add_epi32(_mm_madd_epi16(x02, lo02[o]), _mm_madd_epi16(x1, lo1[o]));
-                sum[k] = _mm_srai_epi32(_mm_add_epi32(_mm_slli_epi32(h, 7), l), 16);
+                const __m128i s02 = _mm_add_epi32(_mm_madd_epi16(x02s[k], hi02[o]), _mm_madd_epi16(x02[k], lo02[o]));
+                sum[k] = _mm_srai_epi32(_mm_add_epi32(s02, _mm_madd_epi16(x1[k], hilo1[o])), 16);
             }
             words[o] = _mm_packs_epi32(sum[0], sum[1]);
         }
