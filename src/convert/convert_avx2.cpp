@@ -8,6 +8,7 @@
 #define KAIP_AVX2 __attribute__((target("avx2")))
 #define KAIP_VECTOR_TARGET KAIP_AVX2
 #include "convert/convert_gather.h"
+#include "convert/convert_steps.h"
 #include "convert/convert_yuv.h"
 
 namespace convert::avx2 {
@@ -63,6 +64,34 @@ struct VAvx2 {
     {
         return _mm256_slli_epi16(v, k);
     }
+};
+
+// The registers of convert_steps.h: 32 bytes.
+struct VSteps {
+    using T = __m256i;
+    static constexpr int kBytes = 32;
+    KAIP_AVX2 static T Load(const uint8_t* p) { return avx2::Load(p); }
+    template <bool kStream>
+    KAIP_AVX2 static void Store(uint8_t* p, T v)
+    {
+        avx2::Store<kStream>(p, v);
+    }
+    KAIP_AVX2 static T And(T a, T b) { return _mm256_and_si256(a, b); }
+    KAIP_AVX2 static T Or(T a, T b) { return _mm256_or_si256(a, b); }
+    KAIP_AVX2 static T Set32(int32_t v) { return _mm256_set1_epi32(v); }
+    KAIP_AVX2 static T MAdd16(T a, T b) { return _mm256_madd_epi16(a, b); }
+    template <int k>
+    KAIP_AVX2 static T Slli32(T v)
+    {
+        return _mm256_slli_epi32(v, k);
+    }
+    template <int k>
+    KAIP_AVX2 static T Srai32(T v)
+    {
+        return _mm256_srai_epi32(v, k);
+    }
+    // The pack works per lane; the permutation puts its four quarters back in pixel order.
+    KAIP_AVX2 static T PackS32(T a, T b) { return _mm256_permute4x64_epi64(_mm256_packs_epi32(a, b), 0xD8); }
 };
 
 // The 32-pixel steps of this file's own loops, placed as the shared ones are.
@@ -378,5 +407,17 @@ KAIP_AVX2_ENTRY(Convert_BGR16_to_BGR24, RBGR16, WBGR24, SShort<true>)
 KAIP_AVX2_ENTRY(Convert_BGR16_to_RGB24, RBGR16, WRGB24, SShort<true>)
 KAIP_AVX2_ENTRY(Convert_BGR16_to_BGR32, RBGR16, WBGR32, SShort<true>)
 KAIP_AVX2_ENTRY(Convert_BGR16_to_RGB32, RBGR16, WRGB32, SShort<true>)
+
+// The 32-bit to 15/16-bit members of KAIP_VECTOR_MEMBERS.
+#define KAIP_AVX2_STEP_ENTRY(name, R, W, ...)                                            \
+    int name(KAIP_LINE_PARAMS, bool bReverseLines)                                       \
+    {                                                                                    \
+        return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
+                        KSteps<__VA_ARGS__, R, W>{dwWidth, {}, {}, {}});                 \
+    }
+KAIP_AVX2_STEP_ENTRY(Convert_BGR32_to_BGR15, RBGR32, WBGR15, SBytes4ToShort<VSteps, false, kBGR>)
+KAIP_AVX2_STEP_ENTRY(Convert_RGB32_to_BGR15, RRGB32, WBGR15, SBytes4ToShort<VSteps, false, kRGB>)
+KAIP_AVX2_STEP_ENTRY(Convert_BGR32_to_BGR16, RBGR32, WBGR16, SBytes4ToShort<VSteps, true, kBGR>)
+KAIP_AVX2_STEP_ENTRY(Convert_RGB32_to_BGR16, RRGB32, WBGR16, SBytes4ToShort<VSteps, true, kRGB>)
 
 }  // namespace convert::avx2

@@ -45,12 +45,12 @@ int Convert_YCbCr422_8_to_RGB32_intr(KAIP_LINE_PARAMS, bool bReverseLines);
     X(Convert_RGB32_to_Mono8, 1, 1)      \
     X(Convert_BGR24_to_BGR15, 1, 1)      \
     X(Convert_RGB24_to_BGR15, 1, 1)      \
-    X(Convert_BGR32_to_BGR15, 1, 1)      \
-    X(Convert_RGB32_to_BGR15, 1, 1)      \
+    X(Convert_BGR32_to_BGR15, 0, 1)      \
+    X(Convert_RGB32_to_BGR15, 0, 1)      \
     X(Convert_BGR24_to_BGR16, 1, 1)      \
     X(Convert_RGB24_to_BGR16, 1, 1)      \
-    X(Convert_BGR32_to_BGR16, 1, 1)      \
-    X(Convert_RGB32_to_BGR16, 1, 1)      \
+    X(Convert_BGR32_to_BGR16, 0, 1)      \
+    X(Convert_RGB32_to_BGR16, 0, 1)      \
     X(Convert_BGR32_to_BGR24, 1, 1)      \
     X(Convert_RGB32_to_RGB24, 1, 1)      \
     X(Convert_BGR32_to_RGB24, 1, 1)      \

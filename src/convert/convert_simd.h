@@ -167,12 +167,8 @@ struct MChannelPairs : TByteMap<kPixels, kPixels * kPixelBytes, 4 * kPixels> {
     X(Convert_RGB32_to_Mono8, kRGB, 4, RRGB32, WMono8, FGrey)    \
     X(Convert_BGR24_to_BGR15, kBGR, 3, RBGR24, WBGR15, FPack555) \
     X(Convert_RGB24_to_BGR15, kRGB, 3, RRGB24, WBGR15, FPack555) \
-    X(Convert_BGR32_to_BGR15, kBGR, 4, RBGR32, WBGR15, FPack555) \
-    X(Convert_RGB32_to_BGR15, kRGB, 4, RRGB32, WBGR15, FPack555) \
     X(Convert_BGR24_to_BGR16, kBGR, 3, RBGR24, WBGR16, FPack565) \
-    X(Convert_RGB24_to_BGR16, kRGB, 3, RRGB24, WBGR16, FPack565) \
-    X(Convert_BGR32_to_BGR16, kBGR, 4, RBGR32, WBGR16, FPack565) \
-    X(Convert_RGB32_to_BGR16, kRGB, 4, RRGB32, WBGR16, FPack565)
+    X(Convert_RGB24_to_BGR16, kRGB, 3, RRGB24, WBGR16, FPack565)
 
 // Bits [8 kByte + 8 - kBits, 8 kByte + 7] of a lane (the top kBits of its byte kByte) moved to start at bit
 // kAt: the shift, right when positive.

@@ -6,6 +6,7 @@
 #include <utility>
 
 #define KAIP_VECTOR_TARGET
+#include "convert/convert_steps.h"
 #include "convert/convert_yuv.h"
 
 namespace convert::sse2 {
@@ -24,31 +25,6 @@ inline __m128i Load(const uint8_t* p)
 {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
 }
-
-// Whole steps of S::kPixels pixels, then the rest of the line by the scalar member's reader and writer, with
-// the group cut short at the line end when kCut is set.
-template <class S, class R, class W, bool kCut = false>
-struct KSteps {
-    uint32_t dwWidth;
-    S step;
-    R rd;
-    W wr;
-    template <bool kStream>
-    void Line(const uint8_t* pS, uint8_t* pD) const
-    {
-        // Steps wider than 16 pixels cover every whole 16-pixel unit too, the last one moving back to end there
-        // (rewriting some pixels with the same bytes), so that a streamed line keeps streaming up to its tail.
-        constexpr uint32_t kUnit = S::kPixels < 16 ? S::kPixels : 16;
-        const uint32_t covered = dwWidth >= S::kPixels ? dwWidth / kUnit * kUnit : 0;
-        for (uint32_t x = 0; x < covered; x += S::kPixels) {
-            const size_t at = x + S::kPixels <= covered ? x : covered - S::kPixels;
-            step.template Run<kStream>(pS + at * S::kInBytes / S::kPixels, pD + at * S::kOutBytes / S::kPixels);
-        }
-        R r = rd;
-        ConvertGroups(r, wr, covered / R::kPixels, dwWidth / R::kPixels, pS, pD);
-        if constexpr (kCut) ConvertCutGroup(r, wr, dwWidth, pS, pD);
-    }
-};
 
 // The smaller line increment in bytes, 64 at a time, then 16 at a time (a streamed line keeps streaming up
 // to its last 16 bytes), the rest by memcpy as the scalar member does.
@@ -452,29 +428,31 @@ struct SGrey32 {
     }
 };
 
-// 16 pixels of 4 bytes in the order O to 15-bit (k565 false) or 16-bit words, as Pack555 and Pack565 do, each
-// found in its pixel's 32-bit lane shifted left by kUp, which puts green's top bits where the green byte has them:
-// green by a mask, blue and red (bytes 0 and 2, the low bytes of the lane's two words) by one multiply-add.
-// Moved to the top of the lane and back, the word comes out sign-extended, so the signed pack keeps it.
-template <bool k565, TOrder O>
-struct SBytes4ToShort {
-    static constexpr uint32_t kPixels = 16, kInBytes = 64, kOutBytes = 32;
-    static constexpr int kGreenBits = k565 ? 6 : 5, kUp = 11 - kGreenBits, kRedAt = k565 ? 11 : 10;
-    static constexpr int16_t kBlue = 1 << (kUp - 3), kRed = 1 << (kRedAt - 3 + kUp);
-    static __m128i Pack(__m128i v)
-    {
-        const __m128i top5 = _mm_and_si128(v, _mm_set1_epi32(0x00F800F8));
-        const __m128i sum =
-            _mm_madd_epi16(top5, O == kBGR ? _mm_set1_epi32(kRed << 16 | kBlue) : _mm_set1_epi32(kBlue << 16 | kRed));
-        const __m128i green = _mm_and_si128(v, _mm_set1_epi32(((1 << kGreenBits) - 1) << (16 - kGreenBits)));
-        return _mm_srai_epi32(_mm_slli_epi32(_mm_or_si128(sum, green), 16 - kUp), 16);
-    }
+// The registers of convert_steps.h: 16 bytes.
+struct VSteps {
+    using T = __m128i;
+    static constexpr int kBytes = 16;
+    static T Load(const uint8_t* p) { return sse2::Load(p); }
     template <bool kStream>
-    void Run(const uint8_t* s, uint8_t* d) const
+    static void Store(uint8_t* p, T v)
     {
-        Store<kStream>(d, _mm_packs_epi32(Pack(Load(s)), Pack(Load(s + 16))));
-        Store<kStream>(d + 16, _mm_packs_epi32(Pack(Load(s + 32)), Pack(Load(s + 48))));
+        sse2::Store<kStream>(p, v);
     }
+    static T And(T a, T b) { return _mm_and_si128(a, b); }
+    static T Or(T a, T b) { return _mm_or_si128(a, b); }
+    static T Set32(int32_t v) { return _mm_set1_epi32(v); }
+    static T MAdd16(T a, T b) { return _mm_madd_epi16(a, b); }
+    template <int k>
+    static T Slli32(T v)
+    {
+        return _mm_slli_epi32(v, k);
+    }
+    template <int k>
+    static T Srai32(T v)
+    {
+        return _mm_srai_epi32(v, k);
+    }
+    static T PackS32(T a, T b) { return _mm_packs_epi32(a, b); }
 };
 
 // 16 pixels of 3 bytes in the order O to 15-bit (k565 false) or 16-bit words, as Pack555 and Pack565 do, 8 at a
@@ -718,9 +696,9 @@ KAIP_SSE2_ENTRY(Convert_BGR24_to_BGR15, RBGR24, WBGR15, SBytesToShort<false, kBG
 KAIP_SSE2_ENTRY(Convert_RGB24_to_BGR15, RRGB24, WBGR15, SBytesToShort<false, kRGB>)
 KAIP_SSE2_ENTRY(Convert_BGR24_to_BGR16, RBGR24, WBGR16, SBytesToShort<true, kBGR>)
 KAIP_SSE2_ENTRY(Convert_RGB24_to_BGR16, RRGB24, WBGR16, SBytesToShort<true, kRGB>)
-KAIP_SSE2_ENTRY(Convert_BGR32_to_BGR15, RBGR32, WBGR15, SBytes4ToShort<false, kBGR>)
-KAIP_SSE2_ENTRY(Convert_RGB32_to_BGR15, RRGB32, WBGR15, SBytes4ToShort<false, kRGB>)
-KAIP_SSE2_ENTRY(Convert_BGR32_to_BGR16, RBGR32, WBGR16, SBytes4ToShort<true, kBGR>)
-KAIP_SSE2_ENTRY(Convert_RGB32_to_BGR16, RRGB32, WBGR16, SBytes4ToShort<true, kRGB>)
+KAIP_SSE2_ENTRY(Convert_BGR32_to_BGR15, RBGR32, WBGR15, SBytes4ToShort<VSteps, false, kBGR>)
+KAIP_SSE2_ENTRY(Convert_RGB32_to_BGR15, RRGB32, WBGR15, SBytes4ToShort<VSteps, false, kRGB>)
+KAIP_SSE2_ENTRY(Convert_BGR32_to_BGR16, RBGR32, WBGR16, SBytes4ToShort<VSteps, true, kBGR>)
+KAIP_SSE2_ENTRY(Convert_RGB32_to_BGR16, RRGB32, WBGR16, SBytes4ToShort<VSteps, true, kRGB>)
 
 }  // namespace convert::sse2
