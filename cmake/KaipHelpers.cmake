@@ -20,7 +20,7 @@ endfunction()
 
 # kaip_test(<name> SOURCES <files...> LIBS <libs...> [SIMD_LEVELS])
 # A GoogleTest executable registered with ctest; SIMD_LEVELS runs it again under ini files
-# with SIMD.Level 0 and 4.
+# with SIMD.Level 0 (scalar), 2 (up to SSSE3), 3 (up to SSE4.2) and 4 (up to AVX2).
 function(kaip_test name)
   cmake_parse_arguments(ARG "SIMD_LEVELS" "" "SOURCES;LIBS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES} ${PROJECT_SOURCE_DIR}/tests/support/test_main.cpp)
@@ -29,7 +29,7 @@ function(kaip_test name)
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES ENVIRONMENT "KAIP_LOG_LEVEL=off")
   if(ARG_SIMD_LEVELS)
-    foreach(level 0 4)
+    foreach(level 0 2 3 4)
       add_test(NAME ${name}.simd${level} COMMAND ${name})
       set_tests_properties(${name}.simd${level} PROPERTIES ENVIRONMENT
         "KAIP_LOG_LEVEL=off;KAIP_INI_FILE=${PROJECT_SOURCE_DIR}/tests/data/simd${level}.ini")
