@@ -37,7 +37,7 @@ KAIP_AVX2 inline __m256i Load2(const uint8_t* pLow, const uint8_t* pHigh)
     return _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(pHigh), reinterpret_cast<const __m128i*>(pLow));
 }
 
-// The registers of convert_gather.h: two 16-byte lanes, steps of 32 pixels.
+// The registers of convert_gather.h (two 16-byte lanes, steps of 32 pixels), convert_steps.h and convert_yuv.h.
 struct VAvx2 {
     using T = __m256i;
     static constexpr int kLanes = 2, kBytes = 32;
@@ -64,34 +64,54 @@ struct VAvx2 {
     {
         return _mm256_slli_epi16(v, k);
     }
-};
-
-// The registers of convert_steps.h: 32 bytes.
-struct VSteps {
-    using T = __m256i;
-    static constexpr int kBytes = 32;
-    KAIP_AVX2 static T Load(const uint8_t* p) { return avx2::Load(p); }
-    template <bool kStream>
-    KAIP_AVX2 static void Store(uint8_t* p, T v)
-    {
-        avx2::Store<kStream>(p, v);
-    }
-    KAIP_AVX2 static T And(T a, T b) { return _mm256_and_si256(a, b); }
-    KAIP_AVX2 static T Or(T a, T b) { return _mm256_or_si256(a, b); }
     KAIP_AVX2 static T Set32(int32_t v) { return _mm256_set1_epi32(v); }
     KAIP_AVX2 static T MAdd16(T a, T b) { return _mm256_madd_epi16(a, b); }
     template <int k>
-    KAIP_AVX2 static T Slli32(T v)
+    KAIP_AVX2 static T Sll32(T v)
     {
         return _mm256_slli_epi32(v, k);
     }
     template <int k>
-    KAIP_AVX2 static T Srai32(T v)
+    KAIP_AVX2 static T Sra32(T v)
     {
         return _mm256_srai_epi32(v, k);
     }
     // The pack works per lane; the permutation puts its four quarters back in pixel order.
     KAIP_AVX2 static T PackS32(T a, T b) { return _mm256_permute4x64_epi64(_mm256_packs_epi32(a, b), 0xD8); }
+    KAIP_AVX2 static T Zero() { return _mm256_setzero_si256(); }
+    KAIP_AVX2 static T UnpackLo8(T a, T b) { return _mm256_unpacklo_epi8(a, b); }
+    KAIP_AVX2 static T UnpackHi8(T a, T b) { return _mm256_unpackhi_epi8(a, b); }
+    KAIP_AVX2 static T Add16(T a, T b) { return _mm256_add_epi16(a, b); }
+    KAIP_AVX2 static T Sub16(T a, T b) { return _mm256_sub_epi16(a, b); }
+    KAIP_AVX2 static T AddS16(T a, T b) { return _mm256_adds_epi16(a, b); }
+    KAIP_AVX2 static T MulLo16(T a, T b) { return _mm256_mullo_epi16(a, b); }
+    KAIP_AVX2 static T MulHiU16(T a, T b) { return _mm256_mulhi_epu16(a, b); }
+    KAIP_AVX2 static T Avg16(T a, T b) { return _mm256_avg_epu16(a, b); }
+    template <int k>
+    KAIP_AVX2 static T Sra16(T v)
+    {
+        return _mm256_srai_epi16(v, k);
+    }
+    KAIP_AVX2 static T PackUS16(T a, T b) { return _mm256_packus_epi16(a, b); }
+    template <bool kLumaFirst>
+    KAIP_AVX2 static T Luma(T s)
+    {
+        return kLumaFirst ? _mm256_and_si256(s, _mm256_set1_epi16(0xFF)) : _mm256_srli_epi16(s, 8);
+    }
+    // Byte kAt of each 4-byte pair group as the high byte of both of the pair's 16-bit lanes.
+    template <int kAt>
+    KAIP_AVX2 static T PairByte(T s)
+    {
+        constexpr char a = kAt, b = kAt + 4, c = kAt + 8, d = kAt + 12, z = -128;
+        return _mm256_shuffle_epi8(s, _mm256_setr_epi8(z, a, z, a, z, b, z, b, z, c, z, c, z, d, z, d, z, a, z, a, z, b,
+                                                       z, b, z, c, z, c, z, d, z, d));
+    }
+    template <bool kLumaFirst>
+    KAIP_AVX2 static void Chroma(T s, T& u, T& v)
+    {
+        constexpr int kU = kLumaFirst ? 1 : 0, kV = kLumaFirst ? 3 : 2;
+        u = PairByte<kU>(s), v = PairByte<kV>(s);
+    }
 };
 
 // The 32-pixel steps of this file's own loops, placed as the shared ones are.
@@ -171,46 +191,6 @@ struct KMonoWordToMono8 {
     }
 };
 
-// The registers of convert_yuv.h: 16 pixels of 4:2:2 each.
-struct VYuv {
-    using T = __m256i;
-    KAIP_AVX2 static T Set16(int16_t v) { return _mm256_set1_epi16(v); }
-    KAIP_AVX2 static T Zero() { return _mm256_setzero_si256(); }
-    KAIP_AVX2 static T UnpackLo8(T a, T b) { return _mm256_unpacklo_epi8(a, b); }
-    KAIP_AVX2 static T UnpackHi8(T a, T b) { return _mm256_unpackhi_epi8(a, b); }
-    KAIP_AVX2 static T Add16(T a, T b) { return _mm256_add_epi16(a, b); }
-    KAIP_AVX2 static T Sub16(T a, T b) { return _mm256_sub_epi16(a, b); }
-    KAIP_AVX2 static T AddS16(T a, T b) { return _mm256_adds_epi16(a, b); }
-    KAIP_AVX2 static T MulLo16(T a, T b) { return _mm256_mullo_epi16(a, b); }
-    KAIP_AVX2 static T MulHiU16(T a, T b) { return _mm256_mulhi_epu16(a, b); }
-    KAIP_AVX2 static T Avg16(T a, T b) { return _mm256_avg_epu16(a, b); }
-    template <int k>
-    KAIP_AVX2 static T Srai16(T v)
-    {
-        return _mm256_srai_epi16(v, k);
-    }
-    KAIP_AVX2 static T PackUS16(T a, T b) { return _mm256_packus_epi16(a, b); }
-    template <bool kLumaFirst>
-    KAIP_AVX2 static T Luma(T s)
-    {
-        return kLumaFirst ? _mm256_and_si256(s, _mm256_set1_epi16(0xFF)) : _mm256_srli_epi16(s, 8);
-    }
-    // Byte kAt of each 4-byte pair group as the high byte of both of the pair's 16-bit lanes.
-    template <int kAt>
-    KAIP_AVX2 static T PairByte(T s)
-    {
-        constexpr char a = kAt, b = kAt + 4, c = kAt + 8, d = kAt + 12, z = -128;
-        return _mm256_shuffle_epi8(s, _mm256_setr_epi8(z, a, z, a, z, b, z, b, z, c, z, c, z, d, z, d, z, a, z, a, z, b,
-                                                       z, b, z, c, z, c, z, d, z, d));
-    }
-    template <bool kLumaFirst>
-    KAIP_AVX2 static void Chroma(T s, T& u, T& v)
-    {
-        constexpr int kU = kLumaFirst ? 1 : 0, kV = kLumaFirst ? 3 : 2;
-        u = PairByte<kU>(s), v = PairByte<kV>(s);
-    }
-};
-
 // 32 pixels of byte planes b, g, r as two 16-pixel packs leave them (pixels 0-7, 16-23 | 8-15, 24-31) stored
 // as 3 or 4 bytes each as W writes them, the fourth byte 0.
 template <bool kStream, class W>
@@ -263,7 +243,7 @@ struct SYuv422 {
     static constexpr uint32_t kInBytes = 64;
     KAIP_AVX2 static void Planes(const uint8_t* s, __m256i& b, __m256i& g, __m256i& r)
     {
-        YuvPlanes<VYuv, typename R::TCoefficients, R::kLumaFirst>(Load(s), Load(s + 32), b, g, r);
+        YuvPlanes<VAvx2, typename R::TCoefficients, R::kLumaFirst>(Load(s), Load(s + 32), b, g, r);
     }
 };
 
@@ -284,7 +264,7 @@ struct SYuv444 {
             const __m256i z = _mm256_unpackhi_epi8(bSwapped, c[2]);
             c[0] = x, c[1] = y, c[2] = z;
         }
-        YuvPlanes444<VYuv, typename L::K>(c[L::kY], c[L::kU], c[L::kV], b, g, r);
+        YuvPlanes444<VAvx2, typename L::K>(c[L::kY], c[L::kU], c[L::kV], b, g, r);
         b = _mm256_permute4x64_epi64(b, 0xD8), g = _mm256_permute4x64_epi64(g, 0xD8);
         r = _mm256_permute4x64_epi64(r, 0xD8);
     }
@@ -415,9 +395,9 @@ KAIP_AVX2_ENTRY(Convert_BGR16_to_RGB32, RBGR16, WRGB32, SShort<true>)
         return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
                         KSteps<__VA_ARGS__, R, W>{dwWidth, {}, {}, {}});                 \
     }
-KAIP_AVX2_STEP_ENTRY(Convert_BGR32_to_BGR15, RBGR32, WBGR15, SBytes4ToShort<VSteps, false, kBGR>)
-KAIP_AVX2_STEP_ENTRY(Convert_RGB32_to_BGR15, RRGB32, WBGR15, SBytes4ToShort<VSteps, false, kRGB>)
-KAIP_AVX2_STEP_ENTRY(Convert_BGR32_to_BGR16, RBGR32, WBGR16, SBytes4ToShort<VSteps, true, kBGR>)
-KAIP_AVX2_STEP_ENTRY(Convert_RGB32_to_BGR16, RRGB32, WBGR16, SBytes4ToShort<VSteps, true, kRGB>)
+KAIP_AVX2_STEP_ENTRY(Convert_BGR32_to_BGR15, RBGR32, WBGR15, SBytes4ToShort<VAvx2, false, kBGR>)
+KAIP_AVX2_STEP_ENTRY(Convert_RGB32_to_BGR15, RRGB32, WBGR15, SBytes4ToShort<VAvx2, false, kRGB>)
+KAIP_AVX2_STEP_ENTRY(Convert_BGR32_to_BGR16, RBGR32, WBGR16, SBytes4ToShort<VAvx2, true, kBGR>)
+KAIP_AVX2_STEP_ENTRY(Convert_RGB32_to_BGR16, RRGB32, WBGR16, SBytes4ToShort<VAvx2, true, kRGB>)
 
 }  // namespace convert::avx2

@@ -213,9 +213,31 @@ struct SMonoWordToMono8 {
     }
 };
 
-// The registers of convert_yuv.h: 8 pixels of 4:2:2 each.
-struct VYuv {
+// The registers of convert_steps.h (16 bytes) and convert_yuv.h (8 pixels of 4:2:2).
+struct VSse2 {
     using T = __m128i;
+    static constexpr int kBytes = 16;
+    static T Load(const uint8_t* p) { return sse2::Load(p); }
+    template <bool kStream>
+    static void Store(uint8_t* p, T v)
+    {
+        sse2::Store<kStream>(p, v);
+    }
+    static T And(T a, T b) { return _mm_and_si128(a, b); }
+    static T Or(T a, T b) { return _mm_or_si128(a, b); }
+    static T Set32(int32_t v) { return _mm_set1_epi32(v); }
+    static T MAdd16(T a, T b) { return _mm_madd_epi16(a, b); }
+    template <int k>
+    static T Sll32(T v)
+    {
+        return _mm_slli_epi32(v, k);
+    }
+    template <int k>
+    static T Sra32(T v)
+    {
+        return _mm_srai_epi32(v, k);
+    }
+    static T PackS32(T a, T b) { return _mm_packs_epi32(a, b); }
     static T Set16(int16_t v) { return _mm_set1_epi16(v); }
     static T Zero() { return _mm_setzero_si128(); }
     static T UnpackLo8(T a, T b) { return _mm_unpacklo_epi8(a, b); }
@@ -227,7 +249,7 @@ struct VYuv {
     static T MulHiU16(T a, T b) { return _mm_mulhi_epu16(a, b); }
     static T Avg16(T a, T b) { return _mm_avg_epu16(a, b); }
     template <int k>
-    static T Srai16(T v)
+    static T Sra16(T v)
     {
         return _mm_srai_epi16(v, k);
     }
@@ -256,7 +278,7 @@ struct SYuv422 {
     void Run(const uint8_t* s, uint8_t* d) const
     {
         __m128i b, g, r, p[4];
-        YuvPlanes<VYuv, typename R::TCoefficients, R::kLumaFirst>(Load(s), Load(s + 16), b, g, r);
+        YuvPlanes<VSse2, typename R::TCoefficients, R::kLumaFirst>(Load(s), Load(s + 16), b, g, r);
         Interleave(W::kOrder == kBGR ? b : r, g, W::kOrder == kBGR ? r : b, p);
         StorePixels<kStream, W::kBytes>(d, p);
     }
@@ -401,7 +423,7 @@ struct SYuv444 {
         using L = TLayout444<R>;
         __m128i c[3], b, g, r, p[4];
         Deinterleave3(s, c[0], c[1], c[2]);
-        YuvPlanes444<VYuv, typename L::K>(c[L::kY], c[L::kU], c[L::kV], b, g, r);
+        YuvPlanes444<VSse2, typename L::K>(c[L::kY], c[L::kU], c[L::kV], b, g, r);
         Interleave(W::kOrder == kBGR ? b : r, g, W::kOrder == kBGR ? r : b, p);
         StorePixels<kStream, W::kBytes>(d, p);
     }
@@ -426,33 +448,6 @@ struct SGrey32 {
         const __m128i hi = _mm_packs_epi32(Grey(Load(s + 32)), Grey(Load(s + 48)));
         Store<kStream>(d, _mm_packus_epi16(lo, hi));
     }
-};
-
-// The registers of convert_steps.h: 16 bytes.
-struct VSteps {
-    using T = __m128i;
-    static constexpr int kBytes = 16;
-    static T Load(const uint8_t* p) { return sse2::Load(p); }
-    template <bool kStream>
-    static void Store(uint8_t* p, T v)
-    {
-        sse2::Store<kStream>(p, v);
-    }
-    static T And(T a, T b) { return _mm_and_si128(a, b); }
-    static T Or(T a, T b) { return _mm_or_si128(a, b); }
-    static T Set32(int32_t v) { return _mm_set1_epi32(v); }
-    static T MAdd16(T a, T b) { return _mm_madd_epi16(a, b); }
-    template <int k>
-    static T Slli32(T v)
-    {
-        return _mm_slli_epi32(v, k);
-    }
-    template <int k>
-    static T Srai32(T v)
-    {
-        return _mm_srai_epi32(v, k);
-    }
-    static T PackS32(T a, T b) { return _mm_packs_epi32(a, b); }
 };
 
 // 16 pixels of 3 bytes in the order O to 15-bit (k565 false) or 16-bit words, as Pack555 and Pack565 do, 8 at a
@@ -696,9 +691,9 @@ KAIP_SSE2_ENTRY(Convert_BGR24_to_BGR15, RBGR24, WBGR15, SBytesToShort<false, kBG
 KAIP_SSE2_ENTRY(Convert_RGB24_to_BGR15, RRGB24, WBGR15, SBytesToShort<false, kRGB>)
 KAIP_SSE2_ENTRY(Convert_BGR24_to_BGR16, RBGR24, WBGR16, SBytesToShort<true, kBGR>)
 KAIP_SSE2_ENTRY(Convert_RGB24_to_BGR16, RRGB24, WBGR16, SBytesToShort<true, kRGB>)
-KAIP_SSE2_ENTRY(Convert_BGR32_to_BGR15, RBGR32, WBGR15, SBytes4ToShort<VSteps, false, kBGR>)
-KAIP_SSE2_ENTRY(Convert_RGB32_to_BGR15, RRGB32, WBGR15, SBytes4ToShort<VSteps, false, kRGB>)
-KAIP_SSE2_ENTRY(Convert_BGR32_to_BGR16, RBGR32, WBGR16, SBytes4ToShort<VSteps, true, kBGR>)
-KAIP_SSE2_ENTRY(Convert_RGB32_to_BGR16, RRGB32, WBGR16, SBytes4ToShort<VSteps, true, kRGB>)
+KAIP_SSE2_ENTRY(Convert_BGR32_to_BGR15, RBGR32, WBGR15, SBytes4ToShort<VSse2, false, kBGR>)
+KAIP_SSE2_ENTRY(Convert_RGB32_to_BGR15, RRGB32, WBGR15, SBytes4ToShort<VSse2, false, kRGB>)
+KAIP_SSE2_ENTRY(Convert_BGR32_to_BGR16, RBGR32, WBGR16, SBytes4ToShort<VSse2, true, kBGR>)
+KAIP_SSE2_ENTRY(Convert_RGB32_to_BGR16, RRGB32, WBGR16, SBytes4ToShort<VSse2, true, kRGB>)
 
 }  // namespace convert::sse2

@@ -34,7 +34,7 @@ struct KSteps {
 };
 
 // V gives: the register type T and its size kBytes; Load, Store<kStream>; And, Or, Set32; MAdd16 (the signed
-// products of 16-bit lanes summed in pairs into 32 bits); Slli32<k>, Srai32<k>; PackS32 (the 32-bit lanes of
+// products of 16-bit lanes summed in pairs into 32 bits); Sll32<k>, Sra32<k>; PackS32 (the 32-bit lanes of
 // two registers to 16 bits with signed saturation, in pixel order).
 
 // 4 registers of pixels of 4 bytes in the order O to 15-bit (k565 false) or 16-bit words, as Pack555 and
@@ -53,7 +53,7 @@ struct SBytes4ToShort {
         const T top5 = V::And(v, V::Set32(0x00F800F8));
         const T sum = V::MAdd16(top5, V::Set32(O == kBGR ? kRed << 16 | kBlue : kBlue << 16 | kRed));
         const T green = V::And(v, V::Set32(((1 << kGreenBits) - 1) << (16 - kGreenBits)));
-        return V::template Srai32<16>(V::template Slli32<16 - kUp>(V::Or(sum, green)));
+        return V::template Sra32<16>(V::template Sll32<16 - kUp>(V::Or(sum, green)));
     }
     template <bool kStream>
     KAIP_VECTOR_TARGET void Run(const uint8_t* s, uint8_t* d) const

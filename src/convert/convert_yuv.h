@@ -10,7 +10,7 @@ namespace {
 
 // V gives: the register type T; Set16, Zero; UnpackLo8 and UnpackHi8 (bytes of two registers interleaved, per
 // lane); on 16-bit lanes Add16, Sub16, AddS16 (signed, saturating), MulLo16, MulHiU16 (the high word of the
-// unsigned product), Avg16 (unsigned, rounded up) and Srai16<k>; PackUS16 (the words of two registers to bytes
+// unsigned product), Avg16 (unsigned, rounded up) and Sra16<k>; PackUS16 (the words of two registers to bytes
 // with unsigned saturation, in the instruction's own order); Luma<kLumaFirst>(s), the luma of each pixel of a
 // register of 4:2:2 as a word, and Chroma<kLumaFirst>(s, u, v), the U and V of each pixel's pair as the high
 // byte of a word (luma at the even bytes when kLumaFirst, U before V).
@@ -64,15 +64,15 @@ KAIP_VECTOR_TARGET inline void YuvWords(typename V::T y, typename V::T u, typena
             gv = V::MulHiU16(v, V::Set16(int16_t(-256 * K::kGV)));
     const R dG = V::Sub16(V::Set16(int16_t(T::kG)), V::Avg16(gu, gv));
     if constexpr (T::kSeparable) {
-        r = V::Add16(y, V::template Srai16<7>(dR));
-        g = V::Add16(y, V::template Srai16<7>(dG));
-        b = V::Add16(y, V::template Srai16<7>(dB));
+        r = V::Add16(y, V::template Sra16<7>(dR));
+        g = V::Add16(y, V::template Sra16<7>(dG));
+        b = V::Add16(y, V::template Sra16<7>(dB));
     } else {
         const R p = V::Sub16(V::MulLo16(y, V::Set16(int16_t(T::kHalfY))), V::Set16(int16_t(T::kLumaOff)));
-        r = V::template Srai16<7>(V::AddS16(p, dR));
-        g = V::template Srai16<7>(V::AddS16(p, dG));
+        r = V::template Sra16<7>(V::AddS16(p, dR));
+        g = V::template Sra16<7>(V::AddS16(p, dG));
         const R hb = V::AddS16(p, dB);
-        b = V::template Srai16<7>(T::kSplitB ? V::AddS16(hb, dB) : hb);
+        b = V::template Sra16<7>(T::kSplitB ? V::AddS16(hb, dB) : hb);
     }
 }
 
