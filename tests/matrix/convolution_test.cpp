@@ -170,7 +170,9 @@ TEST(Apply3x3Filters, RefusalsAndTheirLogLines)
         EXPECT_EQ(Bytes(*src), srcBefore);
         EXPECT_EQ(Bytes(*dst), dstBefore);
         const auto lines = log.Lines();
-        if (c.line) EXPECT_NE(std::find(lines.begin(), lines.end(), c.line), lines.end());
+        if (c.line) {
+            EXPECT_NE(std::find(lines.begin(), lines.end(), c.line), lines.end());
+        }
     }
 }
 
