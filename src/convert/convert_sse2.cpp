@@ -124,11 +124,10 @@ inline void StorePixels(uint8_t* d, const __m128i p[4])
     }
 }
 
-// The word shuffle control that puts words a, b, c, d of a 64-bit half in its lanes 0-3.
-constexpr int Pick(int a, int b, int c, int d)
-{
-    return a | b << 2 | c << 4 | d << 6;
-}
+// The word shuffle control that puts words a, b, c, d of a 64-bit half in its lanes 0-3 (a constant, as the
+// shuffles' immediate operand must be one in unoptimised builds too).
+template <int a, int b, int c, int d>
+constexpr int kPick = a | b << 2 | c << 4 | d << 6;
 
 // The words of 16 pixels (a: pixels 0-7, b: 8-15) set out for the three 16-byte chunks of their 3-byte
 // destination pixels: lane j of lo[c] holds the word of the pixel that destination byte 2 (8c + j) belongs to,
@@ -136,16 +135,16 @@ constexpr int Pick(int a, int b, int c, int d)
 // brings the half's pixels in.
 inline void SpreadWords3(__m128i a, __m128i b, __m128i lo[3], __m128i hi[3])
 {
-    const __m128i t0 = _mm_shuffle_epi32(a, Pick(0, 1, 1, 2));  // pixels 0-3 | 2-5
+    const __m128i t0 = _mm_shuffle_epi32(a, (kPick<0, 1, 1, 2>));  // pixels 0-3 | 2-5
     const __m128i t1 = _mm_castps_si128(
-        _mm_shuffle_ps(_mm_castsi128_ps(a), _mm_castsi128_ps(b), Pick(2, 3, 0, 1)));  // pixels 4-7 | 8-11
-    const __m128i t2 = _mm_shuffle_epi32(b, Pick(1, 2, 2, 3));                        // pixels 10-13 | 12-15
-    lo[0] = _mm_shufflehi_epi16(_mm_shufflelo_epi16(t0, Pick(0, 0, 1, 2)), Pick(0, 1, 2, 2));
-    hi[0] = _mm_shufflehi_epi16(_mm_shufflelo_epi16(t0, Pick(0, 1, 1, 2)), Pick(1, 1, 2, 3));
-    lo[1] = _mm_shufflehi_epi16(_mm_shufflelo_epi16(t1, Pick(1, 2, 2, 3)), Pick(0, 0, 1, 2));
-    hi[1] = _mm_shufflehi_epi16(_mm_shufflelo_epi16(t1, Pick(1, 2, 3, 3)), Pick(0, 1, 1, 2));
-    lo[2] = _mm_shufflehi_epi16(_mm_shufflelo_epi16(t2, Pick(0, 1, 2, 2)), Pick(1, 2, 2, 3));
-    hi[2] = _mm_shufflehi_epi16(_mm_shufflelo_epi16(t2, Pick(1, 1, 2, 3)), Pick(1, 2, 3, 3));
+        _mm_shuffle_ps(_mm_castsi128_ps(a), _mm_castsi128_ps(b), (kPick<2, 3, 0, 1>)));  // pixels 4-7 | 8-11
+    const __m128i t2 = _mm_shuffle_epi32(b, (kPick<1, 2, 2, 3>));                        // pixels 10-13 | 12-15
+    lo[0] = _mm_shufflehi_epi16(_mm_shufflelo_epi16(t0, (kPick<0, 0, 1, 2>)), (kPick<0, 1, 2, 2>));
+    hi[0] = _mm_shufflehi_epi16(_mm_shufflelo_epi16(t0, (kPick<0, 1, 1, 2>)), (kPick<1, 1, 2, 3>));
+    lo[1] = _mm_shufflehi_epi16(_mm_shufflelo_epi16(t1, (kPick<1, 2, 2, 3>)), (kPick<0, 0, 1, 2>));
+    hi[1] = _mm_shufflehi_epi16(_mm_shufflelo_epi16(t1, (kPick<1, 2, 3, 3>)), (kPick<0, 1, 1, 2>));
+    lo[2] = _mm_shufflehi_epi16(_mm_shufflelo_epi16(t2, (kPick<0, 1, 2, 2>)), (kPick<1, 2, 2, 3>));
+    hi[2] = _mm_shufflehi_epi16(_mm_shufflelo_epi16(t2, (kPick<1, 1, 2, 3>)), (kPick<1, 2, 3, 3>));
 }
 
 // 16 grey bytes to 16 pixels g, g, g (and 0 for 4 bytes). Three bytes: each pixel's grey doubled into a word,
@@ -175,7 +174,7 @@ struct SMono8ToBytes {
 // give bytes 0 and 2, the lane itself byte 1.
 inline __m128i SwapRB(__m128i v)
 {
-    const __m128i swapped = _mm_shufflehi_epi16(_mm_shufflelo_epi16(v, Pick(1, 0, 3, 2)), Pick(1, 0, 3, 2));
+    const __m128i swapped = _mm_shufflehi_epi16(_mm_shufflelo_epi16(v, (kPick<1, 0, 3, 2>)), (kPick<1, 0, 3, 2>));
     return _mm_or_si128(_mm_and_si128(swapped, _mm_set1_epi32(0xFF00FF)), _mm_and_si128(v, _mm_set1_epi32(0xFF00)));
 }
 
