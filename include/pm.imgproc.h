@@ -581,7 +581,8 @@ KAIP_API KaipStatus KaipApplyLut(KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgI
  * middle row of an odd height keeps its order and, with a LUT, is mapped twice (its centre
  * pixel once).
  * Into a destination with both directions 0 and no LUT each line is copied whole, padding
- * included (as many bytes as the shorter of the two line increments).
+ * included (as many bytes as the shorter of the two line increments). A destination must not
+ * share memory with the source: to mirror in place, pass a null pDstImgInfo.
  * Returns 0, the statuses of the common checks (KASTATUS_KAIP_INVALID_SRC_POINTER,
  * _IMGINFO_NOT_INITIALIZED, _SRC_NOT_ALLOCATED, _UNSUPPORTED_SRC_PIXEL_FORMAT,
  * _COLOR_PLANES_NOT_SUPPORTED, _INCOMPATIBLE_SIZE, _INCOMPATIBLE_SRC_DST_PIXEL_FORMAT,
