@@ -358,19 +358,16 @@ int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRevers
                     KMonoWordToMono8{dwWidth, dwSrcBits});
 }
 
-#define KAIP_DEFINE_YUV422_CONVERTER(name, R, W)                                         \
+// The 4:2:2 and 4:4:4 colour converters, S the family's step.
+#define KAIP_DEFINE_YUV_CONVERTER(S, name, R, W)                                         \
     int name(KAIP_LINE_PARAMS, bool bReverseLines)                                       \
     {                                                                                    \
         return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
-                        KCached<KPlanes<SYuv422<R>, R, W>>{{dwWidth}});                  \
+                        KCached<KPlanes<S<R>, R, W>>{{dwWidth}});                        \
     }
+#define KAIP_DEFINE_YUV422_CONVERTER(name, R, W) KAIP_DEFINE_YUV_CONVERTER(SYuv422, name, R, W)
+#define KAIP_DEFINE_YUV444_CONVERTER(name, R, W) KAIP_DEFINE_YUV_CONVERTER(SYuv444, name, R, W)
 KAIP_YUV422_CONVERTERS(KAIP_DEFINE_YUV422_CONVERTER)
-#define KAIP_DEFINE_YUV444_CONVERTER(name, R, W)                                         \
-    int name(KAIP_LINE_PARAMS, bool bReverseLines)                                       \
-    {                                                                                    \
-        return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
-                        KCached<KPlanes<SYuv444<R>, R, W>>{{dwWidth}});                  \
-    }
 KAIP_YUV444_CONVERTERS(KAIP_DEFINE_YUV444_CONVERTER)
 
 // The 15/16-bit to 24/32-bit members of KAIP_VECTOR_MEMBERS.
