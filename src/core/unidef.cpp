@@ -2,7 +2,7 @@
 #include "core/unidef.h"
 
 #include <algorithm>
-#include <cstring>
+#include <cstdio>
 
 #include "core/log.h"
 #include "platform/cpu.h"
@@ -31,8 +31,7 @@ SSEChecker::SSEChecker()
 
 void SSEChecker::SSEReadConfiguration()
 {
-    std::strncpy(m_szIniFile, KaOsGetTesseraIniFile(), sizeof m_szIniFile);
-    m_szIniFile[sizeof m_szIniFile - 1] = '\0';
+    std::snprintf(m_szIniFile, sizeof m_szIniFile, "%s", KaOsGetTesseraIniFile());
     m_qwIniModificationTime = KaOsGetFileModificationTime(m_szIniFile);
     KaIniHandle hIni = KaIniOpen(";");
     if (KaIniLoad(hIni, m_szIniFile)) {
