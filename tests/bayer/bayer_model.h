@@ -1,4 +1,5 @@
-// bayer_model.h: a per-pixel reference of the Bayer decoders, written from their rules, and test images.
+// bayer_model.h: a per-pixel reference of the Bayer decoders, written from their rules, test images and the
+// model runs the decoders share.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -112,8 +113,9 @@ inline Px Bilinear(const Mosaic& m, const Outputs& o, uint32_t x, uint32_t y)
     }
 }
 
-// Nearest neighbour: block of lines y-1, y and columns x-1, x; green from line y.
-inline Px Nearest(const Mosaic& m, const Outputs& o, uint32_t x, uint32_t y, bool rgbDst)
+// Nearest neighbour: block of lines y-1, y and columns x-1, x; green from line y. Unlike the frame,
+// the interior follows the destination's order.
+inline Px Nearest(const Mosaic& m, const Outputs& o, uint32_t x, uint32_t y)
 {
     if (IsFrame(m, x, y)) return FramePx(m, o, x, y);
     uint32_t val[3] = {0, 0, 0};
@@ -124,7 +126,7 @@ inline Px Nearest(const Mosaic& m, const Outputs& o, uint32_t x, uint32_t y, boo
         }
     }
     const uint32_t mk = Mask(m, 1);
-    return {o.c[R][val[R] & mk], o.c[G][val[G] & mk], o.c[B][val[B] & mk], !rgbDst};
+    return {o.c[R][val[R] & mk], o.c[G][val[G] & mk], o.c[B][val[B] & mk], false};
 }
 
 // Green to greyscale: interior green as it is (scaled), red/blue the mean of the four direct
@@ -174,19 +176,19 @@ struct BayerImage {
         FillRandom(img->buffer.data(), img->buffer.size(), seed ^ 0x9e3779b9u);
         m.v.resize(size_t(w) * h);
         for (uint32_t y = 0; y < h; ++y) {
-            uint8_t* line = img->buffer.data() + size_t(y) * img->info.LineIncrement;
             for (uint32_t x = 0; x < w; ++x) {
-                uint32_t v = gen() & ((1u << bits) - 1);
-                if (bits > 8 && gen() % 8 == 0) v = gen() & 0xFFFF;
-                m.v[size_t(y) * w + x] = v;
-                if (bits == 8) {
-                    line[x] = uint8_t(v);
-                } else {
-                    line[2 * x] = uint8_t(v);
-                    line[2 * x + 1] = uint8_t(v >> 8);
-                }
+                const uint32_t v = gen() & ((1u << bits) - 1);
+                Set(x, y, bits > 8 && gen() % 8 == 0 ? gen() & 0xFFFF : v);
             }
         }
+    }
+    // Stores sample (x, y) in the model and in the image.
+    void Set(uint32_t x, uint32_t y, uint32_t v)
+    {
+        m.v[size_t(y) * m.w + x] = v;
+        uint8_t* p = img->buffer.data() + size_t(y) * img->info.LineIncrement + x * (m.bits == 8 ? 1 : 2);
+        p[0] = uint8_t(v);
+        if (m.bits > 8) p[1] = uint8_t(v >> 8);
     }
 };
 
@@ -325,6 +327,14 @@ inline const std::vector<Size>& Sizes()
     return sizes;
 }
 
+// Sizes from the smallest (frames only) past a 5x5 support to a few larger odd ones.
+inline const std::vector<Size>& WindowSizes()
+{
+    static const std::vector<Size> sizes{{2, 2}, {3, 3}, {4, 4}, {5, 5}, {2, 5},   {5, 3},
+                                         {6, 5}, {5, 8}, {7, 6}, {9, 9}, {33, 17}, {70, 41}};
+    return sizes;
+}
+
 // Calls f(mosaic) for every depth, pattern and size with a seed of its own, traced so a
 // failure names its case; stops at the first fatal failure.
 template <class F>
@@ -341,6 +351,65 @@ void ForEachMosaic(const std::vector<Size>& sizes, uint32_t salt, F f)
                 if (::testing::Test::HasFatalFailure()) return;
             }
         }
+    }
+}
+
+// ---- runs shared by the decoders ----
+
+using Decoder = KaipStatus (*)(const KaipImgInfo*, KaipImgInfo*, uint32_t, uint32_t, KaipHLut);
+using PixelModel = Px (*)(const Mosaic&, const Outputs&, uint32_t, uint32_t);
+
+struct DstFormat {
+    uint32_t code, bytes;
+    bool rgb;  // red first
+};
+constexpr DstFormat kBgr8{KaipPixelFormat_BGR8Packed, 3, false}, kBgra8{KaipPixelFormat_BGRA8Packed, 4, false};
+constexpr DstFormat kRgb8{KaipPixelFormat_RGB8Packed, 3, true}, kRgba8{KaipPixelFormat_RGBA8Packed, 4, true};
+
+// Random mosaics of every depth, pattern and size, three LUTs and the given destinations, compared
+// byte for byte (padding included) with the model.
+inline void ExpectMatchesModel(Decoder decode, PixelModel model, const std::vector<Size>& sizes = WindowSizes(),
+                               std::initializer_list<DstFormat> dsts = {kBgr8, kBgra8})
+{
+    for (LutKind kind : {LutKind::Identity, LutKind::Global, LutKind::Custom}) {
+        const TestLut lut(kind, 4321);
+        for (DstFormat f : dsts) {
+            SCOPED_TRACE(std::string(Name(kind)) + " dst " + std::to_string(f.code));
+            ForEachMosaic(sizes, 17 * f.bytes, [&](const BayerImage& src) {
+                auto dst = Destination(src.m.w, src.m.h, f.code, f.bytes);
+                ASSERT_EQ(decode(&src.img->info, &dst->info, f.code, 0, lut.handle), 0);
+                const auto want = Expected(*dst, f.bytes, f.rgb, [&](uint32_t x, uint32_t y) {
+                    return model(src.m, lut.of(src.m.bits), x, y);
+                });
+                ASSERT_EQ(FirstDifference(*dst, f.bytes, want), "");
+            });
+            if (::testing::Test::HasFatalFailure()) return;
+        }
+    }
+}
+
+// LUTs without both Bayer flags are refused at every depth, and so are the red-first
+// destinations, before anything is written.
+inline void ExpectLutAndDestinationRefusals(Decoder decode)
+{
+    for (uint32_t bits : {8u, 10u, 12u}) {
+        for (uint32_t type : {KAIP_LUT_BAYER, KAIP_LUT_BAYER_16, 0u, bits | KAIP_LUT_BAYER}) {
+            const KaipHLut h = KaipAllocateLut(type);
+            ASSERT_NE(h, nullptr);
+            BayerImage src(7, 6, bits, false, true, bits);
+            auto dst = Destination(7, 6, KaipPixelFormat_BGR8Packed, 3);
+            EXPECT_EQ(decode(&src.img->info, &dst->info, KaipPixelFormat_BGR8Packed, 0, h),
+                      KASTATUS_KAIP_INVALID_LUT_TYPE)
+                << "bits " << bits << " type " << type;
+            EXPECT_EQ(FirstDifference(*dst, 3, std::vector<uint8_t>(dst->buffer.size(), kSentinel)), "");
+            KaipFreeLut(h);
+        }
+    }
+    BayerImage src(6, 6, 8, true, false, 1);
+    for (uint32_t f : {KaipPixelFormat_RGB8Packed, KaipPixelFormat_RGBA8Packed, KaipPixelFormat_Mono8}) {
+        auto dst = Destination(6, 6, f, 4);
+        EXPECT_EQ(decode(&src.img->info, &dst->info, f, KaipOption_ReallocateDst, nullptr),
+                  KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT);
     }
 }
 

@@ -1,5 +1,5 @@
 // interpolation_model.h: per-pixel references of the 5x5 decoders (gradient-corrected bilinear, variable
-// gradients, pixel grouping) and the test run they share.
+// gradients, pixel grouping) and the test runs they share.
 #pragma once
 
 #include <algorithm>
@@ -220,18 +220,7 @@ inline Px PixelGrouping(const Mosaic& m, const Outputs& o, uint32_t x, uint32_t 
     });
 }
 
-// ---- the shared test run ----
-
-using Decoder = KaipStatus (*)(const KaipImgInfo*, KaipImgInfo*, uint32_t, uint32_t, KaipHLut);
-using PixelModel = Px (*)(const Mosaic&, const Outputs&, uint32_t, uint32_t);
-
-// Sizes from the smallest (frames only) past the 5x5 support to a few larger odd ones.
-inline const std::vector<Size>& WindowSizes()
-{
-    static const std::vector<Size> sizes{{2, 2}, {3, 3}, {4, 4}, {5, 5}, {2, 5},   {5, 3},
-                                         {6, 5}, {5, 8}, {7, 6}, {9, 9}, {33, 17}, {70, 41}};
-    return sizes;
-}
+// ---- runs shared by the 5x5 decoders ----
 
 // Every width 2..64 (each position at which a vector block can end, lines starting with either
 // site) at heights 5 to 11, and a few long lines: for decoders with vector copies.
@@ -246,30 +235,6 @@ inline const std::vector<Size>& EveryWidthSizes()
     return sizes;
 }
 
-// Random mosaics of every depth, pattern and size, three LUTs and both destinations, compared
-// byte for byte (padding included) with the model.
-inline void ExpectMatchesModel(Decoder decode, PixelModel model, const std::vector<Size>& sizes = WindowSizes())
-{
-    struct DstFormat {
-        uint32_t code, bytes;
-    };
-    for (LutKind kind : {LutKind::Identity, LutKind::Global, LutKind::Custom}) {
-        const TestLut lut(kind, 4321);
-        for (DstFormat f : {DstFormat{KaipPixelFormat_BGR8Packed, 3}, DstFormat{KaipPixelFormat_BGRA8Packed, 4}}) {
-            SCOPED_TRACE(std::string(Name(kind)) + " dst bytes " + std::to_string(f.bytes));
-            ForEachMosaic(sizes, 17 * f.bytes, [&](const BayerImage& src) {
-                auto dst = Destination(src.m.w, src.m.h, f.code, f.bytes);
-                ASSERT_EQ(decode(&src.img->info, &dst->info, f.code, 0, lut.handle), 0);
-                const auto want = Expected(*dst, f.bytes, false, [&](uint32_t x, uint32_t y) {
-                    return model(src.m, lut.of(src.m.bits), x, y);
-                });
-                ASSERT_EQ(FirstDifference(*dst, f.bytes, want), "");
-            });
-            if (::testing::Test::HasFatalFailure()) return;
-        }
-    }
-}
-
 // A uniform mosaic decodes to its grey everywhere; a horizontal or vertical grey ramp (five
 // steps per column or line) stays that ramp inside the outer ring, whose 2x2 blocks shift it.
 inline void ExpectFlatAndRampExact(Decoder decode)
@@ -280,17 +245,8 @@ inline void ExpectFlatAndRampExact(Decoder decode)
                 const uint32_t w = ramp == 2 ? 9 : 40, h = ramp == 2 ? 40 : 9, shift = bits - 8;
                 auto grey = [ramp](uint32_t x, uint32_t y) { return ramp == 0 ? 77 : 30 + 5 * (ramp == 1 ? x : y); };
                 BayerImage src(w, h, bits, pattern & 2, pattern & 1, 1);
-                for (uint32_t y = 0; y < h; ++y) {
-                    for (uint32_t x = 0; x < w; ++x) {
-                        const uint32_t v = grey(x, y) << shift;
-                        uint8_t* p = src.img->buffer.data() + size_t(y) * src.img->info.LineIncrement;
-                        if (bits == 8) {
-                            p[x] = uint8_t(v);
-                        } else {
-                            p[2 * x] = uint8_t(v), p[2 * x + 1] = uint8_t(v >> 8);
-                        }
-                    }
-                }
+                for (uint32_t y = 0; y < h; ++y)
+                    for (uint32_t x = 0; x < w; ++x) src.Set(x, y, grey(x, y) << shift);
                 auto dst = Destination(w, h, KaipPixelFormat_BGR8Packed, 3);
                 ASSERT_EQ(decode(&src.img->info, &dst->info, KaipPixelFormat_BGR8Packed, 0, nullptr), 0);
                 for (uint32_t y = 0; y < h; ++y) {
@@ -305,31 +261,6 @@ inline void ExpectFlatAndRampExact(Decoder decode)
                 }
             }
         }
-    }
-}
-
-// LUTs without both Bayer flags are refused at every depth, and so are the red-first
-// destinations, before anything is written.
-inline void ExpectLutAndDestinationRefusals(Decoder decode)
-{
-    for (uint32_t bits : {8u, 10u, 12u}) {
-        for (uint32_t type : {KAIP_LUT_BAYER, KAIP_LUT_BAYER_16, 0u, bits | KAIP_LUT_BAYER}) {
-            const KaipHLut h = KaipAllocateLut(type);
-            ASSERT_NE(h, nullptr);
-            BayerImage src(7, 6, bits, false, true, bits);
-            auto dst = Destination(7, 6, KaipPixelFormat_BGR8Packed, 3);
-            EXPECT_EQ(decode(&src.img->info, &dst->info, KaipPixelFormat_BGR8Packed, 0, h),
-                      KASTATUS_KAIP_INVALID_LUT_TYPE)
-                << "bits " << bits << " type " << type;
-            EXPECT_EQ(FirstDifference(*dst, 3, std::vector<uint8_t>(dst->buffer.size(), kSentinel)), "");
-            KaipFreeLut(h);
-        }
-    }
-    BayerImage src(6, 6, 8, true, false, 1);
-    for (uint32_t f : {KaipPixelFormat_RGB8Packed, KaipPixelFormat_RGBA8Packed, KaipPixelFormat_Mono8}) {
-        auto dst = Destination(6, 6, f, 4);
-        EXPECT_EQ(decode(&src.img->info, &dst->info, f, KaipOption_ReallocateDst, nullptr),
-                  KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT);
     }
 }
 
