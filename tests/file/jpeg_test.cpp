@@ -219,12 +219,6 @@ TEST(JpegHostile, RefusedFiles)
     FillGradient(src, 3);
     ASSERT_EQ(0, KaipSaveToJpeg(path.c_str(), &src.info, 90));
     const std::vector<uint8_t> good = ReadBytes(path);
-    for (size_t cut : {size_t(0), size_t(1), size_t(2), size_t(20), size_t(200), good.size() / 2, good.size() - 2}) {
-        WriteBytes(path, std::vector<uint8_t>(good.begin(), good.begin() + long(cut)));
-        Loaded loaded;
-        EXPECT_EQ(KASTATUS_KAIP_JPEG_LOAD_FAILED, KaipLoadFromJpeg(path.c_str(), &loaded.info, 0x1000))
-            << "cut at " << cut;
-    }
     WriteBytes(path, RandomBytes(500, 8));
     EXPECT_EQ(KASTATUS_KAIP_JPEG_LOAD_FAILED, KaipLoadFromJpeg(path.c_str(), &img, 0x1000));
     // A frame header of 65500 x 65500 colour pixels, and one of 20000 x 20000 (which fits the 32-bit

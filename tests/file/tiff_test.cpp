@@ -129,26 +129,24 @@ TEST(TiffFile, ExactBytesAndRoundTrips)
             const uint32_t lineInc = w * f.pixelIncrement + ((trial & 4) ? gen() % 7 : 0);
             const uint32_t flags = (trial & 1) ? KaipImgFlag_BottomUp : 0, options = (trial & 2) ? 0x2000 : 0;
             TestImage src(w, h, f.format, f.pixelIncrement, lineInc, flags, seed + n++);
-            const std::string what = "seed " + std::to_string(seed) + " format " + std::to_string(f.format) + " " +
-                                     std::to_string(w) + "x" + std::to_string(h) + " lineInc " +
-                                     std::to_string(lineInc) + " flags " + std::to_string(flags) + " options " +
-                                     std::to_string(options);
-            ASSERT_EQ(0, KaipSaveToTiff(path.c_str(), &src.info, options)) << what;
+            SCOPED_TRACE(testing::Message() << "seed " << seed << " format " << f.format << " " << w << "x" << h
+                                            << " lineInc " << lineInc << " flags " << flags << " options " << options);
+            ASSERT_EQ(0, KaipSaveToTiff(path.c_str(), &src.info, options));
             const std::vector<uint8_t> expected = ExpectedTiff(src, f, options), actual = ReadBytes(path);
-            ASSERT_EQ(expected.size(), actual.size()) << what;
-            for (size_t i = 0; i < actual.size(); ++i) ASSERT_EQ(expected[i], actual[i]) << what << " byte " << i;
+            ASSERT_EQ(expected.size(), actual.size());
+            for (size_t i = 0; i < actual.size(); ++i) ASSERT_EQ(expected[i], actual[i]) << "byte " << i;
 
             Loaded img;
             img.info.PixelFormat = KaipPixelFormat_RGB8Packed;  // colour files keep the caller's preset
             img.info.Flags = KaipImgFlag_BottomUp;
-            ASSERT_EQ(0, KaipLoadFromTiff(path.c_str(), &img.info)) << what;
-            EXPECT_EQ(LoadedFormat(f, options), img.info.PixelFormat) << what;
+            ASSERT_EQ(0, KaipLoadFromTiff(path.c_str(), &img.info));
+            EXPECT_EQ(LoadedFormat(f, options), img.info.PixelFormat);
             EXPECT_EQ(w, img.info.Width);
             EXPECT_EQ(h, img.info.Height);
-            EXPECT_EQ(uint32_t(KaipImgFlag_DataAllocated), img.info.Flags) << what;
+            EXPECT_EQ(uint32_t(KaipImgFlag_DataAllocated), img.info.Flags);
             const size_t offset = f.colour ? 228 : 210;
-            ASSERT_EQ(actual.size() - offset, size_t(img.info.LineIncrement) * h) << what;
-            EXPECT_EQ(0, std::memcmp(actual.data() + offset, img.info.pData, actual.size() - offset)) << what;
+            ASSERT_EQ(actual.size() - offset, size_t(img.info.LineIncrement) * h);
+            EXPECT_EQ(0, std::memcmp(actual.data() + offset, img.info.pData, actual.size() - offset));
         }
     }
 }
@@ -190,7 +188,8 @@ TEST(TiffFile, SaveFailures)
     EXPECT_EQ(1u, dir.Count());
 }
 
-TEST(TiffHostile, WrongTagsAndCuts)
+// Fields other writers fill otherwise, one at a time (the cuts at every byte are in tests/hostile).
+TEST(TiffHostile, WrongTags)
 {
     TempDir dir;
     const std::string path = dir / "h.tif";
@@ -200,46 +199,42 @@ TEST(TiffHostile, WrongTagsAndCuts)
     ASSERT_EQ(0, KaipSaveToTiff(path.c_str(), &colour.info, 0));
     const std::vector<uint8_t> c = ReadBytes(path);
     // Entry i sits at 10 + 12 i: type at +2, count at +4, value at +8.
-    auto with = [](std::vector<uint8_t> b, size_t at, uint32_t v, int size) {
-        size == 2 ? Put16(b, at, v) : Put32(b, at, v);
-        return b;
-    };
     auto entry = [](int i, int field) { return size_t(10 + 12 * i + field); };
     struct {
         const char* name;
         std::vector<uint8_t> bytes;
         KaipStatus status;
     } const cases[] = {
-        {"big-endian", with(g, 0, 0x4D4D, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"not 42", with(g, 2, 43, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"directory elsewhere", with(g, 4, 16, 4), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"33 tags", with(g, 8, 33, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"no tags", with(g, 8, 0, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"subfile 1", with(g, entry(0, 8), 1, 4), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"width short", with(g, entry(1, 2), 3, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"width 0", with(g, entry(1, 8), 0, 4), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"bits count 2", with(g, entry(3, 4), 2, 4), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"bits 8 max 4095", with(g, entry(3, 8), 8, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"compressed", with(g, entry(4, 8), 5, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"white is zero", with(g, entry(5, 8), 0, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"grey says RGB", with(g, entry(5, 8), 2, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"offset inside directory", with(g, entry(6, 8), 20, 4), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"offset past end", with(g, entry(6, 8), 0xFFFFFF00u, 4), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"samples 2", with(g, entry(7, 8), 2, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"two strips", with(g, entry(8, 8), 1, 4), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"byte count", with(g, entry(9, 8), 11, 4), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"min 1", with(g, entry(10, 8), 1, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"max long", with(g, entry(11, 2), 4, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"max 200 in words", with(g, entry(11, 8), 200, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"planar 2", with(c, entry(14, 8), 2, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"RGB 16 bits", with(c, 222, 16, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"RGB bits outside", with(c, entry(3, 8), 0xFFFFFFF0u, 4), KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"RGB max 4095", with(c, entry(11, 8), 4095, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"big-endian", With(g, 0, 0x4D4D, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"not 42", With(g, 2, 43, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"directory elsewhere", With(g, 4, 16), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"33 tags", With(g, 8, 33, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"no tags", With(g, 8, 0, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"subfile 1", With(g, entry(0, 8), 1, 4), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"width short", With(g, entry(1, 2), 3, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"width 0", With(g, entry(1, 8), 0, 4), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"bits count 2", With(g, entry(3, 4), 2, 4), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"bits 8 max 4095", With(g, entry(3, 8), 8, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"compressed", With(g, entry(4, 8), 5, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"white is zero", With(g, entry(5, 8), 0, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"grey says RGB", With(g, entry(5, 8), 2, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"offset inside directory", With(g, entry(6, 8), 20, 4), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"offset past end", With(g, entry(6, 8), 0xFFFFFF00u, 4), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"samples 2", With(g, entry(7, 8), 2, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"two strips", With(g, entry(8, 8), 1, 4), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"byte count", With(g, entry(9, 8), 11, 4), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"min 1", With(g, entry(10, 8), 1, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"max long", With(g, entry(11, 2), 4, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"max 200 in words", With(g, entry(11, 8), 200, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"planar 2", With(c, entry(14, 8), 2, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"RGB 16 bits", With(c, 222, 16, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"RGB bits outside", With(c, entry(3, 8), 0xFFFFFFF0u, 4), KASTATUS_KAIP_INVALID_TIFF_FILE},
+        {"RGB max 4095", With(c, entry(11, 8), 4095, 2), KASTATUS_KAIP_INVALID_TIFF_FILE},
         {"huge",
-         with(with(with(with(g, entry(1, 8), 0x10000, 4), entry(2, 8), 0x10000, 4), entry(8, 8), 0x10000, 4),
+         With(With(With(With(g, entry(1, 8), 0x10000, 4), entry(2, 8), 0x10000, 4), entry(8, 8), 0x10000, 4),
               entry(9, 8), 0, 4),
          KASTATUS_KAIP_INVALID_TIFF_FILE},
-        {"taller than the data", with(with(with(g, entry(2, 8), 3, 4), entry(8, 8), 3, 4), entry(9, 8), 18, 4),
+        {"taller than the data", With(With(With(g, entry(2, 8), 3, 4), entry(8, 8), 3, 4), entry(9, 8), 18, 4),
          KASTATUS_KAIP_CANNOT_OPEN_READ_FILE},
     };
     for (const auto& k : cases) {
@@ -249,16 +244,5 @@ TEST(TiffHostile, WrongTagsAndCuts)
         EXPECT_EQ(k.status, KaipLoadFromTiff(path.c_str(), &img)) << k.name;
         EXPECT_EQ(99u, img.Width) << k.name << ": descriptor touched";
         EXPECT_EQ(nullptr, img.pData) << k.name;
-    }
-    for (const std::vector<uint8_t>* file : {&g, &c}) {
-        const size_t dataOffset = file == &g ? 210 : 228;
-        for (size_t cut = 0; cut < file->size(); ++cut) {
-            WriteBytes(path, std::vector<uint8_t>(file->begin(), file->begin() + long(cut)));
-            KaipImgInfo img{};
-            const KaipStatus expected =
-                cut < 8 || cut >= dataOffset ? KASTATUS_KAIP_CANNOT_OPEN_READ_FILE : KASTATUS_KAIP_INVALID_TIFF_FILE;
-            EXPECT_EQ(expected, KaipLoadFromTiff(path.c_str(), &img)) << "cut at " << cut;
-            EXPECT_EQ(nullptr, img.pData);
-        }
     }
 }
