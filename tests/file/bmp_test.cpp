@@ -95,12 +95,7 @@ TEST(BmpInfo, ImgInfoToBmpInfoRefusals)
     EXPECT_EQ(40u, bmi.bmiHeader.biSize);  // the common fields are already written
     img.Height = 0x80000000u;
     EXPECT_EQ(KASTATUS_KAIP_INCOMPATIBLE_SIZE, KaipImgInfoToBmpInfo(&img, &bmi));
-    // The rest of the descriptor is pinned byte for byte by the saved files below.
-    ASSERT_EQ(0, KaipInitImgInfo(&img, 3, 2, KaipPixelFormat_BGR565Packed, KaipImgFlag_Align4 | KaipImgFlag_BottomUp));
-    ASSERT_EQ(0, KaipImgInfoToBmpInfo(&img, &bmi));
-    EXPECT_EQ(2, bmi.bmiHeader.biHeight);
-    EXPECT_EQ(16u, bmi.bmiHeader.biSizeImage);
-    EXPECT_EQ(0xF800u, uint32_t(bmi.bmiColors[0].rgbGreen) << 8);
+    // The descriptors it gives are pinned byte for byte by BmpFile.ExactBytesAndRoundTrips.
 }
 
 TEST(BmpInfo, BmpInfoToImgInfo)
@@ -113,13 +108,8 @@ TEST(BmpInfo, BmpInfoToImgInfo)
         KaipStatus status;
         uint32_t format, flags, lineIncrement;
     } const cases[] = {
-        {40, 8, 0, 5, 3, 0, KaipPixelFormat_Mono8, 6, 8},
-        {40, 8, 0, 5, -3, 0, KaipPixelFormat_Mono8, 4, 8},
+        // Every format and orientation the saver writes is also loaded by BmpFile.ExactBytesAndRoundTrips.
         {40, 8, 0, 5, 0, 0, KaipPixelFormat_Mono8, 4, 8},
-        {40, 16, 3, 3, 2, 0, KaipPixelFormat_BGR565Packed, 6, 8},
-        {40, 16, 0, 3, 2, 0, KaipPixelFormat_BGR555, 6, 8},
-        {40, 24, 0, 1, -1, 0, KaipPixelFormat_BGR8Packed, 4, 4},
-        {40, 32, 0, 3, 2, 0, KaipPixelFormat_BGRA8Packed, 6, 12},
         {40, 24, 3, 2, 2, 0, KaipPixelFormat_BGR8Packed, 6, 8},
         {12, 8, 0, 4, 4, KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, 0, 0, 0},
         {40, 8, 1, 4, 4, KASTATUS_KAIP_UNSUPPORTED_BMP_HEADER, 0, 0, 0},
