@@ -78,9 +78,16 @@ void MapLine(const uint8_t* s, uint8_t* d, size_t n, Map map, TMirrorBlocks bloc
     size_t x = 0;
     if constexpr (Reverse && kIsCopy<P, Map>)
         if (blocks.Reverse) x = blocks.Reverse(s, d, n);
-    if constexpr (Reverse && kIsWordReverse<P, Map>)
-        for (constexpr size_t k = kPerWord<P>; x + k <= n; x += k)
-            Store8(d + (n - x - k) * P, ReversePixels<P>(Load8(s + x * P)));
+    if constexpr (Reverse && kIsWordReverse<P, Map>) {
+        // Four words per step, all loaded before any is stored, keep the loads in flight.
+        constexpr size_t k = kPerWord<P>;
+        for (; x + 4 * k <= n; x += 4 * k) {
+            uint64_t v[4];
+            for (size_t i = 0; i < 4; ++i) v[i] = Load8(s + (x + i * k) * P);
+            for (size_t i = 0; i < 4; ++i) Store8(d + (n - x - (i + 1) * k) * P, ReversePixels<P>(v[i]));
+        }
+        for (; x + k <= n; x += k) Store8(d + (n - x - k) * P, ReversePixels<P>(Load8(s + x * P)));
+    }
     for (; x < n; ++x) map(s + x * P, d + (Reverse ? n - 1 - x : x) * P);
 }
 
