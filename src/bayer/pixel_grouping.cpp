@@ -87,20 +87,19 @@ struct TBilinearGreen {
     }
 };
 
-// Value v2 at the place of l2 between (l1, v1) and (l3, v3): where l2 lies strictly between
-// l1 and l3 the values are interpolated in proportion, otherwise the mean of v1 and v3 takes
-// the curvature of l; rounded once, clamped to the depth. Branch-free, so a loop of it
-// vectorises. The proportional quotient is at most 4095 with a divisor below 4096, so a true
-// quotient just below an integer lies at least 1/4095 under it, more than half a float ulp
-// (2^-13 there): float division truncates to the exact floor.
+// Value v2 at the place of l2 between (l1, v1) and (l3, v3), where l is green and v the other
+// colour. Where green rises or falls steadily across the place (l2 strictly between l1 and l3)
+// v follows it: the mean of v1 and v3 plus green's step there, kept between v1 and v3;
+// otherwise the mean takes half that step (a bend of the green is half its colour's). Rounded
+// once; branch-free and division-free, so a loop of it vectorises.
 template <unsigned Bits>
 __attribute__((always_inline)) inline int32_t HueTransit(int32_t l1, int32_t l2, int32_t l3, int32_t v1, int32_t v3)
 {
     const bool bMonotonic = (l2 - l1) * (l3 - l2) > 0;  // l1 < l2 < l3 or l1 > l2 > l3
-    const int32_t a = std::abs(l2 - l1), b = std::abs(l3 - l1);
-    const int32_t proportional = int32_t(float(v1 * (b - a) + v3 * a + (b >> 1)) / float(std::max(b, 1)));
-    const int32_t curved = ClampSample<Bits>((2 * (v1 + v3) + 2 * l2 - l1 - l3 + 2) >> 2);
-    return bMonotonic ? proportional : curved;
+    const int32_t sum = v1 + v3, twiceStep = 2 * l2 - l1 - l3;
+    const int32_t follow = std::min(std::max((sum + twiceStep + 1) >> 1, std::min(v1, v3)), std::max(v1, v3));
+    const int32_t curved = ClampSample<Bits>((2 * sum + twiceStep + 2) >> 2);
+    return bMonotonic ? follow : curved;
 }
 
 // Red and blue from the green plane at count columns of one kind (Green or not) two apart:

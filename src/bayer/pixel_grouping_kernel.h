@@ -83,7 +83,6 @@ struct TLanes {
     static T Zero() { return T{}; }
     static T Add(T a, T b) { return T(U(a) + U(b)); }  // wrapping, as the instructions do
     static T Sub(T a, T b) { return T(U(a) - U(b)); }
-    static T Mul(T a, T b) { return T(U(a) * U(b)); }
     static T Max(T a, T b) { return a > b ? a : b; }
     static T Min(T a, T b) { return a < b ? a : b; }
     static T Gt(T a, T b) { return a > b; }
@@ -143,14 +142,6 @@ struct TLanes {
     {
         return T(I(a) > I(b));
     }
-    static T Max32(T a, T b)
-    {
-        return T(I(a) > I(b) ? I(a) : I(b));
-    }
-    static T Min32(T a, T b)
-    {
-        return T(I(a) < I(b) ? I(a) : I(b));
-    }
     static F ToFloat(T v)
     {
         return F(Wide::ToFloat(R(v)));
@@ -163,10 +154,6 @@ struct TLanes {
     {
         return F{} + v;
     }
-    static F AddF(F a, F b)
-    {
-        return a + b;
-    }
     static F MulF(F a, F b)
     {
         return a * b;
@@ -174,14 +161,6 @@ struct TLanes {
     static F DivF(F a, F b)
     {
         return a / b;
-    }
-    static F MaxF(F a, F b)
-    {
-        return a > b ? a : b;
-    }
-    static F MinF(F a, F b)
-    {
-        return a < b ? a : b;
     }
 };
 
@@ -201,41 +180,17 @@ struct TGroupingVector {
 #endif
     }
 
-    // Truncated quotients of 32-bit numerators (two halves) by 16-bit divisors. Float division
-    // truncates to the exact quotient where the numerator is below 2^24 and the quotient below
-    // 2^Bits with a divisor below 2^Bits: a quotient that is not an integer lies at least
-    // 1/(2^Bits - 1) below the next one, more than float's rounding there.
-    static T Quotient(T numLo, T numHi, T den)
-    {
-        const T z = V::Zero();
-        const T lo = V::Trunc(V::DivF(V::ToFloat(numLo), V::ToFloat(V::Lo(den, z))));
-        const T hi = V::Trunc(V::DivF(V::ToFloat(numHi), V::ToFloat(V::Hi(den, z))));
-        return V::Narrow(lo, hi);
-    }
-
-    // Hue transit (see HueTransit in pixel_grouping.cpp). Where l2 lies strictly between l1 and
-    // l3, a < b and the numerator is at most (2^Bits - 1) b + b / 2: for 8-bit values below
-    // 2^16, so 16-bit products are exact as unsigned numbers, deeper ones take pmaddwd. Other
-    // lanes take the curved value.
+    // Hue transit (see HueTransit in pixel_grouping.cpp). Every sum fits 16 bits:
+    // 2 (v1 + v3) + 2 l2 - l1 - l3 lies within 6 (2^Bits - 1) of zero.
     static T HueTransit(T l1, T l2, T l3, T v1, T v3)
     {
-        const T z = V::Zero();
         const T low = V::Min(l1, l3), high = V::Max(l1, l3);
         const T monotonic = V::And(V::Gt(l2, low), V::Gt(high, l2));
-        const T a = AbsDiff(l2, l1), b = V::Sub(high, low), den = V::Max(b, V::Set(1));
-        const T d = V::Sub(b, a), half = V::template Srl<1>(b);
-        T proportional;
-        if constexpr (Bits == 8) {
-            const T num = V::Add(V::Add(V::Mul(v1, d), V::Mul(v3, a)), half);
-            proportional = Quotient(V::Lo(num, z), V::Hi(num, z), den);
-        } else {
-            const T lo = V::Add32(V::Madd(V::Lo(v1, v3), V::Lo(d, a)), V::Lo(half, z));
-            const T hi = V::Add32(V::Madd(V::Hi(v1, v3), V::Hi(d, a)), V::Hi(half, z));
-            proportional = Quotient(lo, hi, den);
-        }
-        const T twice = V::Add(V::Add(v1, v3), l2);
-        const T curved = V::template Sra<2>(V::Add(V::Sub(V::Add(twice, twice), V::Add(low, high)), V::Set(2)));
-        return V::Select(monotonic, proportional, V::Min(V::Max(curved, z), V::Set(kMax)));
+        const T sum = V::Add(v1, v3), twice = V::Add(sum, V::Sub(V::Add(l2, l2), V::Add(low, high)));
+        const T follow = V::template Sra<1>(V::Add(twice, V::Set(1)));
+        const T curved = V::template Sra<2>(V::Add(V::Add(sum, twice), V::Set(2)));
+        return V::Select(monotonic, V::Min(V::Max(follow, V::Min(v1, v3)), V::Max(v1, v3)),
+                         V::Min(V::Max(curved, V::Zero()), V::Set(kMax)));
     }
 
     // 4096 / g1 truncated (g1 = 1 + the gradient in 8-bit steps), as the scalar rule computes it in float.

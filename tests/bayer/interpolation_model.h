@@ -184,13 +184,16 @@ inline int32_t GroupingGreen(const Mosaic& m, uint32_t x, uint32_t y)
     return ClampTo(m, RoundDiv(std::min<int64_t>(std::max<int64_t>(sum, 0), 4 * weights * Mask(m, 1)), 4 * weights));
 }
 
+// v at the place of l2: the mean of v1 and v3 plus green's step there (l2 less the mean of l1
+// and l3) kept between v1 and v3 where green is monotonic across it, else plus half the step.
 inline int32_t HueTransit(const Mosaic& m, int32_t l1, int32_t l2, int32_t l3, int32_t v1, int32_t v3)
 {
+    const double step = l2 - (l1 + l3) / 2.0, mean = (v1 + v3) / 2.0;
     if ((l1 < l2 && l2 < l3) || (l1 > l2 && l2 > l3)) {
-        const int32_t a = std::abs(l2 - l1), b = std::abs(l3 - l1);
-        return (v1 * (b - a) + v3 * a + b / 2) / b;
+        const int32_t follow = int32_t(std::floor(mean + step + 0.5));
+        return std::min(std::max(follow, std::min(v1, v3)), std::max(v1, v3));
     }
-    return ClampTo(m, int32_t(std::floor((2.0 * (v1 + v3) + 2 * l2 - l1 - l3) / 4 + 0.5)));
+    return ClampTo(m, int32_t(std::floor(mean + step / 2 + 0.5)));
 }
 
 inline Px PixelGrouping(const Mosaic& m, const Outputs& o, uint32_t x, uint32_t y)
