@@ -2,10 +2,6 @@
 // cv::flip, libyuv's mirrors and memcpy of the same bytes.
 #include "geometry_bench_util.h"
 
-#if defined(KAIP_BENCH_OPENCV)
-#include <opencv2/core.hpp>
-#endif
-
 namespace {
 
 struct TCase {
@@ -20,45 +16,24 @@ struct TCase {
     TYuvPeer yuv = nullptr;
 };
 
-// Arguments: width, height.
-void Ours(benchmark::State& state, TCase c)
+int Ours(KaipImgInfo& src, KaipImgInfo& dst, const TCase& c)
 {
-    const uint32_t w = uint32_t(state.range(0)), h = uint32_t(state.range(1));
-    TBenchImage src(w, h, c.format), dst(w, h, c.format);
-    const KaipHLut hLut = c.bLut ? reinterpret_cast<KaipHLut>(1) : nullptr;
-    KaipImgInfo* pDst = c.bInPlace ? nullptr : &dst.info;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(c.bReverse ? KaipReverseLinesFast(&src.info, &dst.info, nullptr, 0)
-                                            : KaipMirror(&src.info, pDst, c.tb, c.lr, 0, hLut));
-        benchmark::ClobberMemory();
-    }
-    SetPixelRate(state, uint64_t(w) * h);
+    if (c.bReverse) return KaipReverseLinesFast(&src, &dst, nullptr, 0);
+    return KaipMirror(&src, c.bInPlace ? nullptr : &dst, c.tb, c.lr, 0,
+                      c.bLut ? reinterpret_cast<KaipHLut>(1) : nullptr);
 }
 
 #if defined(KAIP_BENCH_OPENCV)
-void OpenCv(benchmark::State& state, TCase c)
+void Flip(cv::Mat& in, cv::Mat& out, const TCase& c)
 {
-    const uint32_t w = uint32_t(state.range(0)), h = uint32_t(state.range(1));
-    TBenchImage src(w, h, c.format);
-    const cv::Mat in(int(h), int(w), c.cvType, src.info.pData, src.info.LineIncrement);
-    cv::Mat out;
-    cv::setNumThreads(1);
-    for (auto _ : state) {
-        cv::flip(in, out, c.cvFlip);
-        benchmark::ClobberMemory();
-    }
-    SetPixelRate(state, uint64_t(w) * h);
+    cv::flip(in, out, c.cvFlip);
 }
 #endif
 
 const int kRegistered = [] {
-#if defined(KAIP_BENCH_OPENCV)
-    const int mono8 = CV_8UC1, bgr8 = CV_8UC3, bgra8 = CV_8UC4, mono16 = CV_16UC1;
-#else
-    const int mono8 = 0, bgr8 = 0, bgra8 = 0, mono16 = 0;
-#endif
     const uint32_t m8 = KaipPixelFormat_Mono8, bgr = KaipPixelFormat_BGR8Packed, m12 = KaipPixelFormat_Mono12;
     const uint32_t bgra = KaipPixelFormat_BGRA8Packed;
+    const int mono8 = kCvMono8, bgr8 = kCvBgr8, bgra8 = kCvBgra8, mono16 = kCvMono16;
     const TCase cases[] = {
         {"TopBottom_Mono8", m8, 1, 1, 0, false, false, false, 0, mono8},
         {"LeftRight_Mono8", m8, 1, 0, 1, false, false, false, 1, mono8, KAIP_GEOMETRY_LIBYUV(MirrorPlane)},
@@ -73,19 +48,10 @@ const int kRegistered = [] {
         {"ReverseLinesFast_Mono8", m8, 1, 0, 0, false, false, true, 0, mono8},
     };
     for (const TCase& c : cases) {
-        FrameSizes(RegisterRole("Mirror", c.name, "Ours", [c](benchmark::State& s) {
-            Ours(s, c);
-        }))->Unit(benchmark::kMicrosecond);
-#if defined(KAIP_BENCH_OPENCV)
-        FrameSizes(RegisterRole("Mirror", c.name, "OpenCV", [c](benchmark::State& s) {
-            OpenCv(s, c);
-        }))->Unit(benchmark::kMicrosecond);
-#endif
-        if (c.yuv)
-            FrameSizes(RegisterRole("Mirror", c.name, "libyuv", [c](benchmark::State& s) {
-                RunYuvPeer(s, c.format, false, c.yuv);
-            }))->Unit(benchmark::kMicrosecond);
-        FrameSizes(RegisterMemcpy("Mirror", c.name, c.bytes))->Unit(benchmark::kMicrosecond);
+        const TRole ours = [c](benchmark::State& s) {
+            RunOnFrames(s, c.format, false, [&c](KaipImgInfo& src, KaipImgInfo& dst) { return Ours(src, dst, c); });
+        };
+        RegisterCase("Mirror", c.name, c.format, c.bytes, false, ours, KAIP_OPENCV_ROLE(c, Flip), c.yuv);
     }
     return 0;
 }();

@@ -1,10 +1,6 @@
 // rotate_bench.cpp: the quarter turn of a frame against cv::rotate, libyuv's turns and memcpy of the same bytes.
 #include "geometry_bench_util.h"
 
-#if defined(KAIP_BENCH_OPENCV)
-#include <opencv2/core.hpp>
-#endif
-
 namespace {
 
 struct TCase {
@@ -15,40 +11,15 @@ struct TCase {
     TYuvPeer yuv = nullptr;
 };
 
-// Arguments: width, height.
-void Ours(benchmark::State& state, TCase c)
-{
-    const uint32_t w = uint32_t(state.range(0)), h = uint32_t(state.range(1));
-    TBenchImage src(w, h, c.format), dst(h, w, c.format);
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(KaipRotate90AndMirror(&src.info, &dst.info, c.bClockwise, 0, 0, 0, nullptr));
-        benchmark::ClobberMemory();
-    }
-    SetPixelRate(state, uint64_t(w) * h);
-}
-
 #if defined(KAIP_BENCH_OPENCV)
-void OpenCv(benchmark::State& state, TCase c)
+void Rotate(cv::Mat& in, cv::Mat& out, const TCase& c)
 {
-    const uint32_t w = uint32_t(state.range(0)), h = uint32_t(state.range(1));
-    TBenchImage src(w, h, c.format);
-    const cv::Mat in(int(h), int(w), c.cvType, src.info.pData, src.info.LineIncrement);
-    cv::Mat out;
-    cv::setNumThreads(1);
-    for (auto _ : state) {
-        cv::rotate(in, out, c.bClockwise ? cv::ROTATE_90_CLOCKWISE : cv::ROTATE_90_COUNTERCLOCKWISE);
-        benchmark::ClobberMemory();
-    }
-    SetPixelRate(state, uint64_t(w) * h);
+    cv::rotate(in, out, c.bClockwise ? cv::ROTATE_90_CLOCKWISE : cv::ROTATE_90_COUNTERCLOCKWISE);
 }
 #endif
 
 const int kRegistered = [] {
-#if defined(KAIP_BENCH_OPENCV)
-    const int mono8 = CV_8UC1, bgr8 = CV_8UC3, bgra8 = CV_8UC4, mono16 = CV_16UC1;
-#else
-    const int mono8 = 0, bgr8 = 0, bgra8 = 0, mono16 = 0;
-#endif
+    const int mono8 = kCvMono8, bgr8 = kCvBgr8, bgra8 = kCvBgra8, mono16 = kCvMono16;
     const TCase cases[] = {
         {"Clockwise_Mono8", KaipPixelFormat_Mono8, 1, true, mono8, KAIP_GEOMETRY_LIBYUV(RotatePlane90)},
         {"Anticlockwise_Mono8", KaipPixelFormat_Mono8, 1, false, mono8, KAIP_GEOMETRY_LIBYUV(RotatePlane270)},
@@ -58,19 +29,12 @@ const int kRegistered = [] {
          KAIP_GEOMETRY_LIBYUV(ARGBRotate, libyuv::kRotate90)},
     };
     for (const TCase& c : cases) {
-        FrameSizes(RegisterRole("Rotate90", c.name, "Ours", [c](benchmark::State& s) {
-            Ours(s, c);
-        }))->Unit(benchmark::kMicrosecond);
-#if defined(KAIP_BENCH_OPENCV)
-        FrameSizes(RegisterRole("Rotate90", c.name, "OpenCV", [c](benchmark::State& s) {
-            OpenCv(s, c);
-        }))->Unit(benchmark::kMicrosecond);
-#endif
-        if (c.yuv)
-            FrameSizes(RegisterRole("Rotate90", c.name, "libyuv", [c](benchmark::State& s) {
-                RunYuvPeer(s, c.format, true, c.yuv);
-            }))->Unit(benchmark::kMicrosecond);
-        FrameSizes(RegisterMemcpy("Rotate90", c.name, c.bytes))->Unit(benchmark::kMicrosecond);
+        const TRole ours = [c](benchmark::State& s) {
+            RunOnFrames(s, c.format, true, [&c](KaipImgInfo& src, KaipImgInfo& dst) {
+                return KaipRotate90AndMirror(&src, &dst, c.bClockwise, 0, 0, 0, nullptr);
+            });
+        };
+        RegisterCase("Rotate90", c.name, c.format, c.bytes, true, ours, KAIP_OPENCV_ROLE(c, Rotate), c.yuv);
     }
     return 0;
 }();
