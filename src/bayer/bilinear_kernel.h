@@ -190,16 +190,19 @@ struct V256 {
     static void StoreBgr(uint8_t* p, T b, T g, T r)
     {
         // Within each half, pixel i of a channel c goes to byte (3 i + c) mod 16 (3 is odd, so the
-        // places are distinct): output register j then takes, at byte k, the channel (16 j + k) mod 3
-        // of the three shuffled ones, and byte k of it holds pixel (16 j + k) / 3 of that channel.
-        auto both = [](__m128i half) { return _mm256_broadcastsi128_si256(half); };
-        const T b1 = _mm256_shuffle_epi8(b, both(_mm_setr_epi8(0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15, 10, 5)));
-        const T g1 = _mm256_shuffle_epi8(g, both(_mm_setr_epi8(5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15, 10)));
-        const T r1 = _mm256_shuffle_epi8(r, both(_mm_setr_epi8(10, 5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15)));
+        // places are distinct), so byte k takes pixel 11 (k - c) mod 16 (3 x 11 = 1 mod 16). Output
+        // register j then takes, at byte k, the channel (16 j + k) mod 3 of the three shuffled ones,
+        // and byte k of it holds pixel (16 j + k) / 3 of that channel. Built from one 32-byte ramp,
+        // the controls are whole constants: the shuffles read them directly instead of a 16-byte
+        // constant broadcast again for every block.
+        typedef uint8_t TBytes __attribute__((vector_size(32)));
+        const TBytes k = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15,
+                          0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+        const T b1 = _mm256_shuffle_epi8(b, T((k * 11) & 15));
+        const T g1 = _mm256_shuffle_epi8(g, T(((k + 15) * 11) & 15));
+        const T r1 = _mm256_shuffle_epi8(r, T(((k + 14) * 11) & 15));
         // m[c]: the bytes k with k mod 3 = c; register j takes green at m[(1 + 2 j) mod 3], red at m[(2 + 2 j) mod 3].
-        const T m[3] = {both(_mm_setr_epi8(-1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1)),
-                        both(_mm_setr_epi8(0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0)),
-                        both(_mm_setr_epi8(0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0))};
+        const T m[3] = {T(k % 3 == 0), T(k % 3 == 1), T(k % 3 == 2)};
         T o[3];
         for (int j = 0; j < 3; ++j) {
             o[j] = _mm256_blendv_epi8(_mm256_blendv_epi8(b1, g1, m[(1 + 2 * j) % 3]), r1, m[(2 + 2 * j) % 3]);
