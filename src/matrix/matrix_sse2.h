@@ -3,6 +3,7 @@
 #pragma once
 
 #include <emmintrin.h>
+#include <xmmintrin.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -105,14 +106,15 @@ struct TVec128 {
     KAIP_MATRIX_REGISTER_OPS(_mm, si128)
 };
 
-// Colour correction of 8-bit pixels of iStep bytes (red at byte iRed), 8 at a time, a pixel in each
+// Colour correction of 8-bit pixels of iStep bytes (red at byte iRed), 16 at a time, a pixel in each
 // 32-bit lane. Each weight is split as c = 128 x h + l (l = c & 127), and three pmaddwd give the
 // scalar sum modulo 2^32: the words (byte 0 x 128, byte 2 x 128) by (h0, h2), (byte 0, byte 2) by
 // (l0, l2) and (byte 1 x 128, byte 1) by (h1, l1); exact while every h fits 16 bits (entries within
 // about +-64000; else nothing is done here and 0 returned). >> 16 is arithmetic and the saturating packs
-// clamp to 0..255. Three-byte pixels are read and written 4 bytes at a time, in order: the fourth
-// byte written is the next pixel's first as read, so a block runs only while a pixel follows it.
-// Returns the pixels done.
+// clamp to 0..255. Three-byte pixels are read 8 bytes (two pixels) at a time and written 8 bytes at a
+// time, in order, each store's last two bytes rewritten by the next; the last two pixels are written
+// 4 bytes each, the fourth byte as read (the next pixel's first), so a block runs only while a pixel
+// follows it. Returns the pixels done.
 template <class TIsa, int iStep>
 uint32_t CorrectBytesSse2(const uint8_t* pSrc, uint8_t* pDst, uint32_t dwWidth, const int32_t* c, int iRed)
 {
@@ -130,57 +132,69 @@ uint32_t CorrectBytesSse2(const uint8_t* pSrc, uint8_t* pDst, uint32_t dwWidth, 
         hi02[o] = pair(w0 >> 7, w2 >> 7), lo02[o] = pair(w0 & 127, w2 & 127);
         hilo1[o] = pair(w1 >> 7, w1 & 127);
     }
-    auto load = [](const uint8_t* p) {
+    auto load = [](const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); };
+    const __m128i zero = _mm_setzero_si128(), lowBytes = _mm_set1_epi32(0x00FF00FF), byte1 = _mm_set1_epi32(0xFF00);
+    const __m128i fourth = _mm_set1_epi32(int32_t(0xFF000000)), even = _mm_set_epi32(0, -1, 0, -1);
+    const __m128i low3 = _mm_set1_epi64x(0xFFFFFF), next3 = _mm_set1_epi64x(0xFFFFFF000000);
+    // 4 pixels from p in 32-bit lanes: with three bytes, two 8-byte halves, the odd pixel of each moved
+    // up by a byte.
+    auto lanes = [&](const uint8_t* p) {
         if constexpr (iStep == 4) {
-            return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+            return load(p);
         } else {
-            auto at = [&](int k) {
-                int32_t pixel;
-                std::memcpy(&pixel, p + 3 * k, 4);
-                return _mm_cvtsi32_si128(pixel);
-            };
-            return _mm_unpacklo_epi64(_mm_unpacklo_epi32(at(0), at(1)), _mm_unpacklo_epi32(at(2), at(3)));
+            const __m128i u = _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)),
+                                                 _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + 6)));
+            return _mm_or_si128(_mm_and_si128(even, u), _mm_andnot_si128(even, _mm_slli_epi64(u, 8)));
         }
     };
-    const __m128i zero = _mm_setzero_si128(), lowBytes = _mm_set1_epi32(0x00FF00FF), byte1 = _mm_set1_epi32(0xFF00);
-    const __m128i fourth = _mm_set1_epi32(int32_t(0xFF000000));
+    // The sums of byte position o of 4 pixels, >> 16.
+    auto sums = [&](__m128i v, __m128i out[3]) {
+        const __m128i b1 = _mm_and_si128(v, byte1), x02 = _mm_and_si128(v, lowBytes);
+        const __m128i x02s = _mm_slli_epi16(x02, 7), x1 = _mm_or_si128(_mm_srli_epi32(b1, 1), _mm_slli_epi32(b1, 8));
+        for (int o = 0; o < 3; ++o) {
+            const __m128i s02 = _mm_add_epi32(_mm_madd_epi16(x02s, hi02[o]), _mm_madd_epi16(x02, lo02[o]));
+            out[o] = _mm_srai_epi32(_mm_add_epi32(s02, _mm_madd_epi16(x1, hilo1[o])), 16);
+        }
+    };
     uint32_t x = 0;
-    for (; x + 8 + (iStep == 3) <= dwWidth; x += 8) {
+    for (; x + 16 + (iStep == 3) <= dwWidth; x += 16) {
         const uint8_t* p = pSrc + size_t(x) * iStep;
         uint8_t* q = pDst + size_t(x) * iStep;
-        const __m128i v[2] = {load(p), load(p + 4 * iStep)};
-        __m128i x02[2], x02s[2], x1[2];  // the words (byte 0, byte 2), both x 128, and (byte 1 x 128, byte 1)
-        for (int k = 0; k < 2; ++k) {
-            const __m128i b1 = _mm_and_si128(v[k], byte1);
-            x02[k] = _mm_and_si128(v[k], lowBytes), x02s[k] = _mm_slli_epi16(x02[k], 7);
-            x1[k] = _mm_or_si128(_mm_srli_epi32(b1, 1), _mm_slli_epi32(b1, 8));
+        const __m128i v[4] = {lanes(p), lanes(p + 4 * iStep), lanes(p + 8 * iStep), lanes(p + 12 * iStep)};
+        __m128i words[3][2];  // byte position o of pixels 0-7 and 8-15, saturated to 16 bits
+        for (int h = 0; h < 2; ++h) {
+            __m128i s0[3], s1[3];
+            sums(v[2 * h], s0), sums(v[2 * h + 1], s1);
+            for (int o = 0; o < 3; ++o) words[o][h] = _mm_packs_epi32(s0[o], s1[o]);
         }
-        __m128i words[3];  // byte position o of the 8 pixels, saturated to 16 bits
-        for (int o = 0; o < 3; ++o) {
-            __m128i sum[2];
-            for (int k = 0; k < 2; ++k) {
-                const __m128i s02 = _mm_add_epi32(_mm_madd_epi16(x02s[k], hi02[o]), _mm_madd_epi16(x02[k], lo02[o]));
-                sum[k] = _mm_srai_epi32(_mm_add_epi32(s02, _mm_madd_epi16(x1[k], hilo1[o])), 16);
-            }
-            words[o] = _mm_packs_epi32(sum[0], sum[1]);
+        const __m128i b0 = _mm_packus_epi16(words[0][0], words[0][1]), b1 = _mm_packus_epi16(words[1][0], words[1][1]);
+        const __m128i b2 = _mm_packus_epi16(words[2][0], words[2][1]);
+        const __m128i pairs[2] = {_mm_unpacklo_epi8(b0, b1), _mm_unpackhi_epi8(b0, b1)};
+        const __m128i thirds[2] = {_mm_unpacklo_epi8(b2, zero), _mm_unpackhi_epi8(b2, zero)};
+        __m128i out[4];  // pixels 4g to 4g + 3, the fourth byte 0
+        for (int h = 0; h < 2; ++h) {
+            out[2 * h] = _mm_unpacklo_epi16(pairs[h], thirds[h]);
+            out[2 * h + 1] = _mm_unpackhi_epi16(pairs[h], thirds[h]);
         }
-        const __m128i bytes01 = _mm_packus_epi16(words[0], words[1]), bytes2 = _mm_packus_epi16(words[2], zero);
-        const __m128i pairs01 = _mm_unpacklo_epi8(bytes01, _mm_srli_si128(bytes01, 8));
-        const __m128i pairs2 = _mm_unpacklo_epi8(bytes2, zero);
-        // The fourth byte: the destination's own with four-byte pixels, the next pixel's as read with three.
-        const __m128i keep[2] = {iStep == 4 ? load(q) : v[0], iStep == 4 ? load(q + 16) : v[1]};
-        const __m128i out[2] = {_mm_or_si128(_mm_unpacklo_epi16(pairs01, pairs2), _mm_and_si128(keep[0], fourth)),
-                                _mm_or_si128(_mm_unpackhi_epi16(pairs01, pairs2), _mm_and_si128(keep[1], fourth))};
-        for (int k = 0; k < 2; ++k) {
-            if constexpr (iStep == 4) {
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(q + 16 * k), out[k]);
-            } else {
-                __m128i o = out[k];
-                for (int i = 0; i < 4; ++i, o = _mm_srli_si128(o, 4)) {
-                    const int32_t pixel = _mm_cvtsi128_si32(o);
-                    std::memcpy(q + 12 * k + 3 * i, &pixel, 4);
-                }
+        if constexpr (iStep == 4) {
+            // The destination's own fourth bytes, all read before the first store.
+            __m128i kept[4];
+            for (int g = 0; g < 4; ++g) kept[g] = _mm_and_si128(load(q + 16 * g), fourth);
+            for (int g = 0; g < 4; ++g)
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(q + 16 * g), _mm_or_si128(out[g], kept[g]));
+        } else {
+            for (int g = 0; g < 4; ++g) {
+                // Two pixels of three bytes at the bottom of each 64-bit half.
+                const __m128i packed =
+                    _mm_or_si128(_mm_and_si128(out[g], low3), _mm_and_si128(_mm_srli_epi64(out[g], 8), next3));
+                _mm_storel_epi64(reinterpret_cast<__m128i*>(q + 12 * g), packed);
+                if (g < 3) _mm_storeh_pi(reinterpret_cast<__m64*>(q + 12 * g + 6), _mm_castsi128_ps(packed));
             }
+            const __m128i last = _mm_or_si128(out[3], _mm_and_si128(v[3], fourth));
+            const int32_t aiLast[2] = {_mm_cvtsi128_si32(_mm_srli_si128(last, 8)),
+                                       _mm_cvtsi128_si32(_mm_srli_si128(last, 12))};
+            std::memcpy(q + 42, &aiLast[0], 4);
+            std::memcpy(q + 45, &aiLast[1], 4);
         }
     }
     return x;
