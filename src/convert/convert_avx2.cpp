@@ -76,8 +76,16 @@ struct VAvx2 {
     {
         return _mm256_srai_epi32(v, k);
     }
-    // The pack works per lane; the permutation puts its four quarters back in pixel order.
+    template <int k>
+    KAIP_AVX2 static T Srl32(T v)
+    {
+        return _mm256_srli_epi32(v, k);
+    }
+    static constexpr bool kByteMAdd = true;
+    KAIP_AVX2 static T MAddUbs(T a, T b) { return _mm256_maddubs_epi16(a, b); }
+    // The packs work per lane; the permutation puts their four quarters back in pixel order.
     KAIP_AVX2 static T PackS32(T a, T b) { return _mm256_permute4x64_epi64(_mm256_packs_epi32(a, b), 0xD8); }
+    KAIP_AVX2 static T PackUS32(T a, T b) { return _mm256_permute4x64_epi64(_mm256_packus_epi32(a, b), 0xD8); }
     KAIP_AVX2 static T Zero() { return _mm256_setzero_si256(); }
     KAIP_AVX2 static T UnpackLo8(T a, T b) { return _mm256_unpacklo_epi8(a, b); }
     KAIP_AVX2 static T UnpackHi8(T a, T b) { return _mm256_unpackhi_epi8(a, b); }
@@ -152,7 +160,7 @@ struct KCopy {
 
 // The greys of 32 pixels from the (B, G) and (R, G) pairs of pixels 0-15 and 16-31, weighted as the SSSE3
 // build does.
-struct FGrey {
+struct FGrey : FOnPairs {
     static constexpr uint32_t kOutBytes = 32;
     KAIP_AVX2 static __m256i Grey(__m256i bg, __m256i rg)
     {
@@ -312,8 +320,8 @@ struct KPlanes {
     }
 };
 
-using FPack555 = FPack<VAvx2, false>;
-using FPack565 = FPack<VAvx2, true>;
+using FPack555 = FBytes4ToShort<VAvx2, false>;
+using FPack565 = FBytes4ToShort<VAvx2, true>;
 
 template <class M, class R, class W, bool kCut = false>
 int Run(KAIP_LINE_PARAMS, bool bReverseLines)

@@ -99,10 +99,16 @@ struct KGather {
     }
 };
 
+// The finishing steps of KPairs that take the (B, G) and (R, G) pairs of MChannelPairs.
+struct FOnPairs {
+    template <TOrder O, int kPixelBytes, int kPixels>
+    using TMap = MChannelPairs<O, kPixelBytes, kPixels / 2>;
+};
+
 // The 15-bit (k565 false) or 16-bit words of a register of pixels from their (B, G) and (R, G) pairs, as
 // Pack555 and Pack565 do: each channel's top bits shifted into their field.
 template <class V, bool k565>
-struct FPack {
+struct FPack : FOnPairs {
     using T = typename V::T;
     static constexpr uint32_t kOutBytes = 2 * V::kBytes;
     template <int kByte, int kBits, int kAt>
@@ -129,12 +135,12 @@ struct FPack {
     }
 };
 
-// Steps of pixels set out by MChannelPairs over the Covered pixels and finished by F: the registers of a step
-// hold the (B, G) pairs of its first half, their (R, G) pairs, then those of its second half. The rest of the
-// line by the scalar member's reader R and writer W.
+// Steps of pixels set out by F's map over the Covered pixels and finished by F, its four registers in turn (for
+// MChannelPairs: the (B, G) pairs of the step's first half, their (R, G) pairs, then those of its second half).
+// The rest of the line by the scalar member's reader R and writer W.
 template <class V, TOrder O, int kPixelBytes, class R, class W, class F>
 struct KPairs {
-    using P = TGatherPlan<MChannelPairs<O, kPixelBytes, V::kPixels / 2>, V::kPixels>;
+    using P = TGatherPlan<typename F::template TMap<O, kPixelBytes, V::kPixels>, V::kPixels>;
     uint32_t dwWidth;
 
     template <bool kStream>

@@ -237,6 +237,7 @@ struct VSse2 {
         return _mm_srai_epi32(v, k);
     }
     static T PackS32(T a, T b) { return _mm_packs_epi32(a, b); }
+    static constexpr bool kByteMAdd = false;  // no byte multiply-add before SSSE3
     static T Set16(int16_t v) { return _mm_set1_epi16(v); }
     static T Zero() { return _mm_setzero_si128(); }
     static T UnpackLo8(T a, T b) { return _mm_unpacklo_epi8(a, b); }

@@ -51,7 +51,7 @@ struct VSsse3 {
 
 // The greys of 8 pixels from their (B, G) and (R, G) pairs: 18 B + 110 G and 54 R + 73 G, each at most
 // 32640, so neither multiply-add saturates and their sum plus 128 fits 16 bits unsigned.
-struct FGrey {
+struct FGrey : FOnPairs {
     static constexpr uint32_t kOutBytes = 16;
     KAIP_SSSE3 static __m128i Grey(__m128i bg, __m128i rg)
     {

@@ -3,6 +3,8 @@
 // its traits first; everything here has internal linkage, so the builds never mix.
 #pragma once
 
+#include <type_traits>
+
 #include "convert/convert_simd.h"
 
 namespace convert {
@@ -35,7 +37,9 @@ struct KSteps {
 
 // V gives: the register type T and its size kBytes; Load, Store<kStream>; And, Or, Set32; MAdd16 (the signed
 // products of 16-bit lanes summed in pairs into 32 bits); Sll32<k>, Sra32<k>; PackS32 (the 32-bit lanes of
-// two registers to 16 bits with signed saturation, in pixel order).
+// two registers to 16 bits with signed saturation, in pixel order); kByteMAdd, and where it is set MAddUbs (the
+// products of unsigned by signed bytes summed in pairs into 16 bits), Srl32<k> and PackUS32 (as PackS32, with
+// unsigned saturation).
 
 // 4 registers of pixels of 4 bytes in the order O to 15-bit (k565 false) or 16-bit words, as Pack555 and
 // Pack565 do, each found in its pixel's 32-bit lane shifted left by kUp, which puts green's top bits where the
@@ -55,12 +59,46 @@ struct SBytes4ToShort {
         const T green = V::And(v, V::Set32(((1 << kGreenBits) - 1) << (16 - kGreenBits)));
         return V::template Sra32<16>(V::template Sll32<16 - kUp>(V::Or(sum, green)));
     }
+    // With byte multiply-adds: the channels masked to their top bits (B', G', R') weighted into 8 times the word,
+    // B' + kG G' + kR R', by a byte multiply-add (blue and green, or red and green with red at kR / kG) and a word
+    // one, then shifted down; the word is never negative, so the unsigned pack keeps it.
+    KAIP_VECTOR_TARGET static T PackByBytes(T v)
+    {
+        constexpr int32_t kG = 1 << kGreenBits, kR = 1 << kRedAt, kRG = kR / kG;
+        const T top = V::And(v, V::Set32(0xF8 << 16 | (0xFF << (8 - kGreenBits) & 0xFF) << 8 | 0xF8));
+        const T pairs = V::MAddUbs(top, V::Set32(O == kBGR ? 1 << 16 | kG << 8 | 1 : 1 << 16 | 1 << 8 | kRG));
+        return V::template Srl32<3>(V::MAdd16(pairs, V::Set32(O == kBGR ? kR << 16 | 1 : 1 << 16 | kG)));
+    }
+    // The words of the pixels of two registers, in pixel order.
+    KAIP_VECTOR_TARGET static T Words(T a, T b)
+    {
+        if constexpr (V::kByteMAdd)
+            return V::PackUS32(PackByBytes(a), PackByBytes(b));
+        else
+            return V::PackS32(Pack(a), Pack(b));
+    }
     template <bool kStream>
     KAIP_VECTOR_TARGET void Run(const uint8_t* s, uint8_t* d) const
     {
         constexpr int n = V::kBytes;
-        V::template Store<kStream>(d, V::PackS32(Pack(V::Load(s)), Pack(V::Load(s + n))));
-        V::template Store<kStream>(d + n, V::PackS32(Pack(V::Load(s + 2 * n)), Pack(V::Load(s + 3 * n))));
+        V::template Store<kStream>(d, Words(V::Load(s), V::Load(s + n)));
+        V::template Store<kStream>(d + n, Words(V::Load(s + 2 * n), V::Load(s + 3 * n)));
+    }
+};
+
+// For KPairs: the 3-byte pixels of a step set out as 4 bytes B, G, R, 0 each, then made 15-bit (k565
+// false) or 16-bit words by SBytes4ToShort.
+template <class V, bool k565>
+struct FBytes4ToShort {
+    template <TOrder O, int kPixelBytes, int kPixels>
+    using TMap = std::conditional_t<O == kBGR, MBGR24ToBGR32, MRGB24ToBGR32>;
+    using S = SBytes4ToShort<V, k565, kBGR>;
+    template <bool kStream>
+    KAIP_VECTOR_TARGET static void Put(uint8_t* d, typename V::T v0, typename V::T v1, typename V::T v2,
+                                       typename V::T v3)
+    {
+        V::template Store<kStream>(d, S::Words(v0, v1));
+        V::template Store<kStream>(d + V::kBytes, S::Words(v2, v3));
     }
 };
 
