@@ -126,6 +126,8 @@ TEST(ApplyRgbColorCorrection, VectorWorkersWriteTheBaselineBytes)
             std::array<int32_t, 9> m = RandomMatrix(gen);
             if (gen() % 4 == 0)
                 for (int32_t& v : m) v = int32_t(gen()) / int32_t(1 + gen() % 40000);
+            if (gen() % 3 == 0)  // off the diagonal within +-499, as a saturation matrix's
+                for (int i : {1, 2, 3, 5, 6, 7}) m[i] %= 500;
             const bool inPlace = gen() % 2, bLut = gen() % 3 == 0;
             SCOPED_TRACE(testing::Message()
                          << "seed " << seed << " format 0x" << std::hex << f.code << std::dec << " width " << w
