@@ -83,6 +83,7 @@ struct TLanes {
     static T Zero() { return T{}; }
     static T Add(T a, T b) { return T(U(a) + U(b)); }  // wrapping, as the instructions do
     static T Sub(T a, T b) { return T(U(a) - U(b)); }
+    static T Mul(T a, T b) { return T(U(a) * U(b)); }
     static T Max(T a, T b) { return a > b ? a : b; }
     static T Min(T a, T b) { return a < b ? a : b; }
     static T Gt(T a, T b) { return a > b; }
@@ -193,22 +194,23 @@ struct TGroupingVector {
                          V::Min(V::Max(curved, V::Zero()), V::Set(kMax)));
     }
 
-    // 4096 / g1 truncated (g1 = 1 + the gradient in 8-bit steps), as the scalar rule computes it in float.
-    static T Weight(T g1)
+    // The weight of a direction from its gradient g in 8-bit steps: (255 - g)^2 / 16 + 1 with g
+    // clipped to 255; the square, at most 65025, fits the unsigned lanes.
+    static T Weight(T g)
     {
-        const T z = V::Zero();
-        const F k = V::SetF(4096.0f);
-        return V::Narrow(V::Trunc(V::DivF(k, V::ToFloat(V::Lo(g1, z)))),
-                         V::Trunc(V::DivF(k, V::ToFloat(V::Hi(g1, z)))));
+        const T k = V::Max(V::Sub(V::Set(255), g), V::Zero());
+        return V::Add(V::template Srl<4>(V::Mul(k, k)), V::Set(1));
     }
 
     // The weighted mean of one half, rounded but not yet clamped: num is the sum plus W / 2 (W = 4
     // times the weights), floor(num / W) the result. Rounding is monotonic, so clamping it to the
     // depth afterwards equals clamping the sum to [0, (2^Bits - 1) W] first; truncation differs
     // from the floor only below zero, which the clamp removes. 8 bits: num is below 2^24 in
-    // magnitude (a weight times its estimate is at most 4096 * 1022) and W at most 2^16, so float
-    // is exact and the quotient, where it is below 256, lies at least 1/W under the next integer:
-    // it truncates exactly (above 255 the clamp takes it anyway).
+    // magnitude and W at most 2^16 (the top weight, 4065, comes with a zero gradient and an
+    // estimate plus 2 of at most 1022; a larger gradient lowers the weight faster than it can
+    // raise the estimate, and 4 x 4065 x 1022 < 2^24), so float is exact and the quotient, where
+    // it is below 256, lies at least 1/W under the next integer: it truncates exactly (above 255
+    // the clamp takes it anyway).
     static T Rounded(T num, T weights)
     {
         if constexpr (Bits > 8) return RoundedDeep(num, weights);
@@ -229,7 +231,7 @@ struct TGroupingVector {
     static void Green(const TGreenTaps& taps, uint32_t k1)
     {
         const TGreenTaps t = taps;  // a local copy: the stores cannot alias it
-        const T z = V::Zero(), one = V::Set(1 << (Bits - 8));
+        const T z = V::Zero();
         constexpr uint32_t kSampleBytes = Bits > 8 ? 2 : 1;
         for (uint32_t k = 1; k < k1; k += V::N) {
             // Steps of 2 N pixels: 96 or 128 destination bytes at most, two cache lines.
@@ -239,8 +241,8 @@ struct TGroupingVector {
             const T c = V::Load(t.c + k), n = V::Load(t.n + k), s = V::Load(t.s + k), w = V::Load(t.w + k);
             const T e = V::Load(t.w + k + 1), n2 = V::Load(t.n2 + k), s2 = V::Load(t.s2 + k);
             const T w2 = V::Load(t.w2 + k), e2 = V::Load(t.w2 + k + 2);
-            // The greens across plus one step of 8 bits, shared by opposite directions.
-            const T across[2] = {V::Add(AbsDiff(n, s), one), V::Add(AbsDiff(e, w), one)};
+            // The greens across, shared by opposite directions.
+            const T across[2] = {AbsDiff(n, s), AbsDiff(e, w)};
             auto weight = [&](T far, int axis) {
                 const T d = AbsDiff(c, far);
                 return Weight(V::template Sra<Bits - 8>(V::Add(V::Add(d, d), across[axis])));
@@ -253,7 +255,7 @@ struct TGroupingVector {
             const T wn = weight(n2, 0), we = weight(e2, 1), ww = weight(w2, 1), ws = weight(s2, 0);
             const T en = estimate(n2, n, ns), ee = estimate(e2, e, ew), eW = estimate(w2, w, ew),
                     es = estimate(s2, s, ns);
-            const T weights = V::Add(V::Add(wn, we), V::Add(ww, ws));  // at most 16384
+            const T weights = V::Add(V::Add(wn, we), V::Add(ww, ws));  // at most 16260
             const T lo = V::Add32(V::Madd(V::Lo(wn, we), V::Lo(en, ee)), V::Madd(V::Lo(ww, ws), V::Lo(eW, es)));
             const T hi = V::Add32(V::Madd(V::Hi(wn, we), V::Hi(en, ee)), V::Madd(V::Hi(ww, ws), V::Hi(eW, es)));
             const T mean = V::Narrow(Rounded(lo, V::Lo(weights, z)), Rounded(hi, V::Hi(weights, z)));

@@ -177,7 +177,8 @@ inline int32_t GroupingGreen(const Mosaic& m, uint32_t x, uint32_t y)
     for (int q = 0; q < 4; ++q) {
         const Off a = Turn({0, -1}, q), b = Turn({0, 1}, q), a2 = Turn({0, -2}, q);
         const int32_t gradient = 2 * std::abs(v(0, 0) - v(a2.dx, a2.dy)) + std::abs(v(a.dx, a.dy) - v(b.dx, b.dy));
-        const int64_t weight = 4096 / (1 + (gradient >> (m.bits - 8)));
+        const int64_t smooth = std::max(255 - (gradient >> (m.bits - 8)), 0);
+        const int64_t weight = smooth * smooth / 16 + 1;
         sum += weight * (3 * v(a.dx, a.dy) + v(b.dx, b.dy) + v(0, 0) - v(a2.dx, a2.dy));
         weights += weight;
     }
