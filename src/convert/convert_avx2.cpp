@@ -14,13 +14,18 @@
 namespace convert::avx2 {
 namespace {
 
-// Non-temporal stores in two halves: a line start is only promised 16-byte alignment.
+// Non-temporal stores whole where the address is on 32 bytes, else in two halves: a line start is only promised
+// 16-byte alignment (the test is the same for every step of most lines, so it predicts well).
 template <bool kStream>
 KAIP_AVX2 inline void Store(uint8_t* p, __m256i v)
 {
     if constexpr (kStream) {
-        _mm_stream_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(v));
-        _mm_stream_si128(reinterpret_cast<__m128i*>(p + 16), _mm256_extracti128_si256(v, 1));
+        if ((reinterpret_cast<uintptr_t>(p) & 31) == 0) {
+            _mm256_stream_si256(reinterpret_cast<__m256i*>(p), v);
+        } else {
+            _mm_stream_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(v));
+            _mm_stream_si128(reinterpret_cast<__m128i*>(p + 16), _mm256_extracti128_si256(v, 1));
+        }
     } else {
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v);
     }
@@ -51,6 +56,7 @@ struct VAvx2 {
     }
     KAIP_AVX2 static T And(T a, T b) { return _mm256_and_si256(a, b); }
     KAIP_AVX2 static T Or(T a, T b) { return _mm256_or_si256(a, b); }
+    KAIP_AVX2 static T Blend(T a, T b, T mask) { return _mm256_blendv_epi8(a, b, mask); }
     KAIP_AVX2 static T Shuffle(T v, T control) { return _mm256_shuffle_epi8(v, control); }
     KAIP_AVX2 static T IsUnset(T v) { return _mm256_cmpeq_epi8(v, _mm256_set1_epi8(-128)); }
     KAIP_AVX2 static T Set16(int16_t v) { return _mm256_set1_epi16(v); }

@@ -10,7 +10,8 @@ namespace {
 
 // V gives: the register type T; kLanes, the 16-byte lanes of a register (a byte shuffle stays within its
 // lane), and kBytes, its size; kPixels, the pixels of one step; Load (a whole register), LoadLanes (one
-// 16-byte load per lane), Store<kStream>, And, Or, Shuffle (bytes picked per lane, 0 where the control's high
+// 16-byte load per lane), Store<kStream>, And, Or, Blend(a, b, mask) (b's bytes where the mask is set, else a's;
+// a is 0 there wherever it is used), Shuffle (bytes picked per lane, 0 where the control's high
 // bit is set), IsUnset (bytes equal to -128 as all ones), Set16, and the 16-bit lane shifts Srl16<k>, Sll16<k>.
 
 // The shuffle controls of plan P, lane l of register o serving destination chunk kLanes o + l, and the bytes
@@ -88,7 +89,7 @@ struct KGather {
             typename V::T v[C::kRegisters];
             for (int o = 0; o < C::kRegisters; ++o) {
                 v[o] = Gather(s, k, o);
-                if constexpr (M::kKeep) v[o] = V::Or(v[o], V::And(V::Load(d + V::kBytes * o), k.keep[o]));
+                if constexpr (M::kKeep) v[o] = V::Blend(v[o], V::Load(d + V::kBytes * o), k.keep[o]);
             }
             for (int o = 0; o < C::kRegisters; ++o) V::template Store<kStream>(d + V::kBytes * o, v[o]);
         }

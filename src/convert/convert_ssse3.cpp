@@ -34,6 +34,8 @@ struct VSsse3 {
     }
     KAIP_SSSE3 static T And(T a, T b) { return _mm_and_si128(a, b); }
     KAIP_SSSE3 static T Or(T a, T b) { return _mm_or_si128(a, b); }
+    // No byte blend before SSE4.1; a's bytes under the mask are 0 wherever it is used.
+    KAIP_SSSE3 static T Blend(T a, T b, T mask) { return _mm_or_si128(a, _mm_and_si128(b, mask)); }
     KAIP_SSSE3 static T Shuffle(T v, T control) { return _mm_shuffle_epi8(v, control); }
     KAIP_SSSE3 static T IsUnset(T v) { return _mm_cmpeq_epi8(v, _mm_set1_epi8(-128)); }
     KAIP_SSSE3 static T Set16(int16_t v) { return _mm_set1_epi16(v); }
