@@ -204,8 +204,8 @@ struct TGradientsColour {
 // every source line is widened once and its gradient planes taken once; lanes of type T,
 // built for AVX2 if bAvx2; the strip's lines and planes in pBuffer (zeroed once, so the
 // vector blocks past a strip's end read defined values). The vector stages (if any) replace
-// the loops over planes and estimates; the vector writer (if any) writes whole blocks of each
-// line's stretch, the scalar one what it leaves.
+// the loops over planes and estimates; they or the vector writer (if any) write whole blocks of
+// each line's stretch, the scalar writer what they leave.
 template <unsigned Bits, uint32_t DstBytes, class T>
 void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32_t h, bool bAvx2, TGradientsVector vec,
                   TGradientsWriter writer, void* pBuffer)
@@ -240,11 +240,16 @@ void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint3
             const uint32_t y = r - 2;
             const bool bRedLine = IsRedLine(y, p.bShiftLine);
             const int greenParity = bRedLine == p.bShiftColumn ? 0 : 1;  // strips start at even columns
+            const uint8_t* pCur = p.pSrc + size_t(y) * p.dwSrcLineIncrement;
+            uint8_t* pOut = p.pDst + size_t(y) * p.dwDstLineIncrement;
+            const TGradientsStretch stretch{pCur,     {first[0], first[1]}, {second[0], second[1]}, x0, x1, pOut,
+                                            bRedLine, greenParity};
+            uint32_t xs = x0;
             [&] {
                 if constexpr (std::is_same_v<T, int16_t>) {
                     if (vec.planes) {
-                        vec.planes(strip, y, n);
-                        if (y >= 2) vec.estimates(strip, y, n, greenParity, first, second);
+                        vec.planes(strip, y, n, 1 - greenParity);
+                        if (y >= 2) xs = vec.estimates(strip, y, n, greenParity, first, second, stretch);
                         return;
                     }
                 }
@@ -255,12 +260,8 @@ void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint3
                 });
             }();
             if (y < 2) continue;
+            if (writer) xs = writer(stretch, lut);
             const auto line = bRedLine ? lines.red : lines.blue;
-            const uint8_t* pCur = p.pSrc + size_t(y) * p.dwSrcLineIncrement;
-            uint8_t* pOut = p.pDst + size_t(y) * p.dwDstLineIncrement;
-            const TGradientsStretch stretch{pCur,     {first[0], first[1]}, {second[0], second[1]}, x0, x1, pOut,
-                                            bRedLine, greenParity};
-            const uint32_t xs = writer ? writer(stretch, lut) : x0;
             line(k, {pCur, {first[0], first[1]}, {second[0], second[1]}, x0, pOut}, xs, x1);
         }
     }
@@ -282,12 +283,13 @@ KaipStatus BdVariableGradients(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDst
     if (w > 4 && h > 4) {
         // 8-bit samples and their sums fit 16-bit lanes, twice as many per register as 32-bit ones;
         // the vector stages keep 16-bit lanes at every depth.
-        const TGradientsVector vec = GradientsVector_intr(job.dwBits);
+        const TGradientsVector vec = GradientsVector_intr(job.dwBits, dwDstBytes, hLut == nullptr);
         const bool bWords = job.dwBits == 8 || vec.planes;
         void* pBuffer = oxOsBufferCreateAligned(bWords ? sizeof(TStrip<int16_t>) : sizeof(TStrip<int32_t>), 64, 0);
         if (!pBuffer) return Refuse(KASTATUS_KAIP_MEMORY_ALLOC_FAILED, "%s: no memory for the strip lines", pszFunc);
         const TBayerPlanes planes = JobPlanes(job);
-        const TGradientsWriter writer = GradientsWriter_intr(job.dwBits, dwDstBytes, hLut == nullptr);
+        const TGradientsWriter writer =
+            vec.bWrites ? nullptr : GradientsWriter_intr(job.dwBits, dwDstBytes, hLut == nullptr);
         const bool bAvx2 = g_SSEChecker.UseAVX2();
         WithDepth(job.dwBits, [&](auto bits) {
             WithPixelBytes(dwDstBytes, [&](auto bytes) {

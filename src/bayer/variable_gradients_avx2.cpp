@@ -17,11 +17,11 @@ TGradientsWriter GradientsWriter_avx2(uint32_t dwBits, uint32_t dwDstBytes, bool
 }
 
 // Runs only behind g_SSEChecker.UseAVX2() (see GradientsVector_intr).
-TGradientsVector GradientsVector_avx2(uint32_t dwBits)
+TGradientsVector GradientsVector_avx2(uint32_t dwBits, uint32_t dwDstBytes, bool bIdentity)
 {
 #if defined(__AVX2__)
-    return GradientsVector<W256>(dwBits);
+    return GradientsVector<W256, V256>(dwBits, dwDstBytes, bIdentity);
 #else
-    return {nullptr, nullptr, nullptr};
+    return {nullptr, nullptr, nullptr, false};
 #endif
 }

@@ -34,24 +34,55 @@ inline __m256i Interleave(__m256i even, __m256i odd)
 }
 #endif
 
-// Blocks of V::N pixels. At a colour site the line's own colour (red on red lines, blue on blue
-// ones) is the sample, green the first estimate; at a green site green is the sample and the
-// own colour the first estimate; the other colour is the second estimate at both. Values above
-// 8 bits go out as their top 8 bits (the identity tables); with Table the 8-bit tables are
-// looked up in registers.
+// The samples of columns x .. x + V::N - 1 of a source line as bytes (their top 8 bits).
+template <class V, unsigned Bits>
+inline typename V::T Samples(const uint8_t* pCur, uint32_t x)
+{
+    if constexpr (Bits == 8) {
+        return V::Load(pCur + x);
+    } else {
+        using T = typename V::T;
+        const T mask = V::Set16(int16_t(TDepth<Bits>::kMask1));
+        const uint8_t* pIn = pCur + 2 * size_t(x);
+        return V::PackOrdered(V::template Shr<Bits - 8>(V::And16(V::Load(pIn), mask)),
+                              V::template Shr<Bits - 8>(V::And16(V::Load(pIn + sizeof(T)), mask)));
+    }
+}
+
+// Pixels x .. x + V::N - 1 of a stretch from their samples c and estimates (bytes in column
+// order). At a colour site the line's own colour (red on red lines, blue on blue ones) is the
+// sample, green the first estimate; at a green site green is the sample and the own colour the
+// first estimate; the other colour is the second estimate at both.
+template <class V, uint32_t DstBytes, class M>
+inline void PutPixels(const TGradientsStretch& s, uint32_t x, typename V::T c, typename V::T first, typename V::T other,
+                      const M& mapB, const M& mapG, const M& mapR)
+{
+    using T = typename V::T;
+    const T colour = V::Set16(s.greenParity == 0 ? int16_t(0xFF00) : 0x00FF);  // byte lanes of the colour sites
+    const T own = V::Select(colour, c, first), g = mapG(V::Select(colour, first, c));
+    const T b = s.bRedLine ? mapB(other) : mapB(own), r = s.bRedLine ? mapR(own) : mapR(other);
+    uint8_t* p = s.pOut + size_t(x) * DstBytes;
+    if constexpr (DstBytes == 3) {
+        V::StoreBgr(p, b, g, r);
+    } else {
+        V::StoreBgra(p, b, g, r);
+    }
+}
+
+// Blocks of V::N pixels from the estimates stored by the vector stages. Values above 8 bits go
+// out as their top 8 bits (the identity tables); with Table the 8-bit tables are looked up in
+// registers.
 template <class V, unsigned Bits, uint32_t DstBytes, bool Table>
 uint32_t WriteGradients(const TGradientsStretch& s, const TBayerLut& lut)
 {
     using T = typename V::T;
-    using D = TDepth<Bits>;
     struct TNone {
         explicit TNone(const uint8_t*) {}
         T operator()(T v) const { return v; }
     };
     using TTable = std::conditional_t<Table, TByteTable<V>, TNone>;
     const TTable mapB(lut.pBlue), mapG(lut.pGreen), mapR(lut.pRed);
-    const T colour = V::Set16(s.greenParity == 0 ? int16_t(0xFF00) : 0x00FF);  // byte lanes of the colour sites
-    const int even = s.greenParity == 0 ? 1 : 0;                               // estimates of the even columns
+    const int even = s.greenParity == 0 ? 1 : 0;  // estimates of the even columns
     auto estimates = [&](const int16_t* const(&pArray)[2], size_t j) {
         const T e = V::template Shr<Bits - 8>(EstimateWords(T{}, pArray[even] + j));
         const T o = V::template Shr<Bits - 8>(EstimateWords(T{}, pArray[1 - even] + j));
@@ -60,24 +91,8 @@ uint32_t WriteGradients(const TGradientsStretch& s, const TBayerLut& lut)
     uint32_t x = s.x0;
     for (; x + V::N <= s.x1; x += V::N) {
         const size_t j = (x - s.x0) / 2;
-        T c;
-        if constexpr (Bits == 8) {
-            c = V::Load(s.pCur + x);
-        } else {
-            const T mask = V::Set16(int16_t(D::kMask1));
-            const uint8_t* pIn = s.pCur + 2 * size_t(x);
-            c = V::PackOrdered(V::template Shr<Bits - 8>(V::And16(V::Load(pIn), mask)),
-                               V::template Shr<Bits - 8>(V::And16(V::Load(pIn + sizeof(T)), mask)));
-        }
-        const T first = estimates(s.pFirst, j), other = estimates(s.pSecond, j);
-        const T own = V::Select(colour, c, first), g = mapG(V::Select(colour, first, c));
-        const T b = s.bRedLine ? mapB(other) : mapB(own), r = s.bRedLine ? mapR(own) : mapR(other);
-        uint8_t* p = s.pOut + size_t(x) * DstBytes;
-        if constexpr (DstBytes == 3) {
-            V::StoreBgr(p, b, g, r);
-        } else {
-            V::StoreBgra(p, b, g, r);
-        }
+        PutPixels<V, DstBytes>(s, x, Samples<V, Bits>(s.pCur, x), estimates(s.pFirst, j), estimates(s.pSecond, j), mapB,
+                               mapG, mapR);
     }
     return x;
 }
@@ -164,120 +179,88 @@ void WidenLine(const uint8_t* pLine, uint32_t x0, uint32_t n, TRow<int16_t>& row
 
 // The planes of slot y (see TStrip) from lines y .. y+2 (a, b, c), straight from the samples
 // (each difference a plane needs is taken where it is needed, which costs fewer loads and
-// stores than keeping them in rows of their own), and from the same loads the sums hs of line
-// y+2, vs and g4 of line y+1 (hs of lines 0 and 1 too at the strip's first line).
-template <class W, int H>
+// stores than keeping them in rows of their own), and from the same loads the terms of line
+// y+1 in half H, whose sites are green if GreenSites (then da and dm are not needed there).
+template <class W, int H, bool GreenSites>
 void PlanesOf(TStrip<int16_t>& s, uint32_t y, int32_t end)
 {
     using T = typename W::T;
     const TRow<int16_t>&a = s.src[y & 7], &b = s.src[(y + 1) & 7], &c = s.src[(y + 2) & 7];
     const uint32_t slot = y & 3;
-    auto& sums = s.sums;
+    auto& terms = s.terms[(y + 1) & 3];
     for (int32_t k = 1; k < end; k += W::N) {
         auto at = [&](const TRow<int16_t>& row, int dx) { return W::Load(&At<H>(row, k, dx)); };
         auto put = [&](TRow<int16_t>& row, T v) { W::Store(&row[H][k], v); };
+        auto site = [&](int16_t* pRow, T v) { W::Store(pRow + k, v); };
         auto twice = [](T v) { return W::Add(v, v); };
         const T al = at(a, -1), a0 = at(a, 0), ar = at(a, 1);
         const T bl = at(b, -1), b0 = at(b, 0), br = at(b, 1), br2 = at(b, 2);
         const T cl2 = at(c, -2), cl = at(c, -1), c0 = at(c, 0), cr = at(c, 1), cr2 = at(c, 2), cr3 = at(c, 3);
-        const T rising = W::AbsDiff(ar, cl), falling = W::AbsDiff(al, cr);
+        const T rising = W::AbsDiff(ar, cl);
         put(s.tv[slot], W::Add(twice(W::AbsDiff(a0, c0)), W::Add(W::AbsDiff(al, cl), W::AbsDiff(ar, cr))));
         put(s.hv[slot], W::Add(W::AbsDiff(bl, br), W::AbsDiff(b0, br2)));
-        put(s.da[slot], W::Add(twice(rising), W::Add(W::AbsDiff(a0, bl), W::AbsDiff(br, c0))));
-        put(s.dm[slot], W::Add(twice(falling), W::Add(W::AbsDiff(bl, c0), W::AbsDiff(a0, br))));
         put(s.a2[slot], W::Add(W::AbsDiff(a0, cl2), rising));
         put(s.m2[slot], W::Add(W::AbsDiff(a0, cr2), W::AbsDiff(ar, cr3)));
-        const T hb = W::Add(bl, br), vb = W::Add(a0, c0);
-        put(sums.hs[(y + 2) & 7], W::Add(cl, cr));
-        put(sums.vs[(y + 1) & 3], vb);
-        put(sums.g4[(y + 1) & 3], W::Add(hb, vb));
-        if (y == 0) {
-            put(sums.hs[0], W::Add(al, ar));
-            put(sums.hs[1], hb);
+        const T v = W::Add(a0, c0), h = W::Add(bl, br);
+        if constexpr (GreenSites) {
+            const T s2 = twice(b0), dv = twice(W::Sub(s2, v)), dh = twice(W::Sub(s2, h));
+            site(terms.green[0], dv);
+            site(terms.green[1], dh);
+            site(terms.green[2], W::Sub(dv, dh));
+        } else {
+            put(s.da[slot], W::Add(twice(rising), W::Add(W::AbsDiff(a0, bl), W::AbsDiff(br, c0))));
+            put(s.dm[slot], W::Add(twice(W::AbsDiff(al, cr)), W::Add(W::AbsDiff(bl, c0), W::AbsDiff(a0, br))));
+            const T s4 = W::template Shl<2>(b0), v2 = twice(v), h2 = twice(h), vh = W::Add(v, h);
+            const T rise2 = twice(W::Add(ar, cl)), fall2 = twice(W::Add(al, cr));
+            const T d4 = W::Add(W::Add(ar, cl), W::Add(al, cr));
+            site(terms.other[0], W::Sub(s4, v2));
+            site(terms.other[1], W::Sub(s4, h2));
+            site(terms.other[2], W::Sub(d4, v2));
+            site(terms.other[3], W::Sub(d4, h2));
+            site(terms.other[4], W::Sub(vh, rise2));
+            site(terms.other[5], W::Sub(s4, rise2));
+            site(terms.other[6], W::Sub(vh, fall2));
+            site(terms.other[7], W::Sub(s4, fall2));
         }
     }
 }
 
-// The planes of slot y over columns 2 .. n+4 of each half, like PlanesHalf, and the sums one
-// entry further.
+// The planes of slot y over columns 2 .. n+4 of each half, like PlanesHalf, and the terms of
+// line y+1, whose green sites lie in half greenHalf.
 template <class W>
-void TakePlanes(TStrip<int16_t>& s, uint32_t y, uint32_t n)
+void TakePlanes(TStrip<int16_t>& s, uint32_t y, uint32_t n, int greenHalf)
 {
     const int32_t end = int32_t(n + 6) / 2 + 1;
-    PlanesOf<W, 0>(s, y, end);
-    PlanesOf<W, 1>(s, y, end);
-}
-
-// What one direction adds to the two sums when it is chosen: 4 c + (colour - first colour),
-// in quarters, for the first and the second estimate. The sums over the chosen directions are
-// the numerators of the per-pixel loop (4 n c + a - own, 4 n c + b - own); at 8 bits each term
-// lies within +-2040, so eight of them fit a word.
-template <class W>
-struct TTerms {
-    typename W::T a, b;
-};
-
-// The sums around the pixel (see TStrip::sums) by unturned offsets: Across the pair beside
-// (dy, dx) along the turned rows, Along the pair above and below it, Around its four neighbours.
-template <int Turn, class S>
-struct TTurnedSums {
-    const S& sums;
-    static constexpr int Dy(int dy, int dx) { return TTurned<Turn>::Dy(dy, dx); }
-    static constexpr int Dx(int dy, int dx) { return TTurned<Turn>::Dx(dy, dx); }
-    auto Across(int dy, int dx) const
-    {
-        return (Turn & 1) ? sums.vs(Dy(dy, dx), Dx(dy, dx)) : sums.hs(Dy(dy, dx), Dx(dy, dx));
-    }
-    auto Along(int dy, int dx) const
-    {
-        return (Turn & 1) ? sums.hs(Dy(dy, dx), Dx(dy, dx)) : sums.vs(Dy(dy, dx), Dx(dy, dx));
-    }
-    auto Around(int dy, int dx) const { return sums.g4(Dy(dy, dx), Dx(dy, dx)); }
-};
-
-template <class W, int Turn, bool Green, class P, class S>
-inline __attribute__((always_inline)) TTerms<W> AxisTerms(const P& p, const S& sums, typename W::T c)
-{
-    using T = typename W::T;
-    auto q = [&](int dy, int dx) { return p(TTurned<Turn>::Dy(dy, dx), TTurned<Turn>::Dx(dy, dx)); };
-    const TTurnedSums<Turn, S> t{sums};
-    const T base = W::Sub(c, q(-2, 0));
-    if constexpr (Green) {
-        const T twice = W::Add(base, base), near = W::template Shl<2>(q(-1, 0));
-        const T far = W::Add(t.Across(-2, 0), t.Across(0, 0));
-        // Odd turns swap the colours beside and above.
-        return (Turn & 1) ? TTerms<W>{W::Add(twice, near), W::Add(twice, far)}
-                          : TTerms<W>{W::Add(twice, far), W::Add(twice, near)};
+    if (greenHalf == 0) {
+        PlanesOf<W, 0, true>(s, y, end);
+        PlanesOf<W, 1, false>(s, y, end);
     } else {
-        const T q1 = q(-1, 0);
-        const T a = W::Add(base, W::Add(q1, q1)), b = W::Add(base, t.Across(-1, 0));
-        return {W::Add(a, a), W::Add(b, b)};
+        PlanesOf<W, 0, false>(s, y, end);
+        PlanesOf<W, 1, true>(s, y, end);
     }
 }
 
-template <class W, int Turn, bool Green, class P, class S>
-inline __attribute__((always_inline)) TTerms<W> DiagonalTerms(const P& p, const S& sums, typename W::T c)
+// Signed words of a times b, the high halves of the products.
+inline __m128i MulHi(__m128i a, __m128i b)
 {
-    using T = typename W::T;
-    auto q = [&](int dy, int dx) { return p(TTurned<Turn>::Dy(dy, dx), TTurned<Turn>::Dx(dy, dx)); };
-    const TTurnedSums<Turn, S> t{sums};
-    if constexpr (Green) {
-        const T base = W::template Shl<2>(W::Sub(c, q(-1, 1)));
-        const T x = t.Along(-1, 1), y = t.Across(-1, 1);
-        const T bx = W::Add(base, W::Add(x, x)), by = W::Add(base, W::Add(y, y));
-        return (Turn & 1) ? TTerms<W>{by, bx} : TTerms<W>{bx, by};
-    } else {
-        const T d = W::Sub(c, q(-2, 2)), twice = W::Add(d, d);
-        return {W::Add(twice, t.Around(-1, 1)), W::Add(twice, W::template Shl<2>(q(-1, 1)))};
-    }
+    return _mm_mulhi_epi16(a, b);
 }
 
-// ceil(2^15 / n) for n = 1..8 lane by lane, as Reciprocal<15> builds it; with AVX2 the words
-// of a table picked by a byte shuffle (bytes 2 (n-1) and 2 (n-1) + 1 of each word's lane).
-template <class W>
+#if defined(__AVX2__)
+inline __m256i MulHi(__m256i a, __m256i b)
+{
+    return _mm256_mulhi_epi16(a, b);
+}
+#endif
+
+// ceil(2^K / n) for n = 1..8 lane by lane, as Reciprocal<K> builds it; with AVX2 the words of a
+// table picked by a byte shuffle (bytes 2 (n-1) and 2 (n-1) + 1 of each word's lane). For K = 14
+// SSE2 divides in floats instead: floor(2^14 / n) + 1, one more where n divides 2^14, serves
+// TChosen's mean as well (see there).
+template <class W, int K>
 inline typename W::T Reciprocals(typename W::T n)
 {
-    auto r = [](int32_t t) { return int16_t(((1 << 15) + t - 1) / t); };
+    auto r = [](int32_t t) { return int16_t(((1 << K) + t - 1) / t); };
 #if defined(__AVX2__)
     if constexpr (W::N == 16) {
         const __m256i table = _mm256_setr_epi16(r(1), r(2), r(3), r(4), r(5), r(6), r(7), r(8), r(1), r(2), r(3), r(4),
@@ -285,38 +268,50 @@ inline typename W::T Reciprocals(typename W::T n)
         return _mm256_shuffle_epi8(table, W::Add(W::MulLo(n, W::Set(0x0202)), W::Set(-0x0102)));
     }
 #endif
+    if constexpr (K == 14 && W::N == 8) {
+        const __m128i zero = _mm_setzero_si128();
+        auto quotient = [](__m128i d) {
+            return _mm_cvttps_epi32(_mm_div_ps(_mm_set1_ps(16384.0f), _mm_cvtepi32_ps(d)));
+        };
+        return W::Add(W::Pack32(quotient(W::UnpackLo(n, zero)), quotient(W::UnpackHi(n, zero))), W::Set(1));
+    }
     typename W::T m = W::Set(r(8));
     for (int t = 1; t < 8; ++t)
         m = W::Add(m, W::And(W::Gt(W::Set(int16_t(t + 1)), n), W::Set(int16_t(r(t) - r(t + 1)))));
     return m;
 }
 
-// The numerators and count over the chosen directions (gradient <= min + max / 2), and the
-// rounded means they give (RoundedMean of the numerators clamped to 0 .. 4 n mask). With 8-bit
-// samples the sums fit words, and the mean is the high word of 2u ceil(2^15 / n) with u =
-// (num + 2 n) / 4.
+// The count of the chosen directions (gradient <= min + max / 2) and the signed sums of their
+// terms (S = +1 adds a term, -1 subtracts it), and the rounded means they give. With 8-bit
+// samples a sum s of terms lies within +-8160 and the numerator of the per-pixel loop is num =
+// 4 n c + s; its mean floor((num + 2n) / 4n) is floor(u m / 2^14), u = floor((num + 2n) / 4), m
+// from Reciprocals<W, 14>: m n - 2^14 is at most 3 (8 with SSE2's m where n = 8), so that is
+// exact while u < 255 n, and at or above 255 beyond. The result is left unclamped: below 0 for a
+// negative numerator, at least 255 for one above 4n 255, as packing to bytes wants it.
 template <class W, unsigned Bits>
 struct TChosen {
     using T = typename W::T;
     T limit, n = W::Set(8), a = W::Set(0), b = W::Set(0);
     TChosen(T lo, T hi) : limit(W::Add(lo, W::template Shr<1>(hi))) {}
-    void Take(T gradient, const TTerms<W>& e)
+    template <int SA, int SB>
+    void Take2(T g0, T a0, T b0, T g1, T a1, T b1)
     {
-        const T skip = W::Gt(gradient, limit);
-        n = W::Add(n, skip);
-        a = W::Add(a, W::AndNot(skip, e.a));
-        b = W::Add(b, W::AndNot(skip, e.b));
-    }
-    void Take2(T g0, const TTerms<W>& e0, T g1, const TTerms<W>& e1) { Take(g0, e0), Take(g1, e1); }
-    void Store(int16_t* pFirst, int16_t* pSecond) const
-    {
-        const T zero = W::Set(0), twoN = W::Add(n, n), top = W::MulLo(n, W::Set(4 * 255)), m = Reciprocals<W>(n);
-        auto mean = [&](T num) {
-            const T u = W::template Shr<2>(W::Add(W::Min(W::Max(num, zero), top), twoN));
-            return W::MulHiU(W::Add(u, u), m);
+        auto take = [&](T gradient, T ta, T tb) {
+            const T skip = W::Gt(gradient, limit);
+            n = W::Add(n, skip);
+            a = SA > 0 ? W::Add(a, W::AndNot(skip, ta)) : W::Sub(a, W::AndNot(skip, ta));
+            b = SB > 0 ? W::Add(b, W::AndNot(skip, tb)) : W::Sub(b, W::AndNot(skip, tb));
         };
-        W::Store(pFirst, mean(a));
-        W::Store(pSecond, mean(b));
+        take(g0, a0, b0);
+        take(g1, a1, b1);
+    }
+    void Finish(T c, T& first, T& second) const
+    {
+        // (num + 2n) & ~3 is 4u: 4 n c + 2n + s, within a word.
+        const T base = W::MulLo(n, W::Add(W::template Shl<2>(c), W::Set(2))), m = Reciprocals<W, 14>(n);
+        auto mean = [&](T sum) { return MulHi(W::And(W::Add(sum, base), W::Set(~3)), m); };
+        first = mean(a);
+        second = mean(b);
     }
 };
 
@@ -324,53 +319,60 @@ struct TChosen {
 // gradient - min < max / 2 + 1), and the sums are 32-bit: the terms of two directions, paired
 // word by word with their take masks (-1), give minus their chosen sum in one multiply-add.
 // The mean floor((num + 2n) / 4n) rises with num, so the clamp of num to 0 .. 4n mask may come
-// after it as a clamp to 0 .. mask; u = (num + 2n) >> 2 is therefore narrowed to words with
-// saturation (32767 / n still clamps to mask), and floor(u / n) is the high word of 2u
-// ceil(2^15 / n) (u / n at least, less than u / n + 1 as u < 2^15), less one where it times n
-// exceeds u.
+// after it as a clamp to 0 .. mask; u = (num + 2n) >> 2 = n c + (s + 2n) >> 2 is therefore
+// narrowed to words with saturation (32767 / n still clamps to mask), and floor(u / n) is the
+// high word of 2u ceil(2^15 / n) (u / n at least, less than u / n + 1 as u < 2^15), less one
+// where it times n exceeds u.
 template <class W, unsigned Bits>
 struct TChosenDeep {
     using T = typename W::T;
     T lo, half1, n = W::Set(0);
     T a[2] = {W::Set(0), W::Set(0)}, b[2] = {W::Set(0), W::Set(0)};  // pixels of UnpackLo, UnpackHi
     TChosenDeep(T lo_, T hi) : lo(lo_), half1(W::Add(W::template Shr<1>(hi), W::Set(1))) {}
-    void Take2(T g0, const TTerms<W>& e0, T g1, const TTerms<W>& e1)
+    template <int SA, int SB>
+    void Take2(T g0, T a0, T b0, T g1, T a1, T b1)
     {
         const T t0 = W::Gt(half1, W::Sub(g0, lo)), t1 = W::Gt(half1, W::Sub(g1, lo));
         n = W::Sub(W::Sub(n, t0), t1);
         const T tLo = W::UnpackLo(t0, t1), tHi = W::UnpackHi(t0, t1);
-        a[0] = W::Add32(a[0], W::MAdd(W::UnpackLo(e0.a, e1.a), tLo));
-        a[1] = W::Add32(a[1], W::MAdd(W::UnpackHi(e0.a, e1.a), tHi));
-        b[0] = W::Add32(b[0], W::MAdd(W::UnpackLo(e0.b, e1.b), tLo));
-        b[1] = W::Add32(b[1], W::MAdd(W::UnpackHi(e0.b, e1.b), tHi));
+        auto add = [&](T(&minus)[2], int sign, T e0, T e1) {
+            const T lo = W::MAdd(W::UnpackLo(e0, e1), tLo), hi = W::MAdd(W::UnpackHi(e0, e1), tHi);
+            minus[0] = sign > 0 ? W::Add32(minus[0], lo) : W::Sub32(minus[0], lo);
+            minus[1] = sign > 0 ? W::Add32(minus[1], hi) : W::Sub32(minus[1], hi);
+        };
+        add(a, SA, a0, a1);
+        add(b, SB, b0, b1);
     }
-    void Store(int16_t* pFirst, int16_t* pSecond) const
+    void Finish(T c, T& first, T& second) const
     {
-        const T zero = W::Set(0), twoN = W::Add(n, n), m = Reciprocals<W>(n);
+        const T zero = W::Set(0), twoN = W::Add(n, n), nc = W::MulLo(n, c), m = Reciprocals<W, 15>(n);
         const T twoN32[2] = {W::UnpackLo(twoN, zero), W::UnpackHi(twoN, zero)};
+        const T nc32[2] = {W::UnpackLo(nc, zero), W::UnpackHi(nc, zero)};
         auto mean = [&](const T(&minus)[2]) {
-            auto u32 = [&](int h) { return W::template Sar32<2>(W::Sub32(twoN32[h], minus[h])); };
+            auto u32 = [&](int h) { return W::Add32(nc32[h], W::template Sar32<2>(W::Sub32(twoN32[h], minus[h]))); };
             const T u = W::Max(W::Pack32(u32(0), u32(1)), zero), q = W::MulHiU(W::Add(u, u), m);
             const T low = W::Add(q, W::template Sar<15>(W::Sub(u, W::MulLo(q, n))));
             return W::Min(low, W::Set(int16_t(TDepth<Bits>::kMask1)));
         };
-        W::Store(pFirst, mean(a));
-        W::Store(pSecond, mean(b));
+        first = mean(a);
+        second = mean(b);
     }
 };
 
-// The estimates of the W::N columns of one parity of line y from column x0 + 2j + Par on (see
-// Estimates in variable_gradients.cpp).
+// The two estimates of the W::N columns of one parity of line y from column x0 + 2j + Par on (see
+// Estimates in variable_gradients.cpp): the gradients from the planes, the terms of the site each
+// direction points to from the terms' rows (at a red or blue pixel dv and dv - dh of the green
+// sites above and below, dh and dh - dv of those beside, the rising terms of the sites up right
+// and down left, the falling ones of the others; at a green pixel d4 - 2v and 4s - 2v of the sites
+// above and below, 4s - 2h and d4 - 2h of those beside, minus dv and dh of the green diagonal
+// ones), unclamped at 8 bits (see TChosen).
 template <class W, unsigned Bits, bool Green, int Par>
 __attribute__((always_inline)) inline void EstimateBlock(const TStrip<int16_t>& s, uint32_t y, int32_t j,
-                                                         int16_t* pFirst, int16_t* pSecond)
+                                                         typename W::T& first, typename W::T& second)
 {
     using T = typename W::T;
-    const TRow<int16_t>* rows[5] = {&s.src[(y - 2) & 7], &s.src[(y - 1) & 7], &s.src[y & 7], &s.src[(y + 1) & 7],
-                                    &s.src[(y + 2) & 7]};
     const uint32_t s0 = (y - 2) & 3, s1 = (y - 1) & 3, s2 = y & 3;
     const int32_t k = j + 2;  // column x0 + 2j + Par is i = 2k + Par
-    auto p = [&](int dy, int dx) { return W::Load(&At<Par>(*rows[2 + dy], k, dx)); };
     auto at = [&](const TRow<int16_t>(&plane)[4], uint32_t slot, int dx) {
         return W::Load(&At<Par>(plane[slot], k, dx));
     };
@@ -402,54 +404,130 @@ __attribute__((always_inline)) inline void EstimateBlock(const TStrip<int16_t>& 
     }
     T lo = g[0], hi = g[0];
     for (int m = 1; m < 8; ++m) lo = W::Min(lo, g[m]), hi = W::Max(hi, g[m]);
-    const T c = p(0, 0);
-    struct {
-        const TStrip<int16_t>& s;
-        uint32_t y;
-        int32_t k;
-        T hs(int dy, int dx) const { return W::Load(&At<Par>(s.sums.hs[(y + dy) & 7], k, dx)); }
-        T vs(int dy, int dx) const { return W::Load(&At<Par>(s.sums.vs[(y + dy) & 3], k, dx)); }
-        T g4(int dy, int dx) const { return W::Load(&At<Par>(s.sums.g4[(y + dy) & 3], k, dx)); }
-    } const sums{s, y, k};
+    auto green = [&](int term, int dy, int dx) {
+        return W::Load(&s.terms[(y + dy) & 3].green[term][k + ((Par + dx) >> 1)]);
+    };
+    auto other = [&](int term, int dy, int dx) {
+        return W::Load(&s.terms[(y + dy) & 3].other[term][k + ((Par + dx) >> 1)]);
+    };
     std::conditional_t<Bits == 8, TChosen<W, Bits>, TChosenDeep<W, Bits>> chosen(lo, hi);
-    chosen.Take2(g[0], AxisTerms<W, 0, Green>(p, sums, c), g[1], AxisTerms<W, 1, Green>(p, sums, c));
-    chosen.Take2(g[2], AxisTerms<W, 2, Green>(p, sums, c), g[3], AxisTerms<W, 3, Green>(p, sums, c));
-    chosen.Take2(g[4], DiagonalTerms<W, 0, Green>(p, sums, c), g[5], DiagonalTerms<W, 1, Green>(p, sums, c));
-    chosen.Take2(g[6], DiagonalTerms<W, 2, Green>(p, sums, c), g[7], DiagonalTerms<W, 3, Green>(p, sums, c));
-    chosen.Store(pFirst + j, pSecond + j);
+    // Directions in the order of g: north, west, south, east, north-east, north-west, south-west, south-east.
+    if constexpr (Green) {
+        chosen.template Take2<1, 1>(g[0], other(2, -1, 0), other(0, -1, 0), g[2], other(2, 1, 0), other(0, 1, 0));
+        chosen.template Take2<1, 1>(g[1], other(1, 0, -1), other(3, 0, -1), g[3], other(1, 0, 1), other(3, 0, 1));
+        chosen.template Take2<-1, -1>(g[4], green(0, -1, 1), green(1, -1, 1), g[5], green(0, -1, -1), green(1, -1, -1));
+        chosen.template Take2<-1, -1>(g[6], green(0, 1, -1), green(1, 1, -1), g[7], green(0, 1, 1), green(1, 1, 1));
+    } else {
+        chosen.template Take2<1, 1>(g[0], green(0, -1, 0), green(2, -1, 0), g[2], green(0, 1, 0), green(2, 1, 0));
+        chosen.template Take2<1, -1>(g[1], green(1, 0, -1), green(2, 0, -1), g[3], green(1, 0, 1), green(2, 0, 1));
+        chosen.template Take2<1, 1>(g[4], other(4, -1, 1), other(5, -1, 1), g[6], other(4, 1, -1), other(5, 1, -1));
+        chosen.template Take2<1, 1>(g[5], other(6, -1, -1), other(7, -1, -1), g[7], other(6, 1, 1), other(7, 1, 1));
+    }
+    chosen.Finish(W::Load(&At<Par>(s.src[y & 7], k, 0)), first, second);
 }
 
 // Both parities of a line of n columns block by block, so that the second finds the rows both
-// read still in the first level cache; green at parity 0 if Green0. The odd columns may be one
-// fewer: their last block may then run past them into the spare entries.
-template <class W, unsigned Bits, bool Green0>
-void EstimateBlocks(const TStrip<int16_t>& s, uint32_t y, uint32_t n, TEstimates& first, TEstimates& second)
+// read still in the first level cache; green at parity 0 if Green0. out(j, parity, first,
+// second, even) takes the estimates of columns x0 + 2j + parity, x0 + 2j + 2 + parity, ...;
+// what it returns for the even ones comes back as `even` with the odd ones. The odd columns may
+// be one fewer: their last block may then run past them into the spare entries.
+template <class W, unsigned Bits, bool Green0, class F>
+void EstimateBlocks(const TStrip<int16_t>& s, uint32_t y, uint32_t n, const F& out)
 {
+    using T = typename W::T;
     for (int32_t j = 0; j < int32_t(n + 1) / 2; j += W::N) {
-        EstimateBlock<W, Bits, Green0, 0>(s, y, j, first[Green0], second[Green0]);
-        EstimateBlock<W, Bits, !Green0, 1>(s, y, j, first[!Green0], second[!Green0]);
+        T first, second;
+        EstimateBlock<W, Bits, Green0, 0>(s, y, j, first, second);
+        const T even = out(j, 0, first, second, first);
+        EstimateBlock<W, Bits, !Green0, 1>(s, y, j, first, second);
+        out(j, 1, first, second, even);
     }
 }
 
-template <class W, unsigned Bits>
-void EstimateLine(const TStrip<int16_t>& s, uint32_t y, uint32_t n, int greenParity, TEstimates& first,
-                  TEstimates& second)
+// Words (saturated to 0 .. 255) packed into bytes, those of a in the low half of each 128-bit
+// lane; and the low or high halves of two such registers' lanes interleaved byte by byte.
+inline __m128i PackBytes(__m128i a, __m128i b)
 {
+    return _mm_packus_epi16(a, b);
+}
+
+inline __m128i UnpackBytesLo(__m128i a, __m128i b)
+{
+    return _mm_unpacklo_epi8(a, b);
+}
+
+inline __m128i UnpackBytesHi(__m128i a, __m128i b)
+{
+    return _mm_unpackhi_epi8(a, b);
+}
+
+#if defined(__AVX2__)
+inline __m256i PackBytes(__m256i a, __m256i b)
+{
+    return _mm256_packus_epi16(a, b);
+}
+
+inline __m256i UnpackBytesLo(__m256i a, __m256i b)
+{
+    return _mm256_unpacklo_epi8(a, b);
+}
+
+inline __m256i UnpackBytesHi(__m256i a, __m256i b)
+{
+    return _mm256_unpackhi_epi8(a, b);
+}
+#endif
+
+// The estimates of line y of a strip of n columns (green at parity greenParity), stored by
+// column parity for the scalar writer; with DstBytes (a null LUT) the pixels of the stretch's
+// whole blocks of 2 W::N columns go out straight from the registers instead (their stores spread
+// among the arithmetic rather than in a burst), and the first column left is returned.
+template <class W, class V, unsigned Bits, uint32_t DstBytes>
+uint32_t EstimateLine(const TStrip<int16_t>& s, uint32_t y, uint32_t n, int greenParity, TEstimates& first,
+                      TEstimates& second, const TGradientsStretch& st)
+{
+    using T = typename W::T;
+    const int32_t whole = DstBytes ? int32_t(n / (2 * W::N)) * W::N : 0;  // blocks below it are written
+    auto out = [&](int32_t j, int par, T f, T o, T even) {
+        if constexpr (DstBytes != 0) {
+            if (j < whole) {
+                // The two estimates of a parity in one register of bytes, then both parities in column order.
+                const T both = PackBytes(W::template Shr<Bits - 8>(f), W::template Shr<Bits - 8>(o));
+                if (par == 0) return both;
+                const uint32_t x = st.x0 + 2 * uint32_t(j);
+                auto same = [](T v) { return v; };
+                PutPixels<V, DstBytes>(st, x, Samples<V, Bits>(st.pCur, x), UnpackBytesLo(even, both),
+                                       UnpackBytesHi(even, both), same, same, same);
+                return both;
+            }
+        }
+        // The scalar writer reads them as table indices: 8-bit means are clamped here.
+        auto put = [](int16_t* p, T v) { W::Store(p, Bits == 8 ? W::Min(W::Max(v, W::Set(0)), W::Set(255)) : v); };
+        put(first[par == greenParity] + j, f);
+        put(second[par == greenParity] + j, o);
+        return f;
+    };
     if (greenParity == 0) {
-        EstimateBlocks<W, Bits, true>(s, y, n, first, second);
+        EstimateBlocks<W, Bits, true>(s, y, n, out);
     } else {
-        EstimateBlocks<W, Bits, false>(s, y, n, first, second);
+        EstimateBlocks<W, Bits, false>(s, y, n, out);
     }
+    return st.x0 + 2 * uint32_t(whole);
 }
 
-template <class W>
-TGradientsVector GradientsVector(uint32_t dwBits)
+// The stages for a depth; with a null LUT (bIdentity) the estimates write the pixels.
+template <class W, class V>
+TGradientsVector GradientsVector(uint32_t dwBits, uint32_t dwDstBytes, bool bIdentity)
 {
-    TGradientsVector v{nullptr, nullptr, nullptr};
+    TGradientsVector v{nullptr, nullptr, nullptr, false};
     WithDepth(dwBits, [&](auto bits) {
         v.widen = WidenLine<W, bits>;
         v.planes = TakePlanes<W>;
-        v.estimates = EstimateLine<W, bits>;
+        v.estimates = EstimateLine<W, V, bits, 0>;
+        if (bIdentity) {
+            WithPixelBytes(dwDstBytes, [&](auto bytes) { v.estimates = EstimateLine<W, V, bits, bytes>; });
+            v.bWrites = true;
+        }
     });
     return v;
 }

@@ -19,7 +19,7 @@ struct TTurned {
 // column parity: column x0 - 4 + i lies in half i & 1 at index i >> 1. Columns x0 - 2 .. x1 + 1 are the image's,
 // the two beyond them on either side are zero (only unused plane entries read them). The vector
 // loops run whole blocks past the strip's last column: kSpare more entries keep them inside.
-constexpr uint32_t kStrip = 2048;
+constexpr uint32_t kStrip = 2560;
 constexpr uint32_t kSpare = 32;
 constexpr uint32_t kHalf = kStrip / 2 + 4 + kSpare;
 template <class T>
@@ -37,18 +37,24 @@ using TRow = T[2][kHalf];
 //   a2  rising pairs from line r: |w(r, i) - w(r+2, i-2)| + |w(r, i+1) - w(r+2, i-1)|
 //   m2  falling pairs from line r: |w(r, i) - w(r+2, i+2)| + |w(r, i+1) - w(r+2, i+3)|
 // Around line y the north gradient is tv(y-2) + tv(y-1), the west one hv(y-1) + 2 hv(y) +
-// hv(y+1) at the column left of the pixel, and so on (see Gradients).
+// hv(y+1) at the column left of the pixel, and so on (see Gradients). The vector stages take
+// da and dm only at the red and blue columns of line r+1, the only ones read.
 template <class T>
 struct TStrip {
     TRow<T> src[8];
     TRow<T> tv[4], hv[4], da[4], dm[4], a2[4], m2[4];
-    // Sums of the vector estimates: hs of line r (slot r & 7) w(r, i-1) + w(r, i+1), vs of line r
-    // (slot r & 3) w(r-1, i) + w(r+1, i), and g4 = hs + vs, the four direct neighbours.
+    // What a direction adds to a vector estimate is a colour difference at the one site it points
+    // to, in quarters, so each site's differences are taken once (slot r & 3 for line r, at the
+    // site's index in its half). With s the site's sample, v and h the sums of its vertical and
+    // horizontal neighbours, d4 of its four diagonal ones, rise of the upper right and lower left
+    // one, fall of the other two: at green sites dv = 4s - 2v, dh = 4s - 2h, and dv - dh; at red
+    // and blue sites 4s - 2v, 4s - 2h, d4 - 2v, d4 - 2h, (v + h) - 2 rise, 4s - 2 rise,
+    // (v + h) - 2 fall, 4s - 2 fall (see EstimateBlock for which direction takes which).
     struct {
-        TRow<T> hs[8], vs[4], g4[4];
-    } sums;
+        T green[3][kHalf];
+        T other[8][kHalf];
+    } terms[4];
 };
-
 // The value at column offset dx from column 2k + H of a split row (the offset's half and index).
 template <int H, class T>
 inline __attribute__((always_inline)) const T& At(const TRow<T>& row, int32_t k, int dx)
@@ -89,17 +95,21 @@ TGradientsWriter GradientsWriter_avx2(uint32_t dwBits, uint32_t dwDstBytes, bool
 
 // The vector stages of strips in 16-bit lanes (at every depth: planes and gradients stay below
 // 2^15): a source line split like WidenRow, the planes of slot y from lines y .. y+2 of a strip
-// of n columns, and the estimates of both parities of line y (whose planes of lines y-2 .. y are
-// taken), green columns of parity greenParity. The same values as the per-pixel loops, in whole
-// blocks of lanes (the spare entries past n hold garbage).
+// of n columns with the terms of line y+1 (green at the columns of parity greenHalf), and the
+// estimates of both parities of line y (whose planes of lines y-2 .. y are taken), green columns
+// of parity greenParity, stored for the scalar writer: the same values as the per-pixel loops, in
+// whole blocks of lanes (the spare entries past n hold garbage). If bWrites, the estimates write
+// the pixels of the stretch's whole blocks themselves (the writer is then not needed); they return
+// the first column left to the scalar writer (x0 if none).
 struct TGradientsVector {
     void (*widen)(const uint8_t* pLine, uint32_t x0, uint32_t n, TRow<int16_t>& row);
-    void (*planes)(TStrip<int16_t>& s, uint32_t y, uint32_t n);
-    void (*estimates)(const TStrip<int16_t>& s, uint32_t y, uint32_t n, int greenParity, TEstimates& first,
-                      TEstimates& second);
+    void (*planes)(TStrip<int16_t>& s, uint32_t y, uint32_t n, int greenHalf);
+    uint32_t (*estimates)(const TStrip<int16_t>& s, uint32_t y, uint32_t n, int greenParity, TEstimates& first,
+                          TEstimates& second, const TGradientsStretch& stretch);
+    bool bWrites;
 };
 
-// The stages for a depth (8, 10, 12) of the widest vector set the switches allow (null members
-// without one); the AVX2 copy.
-TGradientsVector GradientsVector_intr(uint32_t dwBits);
-TGradientsVector GradientsVector_avx2(uint32_t dwBits);
+// The stages for a depth (8, 10, 12), a destination (3 or 4 bytes) and a LUT (bIdentity: null) of
+// the widest vector set the switches allow (null members without one); the AVX2 copy.
+TGradientsVector GradientsVector_intr(uint32_t dwBits, uint32_t dwDstBytes, bool bIdentity);
+TGradientsVector GradientsVector_avx2(uint32_t dwBits, uint32_t dwDstBytes, bool bIdentity);

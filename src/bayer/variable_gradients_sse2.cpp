@@ -18,11 +18,11 @@ TGradientsWriter GradientsWriter_intr(uint32_t dwBits, uint32_t dwDstBytes, bool
     return nullptr;
 }
 
-TGradientsVector GradientsVector_intr(uint32_t dwBits)
+TGradientsVector GradientsVector_intr(uint32_t dwBits, uint32_t dwDstBytes, bool bIdentity)
 {
 #if defined(__SSE2__)
-    if (g_SSEChecker.UseAVX2()) return GradientsVector_avx2(dwBits);
-    if (g_SSEChecker.m_bUseSSE2) return GradientsVector<W128>(dwBits);
+    if (g_SSEChecker.UseAVX2()) return GradientsVector_avx2(dwBits, dwDstBytes, bIdentity);
+    if (g_SSEChecker.m_bUseSSE2) return GradientsVector<W128, V128<false>>(dwBits, dwDstBytes, bIdentity);
 #endif
-    return {nullptr, nullptr, nullptr};
+    return {nullptr, nullptr, nullptr, false};
 }

@@ -16,12 +16,12 @@ TEST(BdVariableGradients, MatchesReferenceForEveryDepthPatternDestinationAndLut)
 
 // Every width up to 70 (both column parities at each end of the vector loops, the writer's
 // blocks of 16 and 32 pixels and the scalar pixels after them) and widths that end the strips
-// of 2048 columns at every parity.
+// of 2560 columns at every parity.
 TEST(BdVariableGradients, MatchesReferenceAtEveryWidthAndAcrossStrips)
 {
     std::vector<Size> sizes;
     for (uint32_t w = 2; w <= 70; ++w) sizes.push_back({w, 6 + w % 3});
-    for (uint32_t w : {2051u, 2052u, 2053u, 2054u}) sizes.push_back({w, 5 + w % 2});
+    for (uint32_t w : {2563u, 2564u, 2565u, 2566u}) sizes.push_back({w, 5 + w % 2});
     ExpectMatchesModel(KaipBdVariableGradients, VariableGradients, sizes);
 }
 
