@@ -29,9 +29,9 @@ TEST(BayerInterior8Simd, EveryLevelWritesTheScalarBytes)
     std::vector<Size> sizes;
     for (uint32_t w = 2; w <= 64; ++w) sizes.push_back({w, 2 + w % 5});
     for (uint32_t w : {641u, 1000u, 2448u}) sizes.push_back({w, 5});
+    const LutKind kinds[] = {LutKind::Identity, LutKind::Global, LutKind::Custom, LutKind::Custom};
     for (int variant = 0; variant < 4; ++variant) {
-        const TestLut lut(variant == 0 ? LutKind::Identity : variant == 1 ? LutKind::Global : LutKind::Custom,
-                          99 + variant);
+        const TestLut lut(kinds[variant], 99 + variant);
         if (variant == 3) {
             // Doubled and quadrupled tables that no longer repeat the single ones: the sums index them.
             TKaIpLut8* p8 = nullptr;

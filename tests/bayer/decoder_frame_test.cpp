@@ -56,8 +56,8 @@ TEST(BayerFrame, ChecksWithTheirStatuses)
     };
     for (uint32_t format : {KaipPixelFormat_Mono8, KaipPixelFormat_BGR8Packed})
         cases.push_back({format, 0, 0, KASTATUS_KAIP_NOT_BAYER_PIXEL_FORMAT});
-    for (uint32_t format : {KaipPixelFormat_BayerRG16, KaipPixelFormat_BayerRG10Packed,
-                            KaipPixelFormat_BayerBG12Packed, KaipPixelFormat_BayerGR10Mipi})
+    for (uint32_t format : {KaipPixelFormat_BayerRG16, KaipPixelFormat_BayerRG10Packed, KaipPixelFormat_BayerBG12Packed,
+                            KaipPixelFormat_BayerGR10Mipi})
         cases.push_back({format, 0, 0, KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT});
     for (const Family& fam : Families()) {
         for (const Case& c : cases) {
