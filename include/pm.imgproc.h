@@ -389,8 +389,8 @@ KAIP_API KaipStatus KaipBdBilinearInterpolation(const KaipImgInfo* pSrcImgInfo, 
  * and each missing colour is the pixel's own sample plus the mean, over the kept directions,
  * of that colour's difference to the pixel's colour around the neighbour in the direction.
  * Measured at 2448x2048 on one thread: about 4 times the bilinear decoder's time with an
- * 8-bit LUT (SSE2 alone and with AVX2), 7 to 7.5 times without a LUT (the bilinear decoder then
- * only averages bytes), 6.5 to 7 times for 12-bit sources.
+ * 8-bit LUT (SSE2 alone and with AVX2), 7.5 to 9 times without a LUT (the bilinear decoder then
+ * only averages bytes), 6.5 to 7.5 times for 12-bit sources.
  * Allocates one strip buffer (about 290 KB; 570 KB for 10- and 12-bit sources with SIMD
  * switched off) per call: when that fails it returns KASTATUS_KAIP_MEMORY_ALLOC_FAILED, after
  * a rebuild of the destination but before any write. */
@@ -405,8 +405,8 @@ KAIP_API KaipStatus KaipBdVariableGradients(const KaipImgInfo* pSrcImgInfo, Kaip
  * neighbours plus green's step there (green less the mean of the greens at those neighbours),
  * kept between the two values; otherwise the mean plus half that step. At red and blue sites
  * the transit runs along the diagonal of smaller gradient. The best PSNR of the library
- * (35.4 dB), at about 4.2 times the bilinear decoder's time for 8-bit mosaics without a LUT
- * (3.4 with AVX2), about 3 times for 12-bit ones and with a LUT.
+ * (35.4 dB), at 4.2 to 5.4 times the bilinear decoder's time for 8-bit mosaics without a LUT
+ * (3.4 to 4.4 with AVX2), about 3 to 3.5 times for 12-bit ones and with a LUT.
  * Allocates line buffers per call (about 26 bytes per column; 12 with SIMD.Level 0): when that
  * fails it returns KASTATUS_KAIP_MEMORY_ALLOC_FAILED, after a rebuild of the destination but
  * before any write. */
