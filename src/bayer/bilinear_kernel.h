@@ -24,6 +24,8 @@ struct V128 {
     static T Set32(int32_t v) { return _mm_set1_epi32(v); }
     static T WidenLo(T a) { return _mm_unpacklo_epi8(a, Zero()); }
     static T WidenHi(T a) { return _mm_unpackhi_epi8(a, Zero()); }
+    static T UnpackLo(T a, T b) { return _mm_unpacklo_epi8(a, b); }  // bytes a0 b0 a1 b1 ... per 128-bit lane
+    static T UnpackHi(T a, T b) { return _mm_unpackhi_epi8(a, b); }
     static T Add(T a, T b) { return _mm_add_epi16(a, b); }
     template <int S>
     static T Shr(T a)
@@ -144,6 +146,8 @@ struct V256 {
     static T Set32(int32_t v) { return _mm256_set1_epi32(v); }
     static T WidenLo(T a) { return _mm256_unpacklo_epi8(a, Zero()); }
     static T WidenHi(T a) { return _mm256_unpackhi_epi8(a, Zero()); }
+    static T UnpackLo(T a, T b) { return _mm256_unpacklo_epi8(a, b); }  // bytes a0 b0 a1 b1 ... per 128-bit lane
+    static T UnpackHi(T a, T b) { return _mm256_unpackhi_epi8(a, b); }
     static T Add(T a, T b) { return _mm256_add_epi16(a, b); }
     template <int S>
     static T Shr(T a)

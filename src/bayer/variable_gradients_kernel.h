@@ -444,40 +444,6 @@ void EstimateBlocks(const TStrip<int16_t>& s, uint32_t y, uint32_t n, const F& o
     }
 }
 
-// Words (saturated to 0 .. 255) packed into bytes, those of a in the low half of each 128-bit
-// lane; and the low or high halves of two such registers' lanes interleaved byte by byte.
-inline __m128i PackBytes(__m128i a, __m128i b)
-{
-    return _mm_packus_epi16(a, b);
-}
-
-inline __m128i UnpackBytesLo(__m128i a, __m128i b)
-{
-    return _mm_unpacklo_epi8(a, b);
-}
-
-inline __m128i UnpackBytesHi(__m128i a, __m128i b)
-{
-    return _mm_unpackhi_epi8(a, b);
-}
-
-#if defined(__AVX2__)
-inline __m256i PackBytes(__m256i a, __m256i b)
-{
-    return _mm256_packus_epi16(a, b);
-}
-
-inline __m256i UnpackBytesLo(__m256i a, __m256i b)
-{
-    return _mm256_unpacklo_epi8(a, b);
-}
-
-inline __m256i UnpackBytesHi(__m256i a, __m256i b)
-{
-    return _mm256_unpackhi_epi8(a, b);
-}
-#endif
-
 // The estimates of line y of a strip of n columns (green at parity greenParity), stored by
 // column parity for the scalar writer; with DstBytes (a null LUT) the pixels of the stretch's
 // whole blocks of 2 W::N columns go out straight from the registers instead (their stores spread
@@ -492,12 +458,12 @@ uint32_t EstimateLine(const TStrip<int16_t>& s, uint32_t y, uint32_t n, int gree
         if constexpr (DstBytes != 0) {
             if (j < whole) {
                 // The two estimates of a parity in one register of bytes, then both parities in column order.
-                const T both = PackBytes(W::template Shr<Bits - 8>(f), W::template Shr<Bits - 8>(o));
+                const T both = V::Pack(W::template Shr<Bits - 8>(f), W::template Shr<Bits - 8>(o));
                 if (par == 0) return both;
                 const uint32_t x = st.x0 + 2 * uint32_t(j);
                 auto same = [](T v) { return v; };
-                PutPixels<V, DstBytes>(st, x, Samples<V, Bits>(st.pCur, x), UnpackBytesLo(even, both),
-                                       UnpackBytesHi(even, both), same, same, same);
+                PutPixels<V, DstBytes>(st, x, Samples<V, Bits>(st.pCur, x), V::UnpackLo(even, both),
+                                       V::UnpackHi(even, both), same, same, same);
                 return both;
             }
         }
