@@ -70,10 +70,10 @@ inline void Put32(std::vector<uint8_t>& b, size_t at, uint32_t v)
     Put16(b, at, v);
     Put16(b, at + 2, v >> 16);
 }
-// A copy of the bytes with a 2- or 4-byte field replaced.
+// A copy of the bytes with a 1-, 2- or 4-byte field replaced.
 inline std::vector<uint8_t> With(std::vector<uint8_t> b, size_t at, uint32_t v, int size = 4)
 {
-    size == 2 ? Put16(b, at, v) : Put32(b, at, v);
+    size == 1 ? void(b[at] = uint8_t(v)) : size == 2 ? Put16(b, at, v) : Put32(b, at, v);
     return b;
 }
 

@@ -9,13 +9,11 @@
 #include <climits>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <string>
 #include <vector>
 
-#include "support/guarded.h"
+#include "file/file_test_util.h"
 
 namespace {
 
@@ -98,11 +96,23 @@ void PrintTo(const Case& c, std::ostream* os)
 {
     *os << c.name;
 }
-struct FileKind;
-void PrintTo(const FileKind& kind, std::ostream* os);
 
 // Files of this process only, so that runs side by side do not meet.
 const std::string kTmp = testing::TempDir() + "kaip_hostile_" + std::to_string(getpid()) + "_";
+
+// The loaders and savers of the three file kinds by their first letter (B, T, J).
+KaipStatus Load(char kind, const char* name, KaipImgInfo* img)
+{
+    return kind == 'B'   ? KaipLoadFromBmp(name, img, 0)
+           : kind == 'T' ? KaipLoadFromTiff(name, img)
+                         : KaipLoadFromJpeg(name, img, KaipOption_ReallocateDst);
+}
+KaipStatus Save(char kind, const char* name, const KaipImgInfo* img, uint32_t option)
+{
+    return kind == 'B'   ? KaipSaveToBmp(name, img, option)
+           : kind == 'T' ? KaipSaveToTiff(name, img, option)
+                         : KaipSaveToJpeg(name, img, option);
+}
 
 const std::vector<ImageFunction>& ImageFunctions()
 {
@@ -331,58 +341,40 @@ void AddArgumentCases(std::vector<Case>& cases)
         return status;
     });
     // Files: names that are null, missing, folders or devices, and saves that cannot be made.
-    using Loader = std::function<KaipStatus(const char*, KaipImgInfo*)>;
-    const std::pair<const char*, Loader> loaders[] = {
-        {"KaipLoadFromBmp", [](const char* n, KaipImgInfo* i) { return KaipLoadFromBmp(n, i, 0); }},
-        {"KaipLoadFromTiff", [](const char* n, KaipImgInfo* i) { return KaipLoadFromTiff(n, i); }},
-        {"KaipLoadFromJpeg",
-         [](const char* n, KaipImgInfo* i) { return KaipLoadFromJpeg(n, i, KaipOption_ReallocateDst); }},
-    };
-    for (const auto& [name, load] : loaders) {
-        Loader f = load;
+    for (const char* name : {"KaipLoadFromBmp", "KaipLoadFromTiff", "KaipLoadFromJpeg"}) {
+        const char kind = name[12];
         add(std::string(name) + "_NullDescriptor", KASTATUS_KAIP_INVALID_DST_POINTER,
-            [f] { return f("/dev/null", nullptr); });
+            [kind] { return Load(kind, "/dev/null", nullptr); });
         for (const auto& [what, path] : {std::pair<const char*, const char*>{"NullName", nullptr},
                                          {"Missing", "/nonexistent/kaip.img"},
                                          {"Folder", "/"},
                                          {"Device", "/dev/zero"},
                                          {"Empty", "/dev/null"}})
-            add(std::string(name) + "_" + what, KASTATUS_KAIP_CANNOT_OPEN_READ_FILE, [f, path = path] {
+            add(std::string(name) + "_" + what, KASTATUS_KAIP_CANNOT_OPEN_READ_FILE, [kind, path = path] {
                 KaipImgInfo img{};
-                const KaipStatus status = f(path, &img);
+                const KaipStatus status = Load(kind, path, &img);
                 return img.pData ? -1 : status;
             });
     }
-    using Saver = std::function<KaipStatus(const char*)>;
-    const std::pair<const char*, Saver> savers[] = {
-        {"KaipSaveToBmp",
-         [](const char* n) {
-             Images images(KaipPixelFormat_BGR8Packed, KaipPixelFormat_BGR8Packed);
-             return KaipSaveToBmp(n, &images.src.info, 0);
-         }},
-        {"KaipSaveToTiff",
-         [](const char* n) {
-             Images images(KaipPixelFormat_Mono16, KaipPixelFormat_Mono16);
-             return KaipSaveToTiff(n, &images.src.info, KaipTiffOption_Scale16);
-         }},
-        {"KaipSaveToJpeg",
-         [](const char* n) {
-             Images images(KaipPixelFormat_Mono8, KaipPixelFormat_Mono8);
-             return KaipSaveToJpeg(n, &images.src.info, 1000);
-         }},
-    };
-    for (const auto& [name, save] : savers) {
-        Saver f = save;
-        add(std::string(name) + "_NullName", KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE, [f] { return f(nullptr); });
-        add(std::string(name) + "_MissingFolder", KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE,
-            [f] { return f("/nonexistent/kaip.img"); });
-        add(std::string(name) + "_Folder", KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE, [f] { return f("/"); });
-        // A device is written in place; libjpeg reports the failed write itself.
-        const bool jpeg = std::strcmp(name, "KaipSaveToJpeg") == 0;
-        add(std::string(name) + "_FullDevice",
-            jpeg ? KASTATUS_KAIP_JPEG_SAVE_FAILED : KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE,
-            [f] { return f("/dev/full"); });
-    }
+    const struct {
+        const char* name;
+        uint32_t format, option;
+    } savers[] = {{"KaipSaveToBmp", kBGR8, 0},
+                  {"KaipSaveToTiff", KaipPixelFormat_Mono16, KaipTiffOption_Scale16},
+                  {"KaipSaveToJpeg", kMono8, 1000}};
+    for (const auto& s : savers)
+        for (const auto& [what, path] : {std::pair<const char*, const char*>{"NullName", nullptr},
+                                         {"MissingFolder", "/nonexistent/kaip.img"},
+                                         {"Folder", "/"},
+                                         {"FullDevice", "/dev/full"}})
+            // A device is written in place; libjpeg reports the failed write itself.
+            add(std::string(s.name) + "_" + what,
+                s.name[10] == 'J' && std::strcmp(what, "FullDevice") == 0 ? KASTATUS_KAIP_JPEG_SAVE_FAILED
+                                                                          : KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE,
+                [s, path = path] {
+                    Images images(s.format, s.format);
+                    return Save(s.name[10], path, &images.src.info, s.option);
+                });
 }
 
 std::vector<Case> AllCases()
@@ -403,47 +395,32 @@ TEST_P(Hostile, ReturnsItsStatusAndTouchesNothing)
 INSTANTIATE_TEST_SUITE_P(All, Hostile, testing::ValuesIn(AllCases()),
                          [](const testing::TestParamInfo<Case>& info) { return info.param.name; });
 
-}  // namespace
-
-namespace {
-
 // Every loader meets every truncation of a small valid file (each must be refused with its status;
 // the BMP and TIFF loaders read the whole file before allocating) and each of its header bytes set to
 // 0x00 and to 0xFF (each must give a status); whatever was allocated is released, so that
-// LeakSanitizer sees every failure path.
+// LeakSanitizer sees every failure path. A TIFF cut inside its directory (which ends where the pixels
+// start) is invalid, elsewhere unreadable.
 struct FileKind {
-    const char* name;
-    uint32_t format;
-    std::function<KaipStatus(const char*, const KaipImgInfo*)> save;
-    std::function<KaipStatus(const char*, KaipImgInfo*)> load;
-    KaipStatus (*cut)(size_t n);  // the status of the file cut to n bytes
-    bool allocatesLate;           // a refused load allocates nothing
+    const char* name;  // its first letter picks the saver and the loader
+    uint32_t format, saveOption;
+    size_t directoryEnd;
+    KaipStatus cutInDirectory, cut;
+    bool allocatesLate;  // a refused load allocates nothing
 };
 
-std::vector<uint8_t> ReadAll(const std::string& path)
+void PrintTo(const FileKind& kind, std::ostream* os)
 {
-    std::ifstream in(path, std::ios::binary);
-    return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-void WriteAll(const std::string& path, const uint8_t* p, size_t n)
-{
-    ASSERT_TRUE(std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(p), std::streamsize(n)));
+    *os << kind.name;
 }
 
 KaipStatus LoadAndRelease(const FileKind& kind, const std::string& path)
 {
     KaipImgInfo img{};
     img.PixelFormat = KaipPixelFormat_RGB8Packed;  // how a colour TIFF is delivered
-    const KaipStatus status = kind.load(path.c_str(), &img);
+    const KaipStatus status = Load(kind.name[0], path.c_str(), &img);
     if (status != 0 && img.pData && kind.allocatesLate) ADD_FAILURE() << kind.name << ": a refused load allocated";
     KaipDeallocateImageData(&img);
     return status;
-}
-
-void PrintTo(const FileKind& kind, std::ostream* os)
-{
-    *os << kind.name;
 }
 
 class HostileFile : public testing::TestWithParam<FileKind> {};
@@ -456,22 +433,21 @@ TEST_P(HostileFile, EveryTruncationIsRefusedAndEveryCorruptionGivesAStatus)
     ASSERT_EQ(KaipAllocateImageData(&img), 0);
     FillRandom(img.pData, KaipGetImageDataSize(&img), 5);
     const std::string good = kTmp + "hostile_good_" + kind.name, bad = kTmp + "hostile_bad_" + kind.name;
-    ASSERT_EQ(kind.save(good.c_str(), &img), 0);
+    ASSERT_EQ(Save(kind.name[0], good.c_str(), &img, kind.saveOption), 0);
     KaipDeallocateImageData(&img);
-    const std::vector<uint8_t> bytes = ReadAll(good);
+    const std::vector<uint8_t> bytes = filetest::ReadBytes(good);
     ASSERT_FALSE(bytes.empty());
     ASSERT_EQ(LoadAndRelease(kind, good), 0);
 
     for (size_t n = 0; n < bytes.size(); ++n) {
-        WriteAll(bad, bytes.data(), n);
-        EXPECT_EQ(LoadAndRelease(kind, bad), kind.cut(n)) << kind.name << " truncated to " << n << " bytes";
+        filetest::WriteBytes(bad, std::vector<uint8_t>(bytes.begin(), bytes.begin() + std::ptrdiff_t(n)));
+        EXPECT_EQ(LoadAndRelease(kind, bad), n >= 8 && n < kind.directoryEnd ? kind.cutInDirectory : kind.cut)
+            << kind.name << " truncated to " << n << " bytes";
     }
     // Every header byte, then every 16th byte of the data.
     for (size_t i = 0; i < bytes.size(); i += i < 160 ? 1 : 16)
         for (uint8_t value : {uint8_t(0x00), uint8_t(0xFF)}) {
-            std::vector<uint8_t> spoilt = bytes;
-            spoilt[i] = value;
-            WriteAll(bad, spoilt.data(), spoilt.size());
+            filetest::WriteBytes(bad, filetest::With(bytes, i, value, 1));
             const KaipStatus status = LoadAndRelease(kind, bad);
             EXPECT_TRUE(status == 0 ||
                         (status >= KASTATUS_KAIP_INVALID_POINTER && status <= KASTATUS_KAIP_JPEG_LOAD_FAILED))
@@ -481,32 +457,13 @@ TEST_P(HostileFile, EveryTruncationIsRefusedAndEveryCorruptionGivesAStatus)
     std::remove(bad.c_str());
 }
 
+constexpr KaipStatus kInvalidTiff = KASTATUS_KAIP_INVALID_TIFF_FILE, kUnreadable = KASTATUS_KAIP_CANNOT_OPEN_READ_FILE;
 INSTANTIATE_TEST_SUITE_P(
     Loaders, HostileFile,
-    testing::Values(
-        FileKind{"Bmp", KaipPixelFormat_BGR8Packed,
-                 [](const char* n, const KaipImgInfo* i) { return KaipSaveToBmp(n, i, KaipBmpOption_BottomUpFile); },
-                 [](const char* n, KaipImgInfo* i) { return KaipLoadFromBmp(n, i, 0); },
-                 [](size_t) { return KaipStatus(KASTATUS_KAIP_CANNOT_OPEN_READ_FILE); }, true},
-        // A TIFF cut inside its directory (which ends where the pixels start) is invalid, elsewhere unreadable.
-        FileKind{"Tiff", KaipPixelFormat_Mono12,
-                 [](const char* n, const KaipImgInfo* i) { return KaipSaveToTiff(n, i, 0); },
-                 [](const char* n, KaipImgInfo* i) { return KaipLoadFromTiff(n, i); },
-                 [](size_t n) {
-                     return n < 8 || n >= 210 ? KASTATUS_KAIP_CANNOT_OPEN_READ_FILE : KASTATUS_KAIP_INVALID_TIFF_FILE;
-                 },
-                 true},
-        FileKind{"TiffColour", KaipPixelFormat_RGB8Packed,
-                 [](const char* n, const KaipImgInfo* i) { return KaipSaveToTiff(n, i, 0); },
-                 [](const char* n, KaipImgInfo* i) { return KaipLoadFromTiff(n, i); },
-                 [](size_t n) {
-                     return n < 8 || n >= 228 ? KASTATUS_KAIP_CANNOT_OPEN_READ_FILE : KASTATUS_KAIP_INVALID_TIFF_FILE;
-                 },
-                 true},
-        FileKind{"Jpeg", KaipPixelFormat_RGB8Packed,
-                 [](const char* n, const KaipImgInfo* i) { return KaipSaveToJpeg(n, i, 90); },
-                 [](const char* n, KaipImgInfo* i) { return KaipLoadFromJpeg(n, i, KaipOption_ReallocateDst); },
-                 [](size_t) { return KaipStatus(KASTATUS_KAIP_JPEG_LOAD_FAILED); }, false}),
+    testing::Values(FileKind{"Bmp", kBGR8, KaipBmpOption_BottomUpFile, 0, 0, kUnreadable, true},
+                    FileKind{"Tiff", KaipPixelFormat_Mono12, 0, 210, kInvalidTiff, kUnreadable, true},
+                    FileKind{"TiffColour", KaipPixelFormat_RGB8Packed, 0, 228, kInvalidTiff, kUnreadable, true},
+                    FileKind{"Jpeg", KaipPixelFormat_RGB8Packed, 90, 0, 0, KASTATUS_KAIP_JPEG_LOAD_FAILED, false}),
     [](const testing::TestParamInfo<FileKind>& info) { return std::string(info.param.name); });
 
 }  // namespace
