@@ -1,24 +1,18 @@
 // kaip_tool_test.cpp: the kaip tool end to end: its files against the same steps called directly.
 #include <fcntl.h>
-#include <gtest/gtest.h>
-#include <pm.imgproc.h>
 #include <pty.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <random>
-#include <sstream>
-#include <string>
-#include <vector>
+
+#include "file/file_test_util.h"
 
 namespace fs = std::filesystem;
+using filetest::Loaded;
 
 extern char** environ;
 
@@ -30,33 +24,15 @@ struct Outcome {
     std::string err;
 };
 
-std::string ReadText(const fs::path& path)
+std::string ReadText(const std::string& path)
 {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
+    const std::vector<uint8_t> bytes = filetest::ReadBytes(path);
+    return std::string(bytes.begin(), bytes.end());
 }
-
-// An image the library allocated, released with the record.
-struct Picture {
-    KaipImgInfo info{};
-    Picture() = default;
-    Picture(const Picture&) = delete;
-    ~Picture() { KaipDeallocateImageData(&info); }
-};
 
 class KaipTool : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        std::string pattern = (fs::temp_directory_path() / "kaip_tool_test_XXXXXX").string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        m_dir = pattern;
-    }
-    void TearDown() override { fs::remove_all(m_dir); }
-
-    std::string Path(const std::string& name) const { return (m_dir / name).string(); }
+    std::string Path(const std::string& name) const { return m_dir / name; }
 
     // The tool's path and the arguments as an argv (pointing into args).
     static std::vector<char*> Argv(std::vector<std::string>& args)
@@ -103,10 +79,10 @@ protected:
 
     void WriteBytes(const std::string& name, const std::vector<uint8_t>& bytes) const
     {
-        std::ofstream(Path(name), std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+        filetest::WriteBytes(Path(name), bytes);
     }
 
-    fs::path m_dir;
+    filetest::TempDir m_dir;
 };
 
 // Random samples of the given depth as little-endian words (or bytes at 8 bits).
@@ -133,14 +109,6 @@ std::vector<uint8_t> Pack12(const std::vector<uint8_t>& words)
     return packed;
 }
 
-KaipImgInfo Describe(std::vector<uint8_t>& bytes, uint32_t width, uint32_t height, uint32_t format)
-{
-    KaipImgInfo info{};
-    EXPECT_EQ(KaipInitImgInfo(&info, width, height, format, 0), KASTATUS_OK);
-    info.pData = bytes.data();
-    return info;
-}
-
 // The tool's pipeline, called step by step: white balance and gamma in a LUT, the decoder (or a
 // conversion for grey and colour sources), the saturation matrix and the sharpening kernel.
 struct Steps {
@@ -150,10 +118,10 @@ struct Steps {
     int32_t sharpen;
 };
 
-void Reference(KaipImgInfo* source, const Steps& steps, Picture* out)
+void Reference(KaipImgInfo* source, const Steps& steps, Loaded* out)
 {
     bool mosaic = steps.decode != nullptr;
-    Picture converted;
+    Loaded converted;
     KaipImgInfo* picture = mosaic ? source : &converted.info;
     bool grey = source->PixelFormat == KaipPixelFormat_Mono12;
     if (!mosaic) {
@@ -171,7 +139,7 @@ void Reference(KaipImgInfo* source, const Steps& steps, Picture* out)
     ASSERT_NE(lut, nullptr);
     KaipAddWbToLut(wb[0], wb[1], wb[2], lut);
     KaipAddGammaToLut(steps.gamma, lut);
-    Picture colour;
+    Loaded colour;
     if (mosaic) {
         ASSERT_EQ(steps.decode(source, &colour.info, KaipPixelFormat_BGR8Packed, KaipOption_ReallocateDst, lut),
                   KASTATUS_OK);
@@ -193,7 +161,7 @@ void Reference(KaipImgInfo* source, const Steps& steps, Picture* out)
 }
 
 // Loads any of the three image files as the tool writes them, colour as BGR8Packed.
-void LoadBack(const std::string& path, uint32_t format, Picture* picture)
+void LoadBack(const std::string& path, uint32_t format, Loaded* picture)
 {
     std::string extension = fs::path(path).extension().string();
     if (extension == ".bmp") {
@@ -202,7 +170,7 @@ void LoadBack(const std::string& path, uint32_t format, Picture* picture)
         picture->info.PixelFormat = KaipPixelFormat_RGB8Packed;
         ASSERT_EQ(KaipLoadFromTiff(path.c_str(), &picture->info), KASTATUS_OK);
         if (picture->info.PixelFormat == format) return;
-        Picture bgr;
+        Loaded bgr;
         ASSERT_EQ(KaipConvertToPixelFormat(&picture->info, &bgr.info, format, KaipOption_ReallocateDst), KASTATUS_OK);
         std::swap(picture->info, bgr.info);
     } else {
@@ -232,7 +200,7 @@ TEST_F(KaipTool, DemoAtASmallSizeWritesFilesThatLoadBack)
                               "sharpen 30", "save BMP", "save TIFF", "save JPEG", "MP/s"})
         EXPECT_NE(run.out.find(stage), std::string::npos) << stage << " missing from\n" << run.out;
     for (const char* name : {"demo.bmp", "demo.tif", "demo.jpg"}) {
-        Picture picture;
+        Loaded picture;
         LoadBack(Path("demo/") + name, KaipPixelFormat_BGR8Packed, &picture);
         EXPECT_EQ(picture.info.Width, 96u) << name;
         EXPECT_EQ(picture.info.Height, 64u) << name;
@@ -248,7 +216,7 @@ TEST_F(KaipTool, DemoMosaicDevelopsLikeTheDemo)
     Outcome run = Kaip({"process", Path("d/demo.BayerGB8.64x48.raw"), "--gamma", "2.2", "--saturation", "130",
                         "--sharpen", "30", "--out", Path("again.bmp")});
     ASSERT_EQ(run.exitCode, 0) << run.err;
-    Picture demo, again;
+    Loaded demo, again;
     LoadBack(Path("d/demo.bmp"), KaipPixelFormat_BGR8Packed, &demo);
     LoadBack(Path("again.bmp"), KaipPixelFormat_BGR8Packed, &again);
     ExpectSamePixels(demo.info, again.info);
@@ -303,8 +271,10 @@ TEST_F(KaipTool, ProcessGivesThePixelsOfTheLibraryCalledDirectly)
         args.insert(args.end(), c.options.begin(), c.options.end());
         Outcome run = Kaip(args);
         ASSERT_EQ(run.exitCode, 0) << run.err;
-        KaipImgInfo source = Describe(bytes, width, height, c.format);
-        Picture expected, actual;
+        KaipImgInfo source{};
+        ASSERT_EQ(KaipInitImgInfo(&source, width, height, c.format, 0), KASTATUS_OK);
+        source.pData = bytes.data();
+        Loaded expected, actual;
         Reference(&source, c.steps, &expected);
         LoadBack(Path(c.output), expected.info.PixelFormat, &actual);
         ExpectSamePixels(expected.info, actual.info);
