@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -16,18 +15,6 @@ namespace {
 constexpr uint32_t kMono8 = KaipPixelFormat_Mono8, kBGR8 = KaipPixelFormat_BGR8Packed;
 constexpr uint64_t kMono8Class = KaipPixelFormatClass_Mono8;
 
-struct TCheckCase {
-    const char* name;
-    std::function<void(KaipImgInfo& src, KaipImgInfo& dst)> change;
-    uint32_t options;
-    uint64_t srcMask, dstMask, check;
-    uint32_t dstFormat, flagsMustBeEqual;
-    bool nullSrc, nullDst;
-    KaipStatus status;
-    bool reallocate;
-    std::vector<std::string> lines;
-};
-
 uint8_t g_byte;
 
 KaipImgInfo Image(uint32_t width, uint32_t height, uint32_t format)
@@ -38,78 +25,86 @@ KaipImgInfo Image(uint32_t width, uint32_t height, uint32_t format)
     return info;
 }
 
+// The arguments of one call: two 8x4 Mono8 images with buffers and no demands, as a case changes them.
+struct TCall {
+    KaipImgInfo src = Image(8, 4, kMono8), dst = Image(8, 4, kMono8);
+    KaipImgInfo *pSrc = &src, *pDst = &dst;
+    uint32_t options = 0, dstFormat = kMono8, flagsMustBeEqual = 0;
+    uint64_t srcMask = 0, dstMask = 0;
+};
+
+void Planes(TCall& c)
+{
+    c.src.Flags |= 1, c.src.pDataR = c.src.pDataG = c.src.pDataB = &g_byte;
+}
+
 TEST(CheckImgInfos, StepsInOrder)
 {
     const uint64_t all = KaipCheck_SameSize | KaipCheck_SamePixelFormat | KaipCheck_SameOrientation;
-    const uint64_t rot = KaipCheck_RotatedSize, planesOk = KaipCheck_ColorPlanesAllowed, dstReq = KaipCheck_DstRequired;
+    const uint64_t rot = KaipCheck_RotatedSize;
     const uint32_t kRe = KaipOption_ReallocateDst;
-    auto none = [](KaipImgInfo&, KaipImgInfo&) {};
-    auto planes = [](KaipImgInfo& s, KaipImgInfo&) { s.Flags |= 1, s.pDataR = s.pDataG = s.pDataB = &g_byte; };
-    // clang-format off
-    const std::vector<TCheckCase> cases = {
-        {"null source", none, 0, 0, 0, 0, kMono8, 0, true, false, 100002, false, {"F: pSrcImgInfo is NULL!"}},
-        {"uninitialised width", [](auto& s, auto&) { s.Width = 0; }, 0, 0, 0, 0, kMono8, 0, false, false, 100005, false,
+    const std::string size = "F: Src and Dst images differ in size and KaipOption_ReallocateDst flag is not present.";
+    const struct {
+        const char* name;
+        uint64_t check;
+        KaipStatus status;
+        void (*change)(TCall&);
+        std::vector<std::string> lines;
+        bool reallocate = false;
+    } cases[] = {
+        // clang-format off
+        {"null source", 0, 100002, [](TCall& c) { c.pSrc = nullptr; }, {"F: pSrcImgInfo is NULL!"}},
+        {"uninitialised width", 0, 100005, [](TCall& c) { c.src.Width = 0; }, {"F: pSrcImgInfo is not initialized!"}},
+        {"uninitialised format", 0, 100005, [](TCall& c) { c.src.PixelFormat = 0; },
          {"F: pSrcImgInfo is not initialized!"}},
-        {"uninitialised format", [](auto& s, auto&) { s.PixelFormat = 0; }, 0, 0, 0, 0, kMono8, 0, false, false, 100005,
-         false, {"F: pSrcImgInfo is not initialized!"}},
-        {"no source buffer", [](auto& s, auto&) { s.pData = nullptr; }, 0, 0, 0, 0, kMono8, 0, false, false, 100026,
-         false, {"F: pSrcImgInfo->pData is NULL!"}},
-        {"no source plane", [](auto& s, auto&) { s.Flags |= 1, s.pDataR = s.pDataG = &g_byte; }, 0, 0, 0, 0, kMono8, 0,
-         false, false, 100026, false, {"F: pSrcImgInfo->pDataR or pDataG or pDataB is NULL!"}},
-        {"source class, silently", [](auto& s, auto&) { s.PixelFormat = kBGR8; }, 0, kMono8Class, 0, 0, kMono8, 0,
-         false, false, 100013, false, {}},
-        {"MIPI Bayer has no class", [](auto& s, auto&) { s.PixelFormat = 0x010A1026; }, 0, ~0ull, 0, 0, kMono8, 0,
-         false, false, 100013, false, {}},
-        {"colour planes", planes, 0, 0, 0, 0, kMono8, 0, false, false, 100015, false,
-         {"F: the color planes are not supported"}},
-        {"colour planes allowed", planes, 0, 0, 0, planesOk, kMono8, 0, false, true, 0, false, {}},
-        {"destination required", none, 0, 0, 0, dstReq, kMono8, 0, false, true, 100003, false,
+        {"no source buffer", 0, 100026, [](TCall& c) { c.src.pData = nullptr; }, {"F: pSrcImgInfo->pData is NULL!"}},
+        {"no source plane", 0, 100026, [](TCall& c) { Planes(c), c.src.pDataB = nullptr; },
+         {"F: pSrcImgInfo->pDataR or pDataG or pDataB is NULL!"}},
+        {"source class, silently", 0, 100013, [](TCall& c) { c.src.PixelFormat = kBGR8, c.srcMask = kMono8Class; }, {}},
+        {"MIPI Bayer has no class", 0, 100013, [](TCall& c) { c.src.PixelFormat = 0x010A1026, c.srcMask = ~0ull; }, {}},
+        {"colour planes", 0, 100015, Planes, {"F: the color planes are not supported"}},
+        {"colour planes allowed", KaipCheck_ColorPlanesAllowed, 0, [](TCall& c) { Planes(c), c.pDst = nullptr; }, {}},
+        {"destination required", KaipCheck_DstRequired, 100003, [](TCall& c) { c.pDst = nullptr; },
          {"F: pDstImgInfo is NULL - must be supplied for this function"}},
-        {"null destination accepted", none, kRe, 0, 0, all, kMono8, 0, false, true, 0, false, {}},
-        {"size", [](auto&, auto& d) { d.Width = 9; }, 0, 0, 0, all, kMono8, 0, false, false, 100020, false,
-         {"F: Src and Dst images differ in size and KaipOption_ReallocateDst flag is not present.",
-          "F    Src: w=8, h=4", "F    Dst: w=9, h=4"}},
-        {"rotated size", none, 0, 0, 0, rot, kMono8, 0, false, false, 100021, false,
+        {"null destination accepted", all, 0, [](TCall& c) { c.pDst = nullptr, c.options = kRe; }, {}},
+        {"size", all, 100020, [](TCall& c) { c.dst.Width = 9; }, {size, "F    Src: w=8, h=4", "F    Dst: w=9, h=4"}},
+        {"rotated size", rot, 100021, [](TCall&) {},
          {"F: Src and Dst (rotated) images differ in size and KaipOption_ReallocateDst flag is not present.",
           "F    Src: w=8, h=4", "F    Dst: w=8, h=4"}},
-        {"rotated size fits", [](auto&, auto& d) { d.Width = 4, d.Height = 8; }, 0, 0, 0, rot, kMono8, 0, false, false,
-         0, false, {}},
-        {"pixel format", [](auto&, auto& d) { d.PixelFormat = kBGR8; }, 0, 0, 0, all, kMono8, 0, false, false, 100023,
-         false, {"F: Src and Dst images differ in pixel format and KaipOption_ReallocateDst flag is not present.",
-                 "F    Src pixel format=0x01080001, Dst pixel format=0x02180015"}},
-        {"size and format with the option", [](auto&, auto& d) { d.Width = 1, d.PixelFormat = kBGR8; }, kRe, 0, 0, all,
-         kMono8, 0, false, false, 0, true, {}},
-        {"no destination buffer", [](auto&, auto& d) { d.pData = nullptr; }, 0, 0, 0, all, kMono8, 0, false, false,
-         100027, false, {"F: pDstImgInfo->pData is NULL and KaipOption_ReallocateDst flag is not present."}},
-        {"no destination plane", [](auto&, auto& d) { d.Flags |= 1; }, 0, 0, 0, all, kMono8, 0, false, false, 100027,
-         false,
+        {"rotated size fits", rot, 0, [](TCall& c) { c.dst.Width = 4, c.dst.Height = 8; }, {}},
+        {"pixel format", all, 100023, [](TCall& c) { c.dst.PixelFormat = kBGR8; },
+         {"F: Src and Dst images differ in pixel format and KaipOption_ReallocateDst flag is not present.",
+          "F    Src pixel format=0x01080001, Dst pixel format=0x02180015"}},
+        {"size and format with the option", all, 0,
+         [](TCall& c) { c.dst.Width = 1, c.dst.PixelFormat = kBGR8, c.options = kRe; }, {}, true},
+        {"no destination buffer", all, 100027, [](TCall& c) { c.dst.pData = nullptr; },
+         {"F: pDstImgInfo->pData is NULL and KaipOption_ReallocateDst flag is not present."}},
+        {"no destination plane", all, 100027, [](TCall& c) { c.dst.Flags |= 1; },
          {"F: pDstImgInfo->pDataR or pDataG or pDataB is NULL and KaipOption_ReallocateDst flag is not present."}},
-        {"no destination buffer with the option", [](auto&, auto& d) { d.pData = nullptr; }, kRe, 0, 0, all, kMono8, 0,
-         false, false, 0, true, {}},
-        {"destination class beats the option", none, kRe, 0, kMono8Class, 0, KaipPixelFormat_Mono10Packed, 0, false,
-         false, 100014, false, {"F: destination pixel format = 0x010c0004 not supported"}},
-        {"packed Bayer counts as its depth", none, 0, 0, KaipPixelFormatClass_Mono12, 0,
-         KaipPixelFormat_BayerRG12Packed, 0, false, false, 0, false, {}},
-        {"orientation", [](auto&, auto& d) { d.Flags |= 2; }, 0, 0, 0, all, kMono8, 0, false, false, 100016, false,
+        {"no destination buffer with the option", all, 0, [](TCall& c) { c.dst.pData = nullptr, c.options = kRe; },
+         {}, true},
+        {"destination class beats the option", 0, 100014,
+         [](TCall& c) { c.options = kRe, c.dstMask = kMono8Class, c.dstFormat = KaipPixelFormat_Mono10Packed; },
+         {"F: destination pixel format = 0x010c0004 not supported"}},
+        {"packed Bayer counts as its depth", 0, 0,
+         [](TCall& c) { c.dstMask = KaipPixelFormatClass_Mono12, c.dstFormat = KaipPixelFormat_BayerRG12Packed; }, {}},
+        {"orientation", all, 100016, [](TCall& c) { c.dst.Flags |= 2; },
          {"F: Src and Dst images differ in orientation and KaipOption_ReallocateDst flag is not present."}},
-        {"flags", [](auto& s, auto&) { s.Flags |= 0x100; }, 0, 0, 0, 0, kMono8, 0x300, false, false, 100024, false,
+        {"flags", 0, 100024, [](TCall& c) { c.src.Flags |= 0x100, c.flagsMustBeEqual = 0x300; },
          {"F: Src and Dst images differ in flags and KaipOption_ReallocateDst flag is not present.",
           "F    Src Flags=0x100, Dst Flags=0x0, ChkFlagsMustBeEqual=0x300"}},
-        {"size is checked before the format", [](auto&, auto& d) { d.Width = 2, d.PixelFormat = kBGR8; }, 0, 0, 0, all,
-         kMono8, 0, false, false, 100020, false,
-         {"F: Src and Dst images differ in size and KaipOption_ReallocateDst flag is not present.",
-          "F    Src: w=8, h=4", "F    Dst: w=2, h=4"}},
+        {"size is checked before the format", all, 100020, [](TCall& c) { c.dst.Width = 2, c.dst.PixelFormat = kBGR8; },
+         {size, "F    Src: w=8, h=4", "F    Dst: w=2, h=4"}},
+        // clang-format on
     };
-    // clang-format on
-    for (const TCheckCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        KaipImgInfo src = Image(8, 4, kMono8), dst = Image(8, 4, kMono8);
-        c.change(src, dst);
+        TCall call;
+        c.change(call);
         LogCapture log;
         bool reallocate = true;
-        const KaipStatus status =
-            CheckImgInfos("F", c.nullSrc ? nullptr : &src, c.nullDst ? nullptr : &dst, c.options, c.srcMask,
-                          c.dstFormat, c.dstMask, c.check, c.flagsMustBeEqual, &reallocate);
+        const KaipStatus status = CheckImgInfos("F", call.pSrc, call.pDst, call.options, call.srcMask, call.dstFormat,
+                                                call.dstMask, c.check, call.flagsMustBeEqual, &reallocate);
         EXPECT_EQ(status, c.status);
         EXPECT_EQ(reallocate, c.reallocate);
         EXPECT_EQ(log.Lines(), c.lines);
