@@ -12,20 +12,38 @@ using namespace filetest;
 
 namespace {
 
-// The DIB-compatible formats with their pixel increment, file bit count and pixel offset (a grey ramp
-// follows the header of 8-bit files, three masks that of BGR565).
+// The DIB-compatible formats, then two a bitmap cannot hold (converted to BGR8 and Mono8 before
+// saving), with their pixel increment, file bit count, pixel offset (a grey ramp follows the header of
+// 8-bit files, three masks that of BGR565) and the format a load gives.
 struct TBmpFormat {
-    uint32_t format, pixelIncrement, bitCount, offBits;
+    uint32_t format, pixelIncrement, bitCount, offBits, loadFormat;
 };
 const TBmpFormat kFormats[] = {
-    {KaipPixelFormat_Mono8, 1, 8, 1078},     {KaipPixelFormat_BayerRG8, 1, 8, 1078},
-    {KaipPixelFormat_BGR555, 2, 16, 54},     {KaipPixelFormat_BGR565Packed, 2, 16, 66},
-    {KaipPixelFormat_BGR8Packed, 3, 24, 54}, {KaipPixelFormat_BGRA8Packed, 4, 32, 54},
+    {KaipPixelFormat_Mono8, 1, 8, 1078, KaipPixelFormat_Mono8},
+    {KaipPixelFormat_BayerRG8, 1, 8, 1078, KaipPixelFormat_Mono8},
+    {KaipPixelFormat_BGR555, 2, 16, 54, KaipPixelFormat_BGR555},
+    {KaipPixelFormat_BGR565Packed, 2, 16, 66, KaipPixelFormat_BGR565Packed},
+    {KaipPixelFormat_BGR8Packed, 3, 24, 54, KaipPixelFormat_BGR8Packed},
+    {KaipPixelFormat_BGRA8Packed, 4, 32, 54, KaipPixelFormat_BGRA8Packed},
+    {KaipPixelFormat_RGB8Packed, 3, 24, 54, KaipPixelFormat_BGR8Packed},
+    {KaipPixelFormat_Mono12, 2, 8, 1078, KaipPixelFormat_Mono8},
 };
 
 uint32_t Align4(uint32_t n)
 {
     return (n + 3) & ~3u;
+}
+
+// Picture row r as the file holds it: RGB turned to BGR, 12-bit grey cut to its top 8 bits.
+std::vector<uint8_t> FileRow(const TestImage& src, const TBmpFormat& f, uint32_t r)
+{
+    const uint8_t* p = src.Row(r);
+    std::vector<uint8_t> row(p, p + src.info.Width * f.pixelIncrement);
+    for (size_t i = 0; f.format == KaipPixelFormat_RGB8Packed && i < row.size(); i += 3) std::swap(row[i], row[i + 2]);
+    for (size_t i = 0; f.format == KaipPixelFormat_Mono12 && i < src.info.Width; ++i)
+        row[i] = uint8_t(p[2 * i] >> 4 | p[2 * i + 1] << 4);
+    row.resize(src.info.Width * f.bitCount / 8);
+    return row;
 }
 
 // The file the save must produce, from the format's own rules. care[i] is 0 for bytes nobody
@@ -37,8 +55,9 @@ struct TExpected {
 TExpected ExpectedBmp(const TestImage& src, const TBmpFormat& f, uint32_t options)
 {
     const KaipImgInfo& s = src.info;
-    const uint32_t lineBytes = s.Width * f.pixelIncrement, fileLine = Align4(lineBytes);
-    const bool converted = s.LineIncrement != fileLine;  // only copies to the same layout are used here
+    const uint32_t lineBytes = s.Width * f.bitCount / 8, fileLine = Align4(lineBytes);
+    const bool converted = s.LineIncrement != fileLine || f.format == KaipPixelFormat_RGB8Packed ||
+                           f.format == KaipPixelFormat_Mono12;  // the copy's line padding is its own
     const bool fileBottomUp = (!converted && (s.Flags & KaipImgFlag_BottomUp)) || (options & 2);
     const uint32_t headerSize = 40 + (f.bitCount == 8 ? 1024 : 0) + (f.format == KaipPixelFormat_BGR565Packed ? 12 : 0);
     const uint32_t imageSize = fileLine * s.Height;
@@ -63,8 +82,9 @@ TExpected ExpectedBmp(const TestImage& src, const TBmpFormat& f, uint32_t option
     e.care.assign(b.size(), 1);
     for (uint32_t k = 0; k < s.Height; ++k) {
         const uint32_t r = fileBottomUp ? s.Height - 1 - k : k;
-        const uint8_t* row = src.Row(r);
-        b.insert(b.end(), row, row + (converted ? lineBytes : fileLine));
+        const std::vector<uint8_t> row = FileRow(src, f, r);
+        b.insert(b.end(), row.begin(), row.end());
+        b.insert(b.end(), src.Row(r) + lineBytes, src.Row(r) + (converted ? lineBytes : fileLine));
         b.resize(b.size() + (converted ? fileLine - lineBytes : 0), 0);
         e.care.resize(b.size() - (fileLine - lineBytes), 1);
         e.care.resize(b.size(), converted ? 0 : 1);
@@ -142,9 +162,9 @@ TEST(BmpInfo, BmpInfoToImgInfo)
     EXPECT_EQ(KASTATUS_KAIP_INVALID_POINTER, KaipBmpInfoToImgInfo(&bmi, nullptr));
 }
 
-// Every DIB format, both orientations, with and without option 2, lines aligned or padded
-// further (then copied to aligned lines first): the file against the model, byte for byte,
-// and the load in every line order against the source picture.
+// Every DIB format and two that are converted first, both orientations, with and without option 2,
+// lines aligned or padded further (then copied to aligned lines first): the file against the model,
+// byte for byte, and the load in every line order against the source picture.
 TEST(BmpFile, ExactBytesAndRoundTrips)
 {
     TempDir dir;
@@ -167,17 +187,16 @@ TEST(BmpFile, ExactBytesAndRoundTrips)
             EXPECT_EQ(f.offBits, Le32(ReadBytes(path), 10));
             EXPECT_TRUE(std::equal(before.begin(), before.end(), src.buffer.data())) << "source changed";
 
-            const uint32_t loadFormat = f.bitCount == 8 ? KaipPixelFormat_Mono8 : f.format;
             // A flip while reading when option 2 meets a bottom-up file or 0x8000 a top-down one; 0x8000
             // marks the image bottom-up, option 2 alone top-down.
             const bool fileBottomUp = ReadBytes(path)[25] < 0x80;
             for (uint32_t loadOptions : {0u, 2u, 0x8000u, 0x8002u}) {
                 Loaded img;
                 ASSERT_EQ(0, KaipLoadFromBmp(path.c_str(), &img.info, loadOptions));
-                EXPECT_EQ(loadFormat, img.info.PixelFormat);
+                EXPECT_EQ(f.loadFormat, img.info.PixelFormat);
                 EXPECT_EQ(w, img.info.Width);
                 EXPECT_EQ(h, img.info.Height);
-                EXPECT_EQ(Align4(w * f.pixelIncrement), img.info.LineIncrement);
+                EXPECT_EQ(Align4(w * f.bitCount / 8), img.info.LineIncrement);
                 const bool flip = (loadOptions & (fileBottomUp ? 2 : 0x8000)) != 0;
                 const bool bottomUp = (loadOptions & 0x8000) || (loadOptions == 0 && fileBottomUp);
                 EXPECT_EQ(KaipImgFlag_Align4 | KaipImgFlag_DataAllocated | (bottomUp ? KaipImgFlag_BottomUp : 0),
@@ -185,37 +204,14 @@ TEST(BmpFile, ExactBytesAndRoundTrips)
                     << "load options " << loadOptions;
                 for (uint32_t r = 0; r < h; ++r) {
                     const uint32_t line = bottomUp ? h - 1 - r : r, fileLine = flip ? h - 1 - line : line;
-                    ASSERT_EQ(0, std::memcmp(src.Row(fileBottomUp ? h - 1 - fileLine : fileLine),
-                                             PictureRow(img.info, r), w * f.pixelIncrement))
+                    ASSERT_EQ(
+                        FileRow(src, f, fileBottomUp ? h - 1 - fileLine : fileLine),
+                        std::vector<uint8_t>(PictureRow(img.info, r), PictureRow(img.info, r) + w * f.bitCount / 8))
                         << "load options " << loadOptions << " row " << r;
                 }
             }
         }
     }
-}
-
-// Formats a bitmap cannot hold are converted (RGB to BGR, deep mono to Mono8) and the source is left alone.
-TEST(BmpFile, ConvertsBeforeSaving)
-{
-    TempDir dir;
-    const std::string path = dir / "c.bmp";
-    TestImage rgb(3, 2, KaipPixelFormat_RGB8Packed, 3, 9, 0, 11);
-    ASSERT_EQ(0, KaipSaveToBmp(path.c_str(), &rgb.info, 0));
-    std::vector<uint8_t> b = ReadBytes(path);
-    EXPECT_EQ(24, Le16(b, 28));
-    for (uint32_t x = 0; x < 3; ++x) {
-        EXPECT_EQ(rgb.Row(0)[3 * x], b[54 + 3 * x + 2]);
-        EXPECT_EQ(rgb.Row(0)[3 * x + 2], b[54 + 3 * x]);
-    }
-    TestImage mono12(4, 2, KaipPixelFormat_Mono12, 2, 8, 0, 12);
-    uint16_t* words = reinterpret_cast<uint16_t*>(mono12.info.pData);
-    for (int i = 0; i < 8; ++i) words[i] = uint16_t(0x0ABC + i * 16);
-    ASSERT_EQ(0, KaipSaveToBmp(path.c_str(), &mono12.info, 0));
-    b = ReadBytes(path);
-    EXPECT_EQ(8, Le16(b, 28));
-    EXPECT_EQ(1078u + 8, b.size());
-    EXPECT_EQ(0xAB, b[1078]);
-    EXPECT_EQ(0xAC, b[1079]);
 }
 
 // Null pointers, names that cannot be written and colour planes are refused by every saver alike
@@ -252,34 +248,15 @@ TEST(BmpFile, FailedSaveKeepsTheOldFile)
     EXPECT_EQ(1u, dir.Count());
 }
 
-namespace {
-
-// A valid 24-bit bottom-up file of w x h from the rules, to be damaged by the tests. The fields a loader
-// ignores (image size, resolution, colours used) hold filler, as other writers put their own values there.
-std::vector<uint8_t> HandMadeBmp(int32_t w, int32_t h, uint16_t bits = 24)
-{
-    const uint32_t line = Align4(uint32_t(w) * bits / 8), table = bits == 8 ? 1024 : 0;
-    std::vector<uint8_t> b(54 + table + size_t(line) * uint32_t(std::abs(h)), 0x5A);
-    b[0] = 'B', b[1] = 'M';
-    Put32(b, 2, uint32_t(b.size()));
-    Put32(b, 6, 0);
-    Put32(b, 10, 54 + table);
-    Put32(b, 14, 40);
-    Put32(b, 18, uint32_t(w));
-    Put32(b, 22, uint32_t(h));
-    Put16(b, 26, 1);
-    Put16(b, 28, bits);
-    Put32(b, 30, 0);
-    return b;
-}
-
-}  // namespace
-
 TEST(BmpHostile, RefusedBeforeAllocating)
 {
     TempDir dir;
     const std::string path = dir / "h.bmp";
-    const std::vector<uint8_t> good = HandMadeBmp(3, 2);
+    // A valid bottom-up 3x2 file; the fields a loader ignores (image size, resolution, colours used)
+    // hold filler, as other writers put their own values there.
+    const TestImage src(3, 2, KaipPixelFormat_BGR8Packed, 3, 12, KaipImgFlag_BottomUp, 9);
+    std::vector<uint8_t> good = ExpectedBmp(src, kFormats[4], 0).bytes;
+    std::fill(good.begin() + 34, good.begin() + 54, 0x5A);
     struct {
         const char* name;
         std::vector<uint8_t> bytes;
@@ -319,15 +296,10 @@ TEST(BmpHostile, EmptyOffsetUsesTheSkipRule)
 {
     TempDir dir;
     const std::string path = dir / "s.bmp";
-    std::vector<uint8_t> b = HandMadeBmp(2, 1, 16);
-    Put32(b, 30, 3);
-    Put32(b, 10, 0);
-    b.insert(b.begin() + 54, 12, 0);
-    for (int i = 0; i < 4; ++i) b[66 + i] = uint8_t(0x10 + i);
-    WriteBytes(path, b);
+    const TestImage src(2, 1, KaipPixelFormat_BGR565Packed, 2, 4, 0, 10);
+    WriteBytes(path, With(ExpectedBmp(src, kFormats[3], 0).bytes, 10, 0));
     Loaded img;
     ASSERT_EQ(0, KaipLoadFromBmp(path.c_str(), &img.info, 0));
     EXPECT_EQ(KaipPixelFormat_BGR565Packed, img.info.PixelFormat);
-    EXPECT_EQ(0x10, img.info.pData[0]);
-    EXPECT_EQ(0x13, img.info.pData[3]);
+    EXPECT_EQ(0, std::memcmp(src.Row(0), img.info.pData, 4));
 }
