@@ -42,23 +42,13 @@ std::vector<uint8_t> ExpectedData(const TestImage& src, const TTiffFormat& f, ui
             } else {
                 const uint8_t* q = p + x * f.pixelIncrement;
                 const uint32_t w = q[0] | q[1] << 8;
+                const bool inOrder = f.format == KaipPixelFormat_RGB8Packed || f.format == KaipPixelFormat_RGBA8Packed;
                 uint8_t rgb[3];
-                switch (f.format) {
-                    case KaipPixelFormat_BGR555:
-                        rgb[0] = uint8_t((w & 0x7C00) >> 7), rgb[1] = uint8_t((w & 0x3E0) >> 2),
-                        rgb[2] = uint8_t(w << 3);
-                        break;
-                    case KaipPixelFormat_BGR565Packed:
-                        rgb[0] = uint8_t((w & 0xF800) >> 8), rgb[1] = uint8_t((w & 0x7E0) >> 3),
-                        rgb[2] = uint8_t(w << 3);
-                        break;
-                    case KaipPixelFormat_RGB8Packed:
-                    case KaipPixelFormat_RGBA8Packed:
-                        rgb[0] = q[0], rgb[1] = q[1], rgb[2] = q[2];
-                        break;
-                    default:
-                        rgb[0] = q[2], rgb[1] = q[1], rgb[2] = q[0];
-                }
+                if (f.pixelIncrement > 2) rgb[0] = q[inOrder ? 0 : 2], rgb[1] = q[1], rgb[2] = q[inOrder ? 2 : 0];
+                if (f.format == KaipPixelFormat_BGR555)
+                    rgb[0] = uint8_t((w & 0x7C00) >> 7), rgb[1] = uint8_t((w & 0x3E0) >> 2), rgb[2] = uint8_t(w << 3);
+                if (f.format == KaipPixelFormat_BGR565Packed)
+                    rgb[0] = uint8_t((w & 0xF800) >> 8), rgb[1] = uint8_t((w & 0x7E0) >> 3), rgb[2] = uint8_t(w << 3);
                 out.insert(out.end(), rgb, rgb + 3);
             }
         }
