@@ -32,24 +32,11 @@ bool IsOneOf(uint32_t f, std::initializer_list<uint32_t> list)
 
 uint32_t MonoWordBits(uint32_t f)
 {
-    switch (f) {
-        case KaipPixelFormat_Mono9:
-            return 9;
-        case KaipPixelFormat_Mono10:
-            return 10;
-        case KaipPixelFormat_Mono11:
-            return 11;
-        case KaipPixelFormat_Mono12:
-            return 12;
-        case KaipPixelFormat_Mono13:
-            return 13;
-        case KaipPixelFormat_Mono14:
-            return 14;
-        case KaipPixelFormat_Mono15:
-            return 15;
-        case KaipPixelFormat_Mono16:
-            return 16;
-    }
+    const uint32_t words[] = {KaipPixelFormat_Mono9,  KaipPixelFormat_Mono10, KaipPixelFormat_Mono11,
+                              KaipPixelFormat_Mono12, KaipPixelFormat_Mono13, KaipPixelFormat_Mono14,
+                              KaipPixelFormat_Mono15, KaipPixelFormat_Mono16};
+    for (uint32_t i = 0; i < 8; ++i)
+        if (f == words[i]) return 9 + i;
     if (f >= KaipPixelFormat_BayerGR10 && f <= KaipPixelFormat_BayerBG10) return 10;
     if (f >= KaipPixelFormat_BayerGR12 && f <= KaipPixelFormat_BayerBG12) return 12;
     return 0;
@@ -148,15 +135,11 @@ std::vector<MPixel> DecodeLine(uint32_t f, const uint8_t* p, uint32_t w, bool to
                 px.push_back({kGrey, (uint32_t(g[1]) << 4) | (g[2] >> 4), 0, 0, 12});
             }
         }
-    } else if (f == KaipPixelFormat_BGR555) {
+    } else if (IsOneOf(f, {KaipPixelFormat_BGR555, KaipPixelFormat_BGR565Packed})) {
+        const uint32_t g = f == KaipPixelFormat_BGR565Packed;  // green's extra bit
         for (uint32_t x = 0; x < w; ++x) {
-            const uint32_t v = Word(p + 2 * x);
-            px.push_back({kShort, (v & 0x7C00) >> 7, (v & 0x3E0) >> 2, (v << 3) & 255, 8});
-        }
-    } else if (f == KaipPixelFormat_BGR565Packed) {
-        for (uint32_t x = 0; x < w; ++x) {
-            const uint32_t v = Word(p + 2 * x);
-            px.push_back({kShort, (v & 0xF800) >> 8, (v & 0x7E0) >> 3, (v << 3) & 255, 8});
+            const uint32_t v = Word(p + 2 * x) << (1 - g);
+            px.push_back({kShort, (v & 0xF800) >> 8, (v & (0x7C0 | g << 5)) >> 3, (Word(p + 2 * x) << 3) & 255, 8});
         }
     } else if (uint32_t d = DeepBits(f)) {
         const uint32_t r = RedFirst(f) ? 0 : 4;
@@ -265,12 +248,10 @@ void EncodePixel(uint32_t f, const MPixel& p, uint8_t* q, bool keepFourth)
         q[0] = uint8_t(Grey8(p));
     } else if (uint32_t d = MonoWordBits(f)) {
         Put16(q, p.kind == kGrey ? Shift(p.a, p.bits, d) : uint32_t(uint8_t(Grey8(p))) << (d - 8));
-    } else if (f == KaipPixelFormat_BGR555) {
+    } else if (IsOneOf(f, {KaipPixelFormat_BGR555, KaipPixelFormat_BGR565Packed})) {
+        const uint32_t g = f == KaipPixelFormat_BGR565Packed;
         Rgb8(p, c);
-        Put16(q, ((c[0] << 7) & 0x7C00) | ((c[1] << 2) & 0x3E0) | (c[2] >> 3));
-    } else if (f == KaipPixelFormat_BGR565Packed) {
-        Rgb8(p, c);
-        Put16(q, ((c[0] << 8) & 0xF800) | ((c[1] << 3) & 0x7E0) | (c[2] >> 3));
+        Put16(q, ((((c[0] << 8) & 0xF800) | ((c[1] << 3) & (0x7C0 | g << 5))) >> (1 - g)) | (c[2] >> 3));
     } else if (uint32_t d = DeepBits(f)) {
         const uint32_t r = RedFirst(f) ? 0 : 4;
         if (p.kind == kGrey)

@@ -78,49 +78,34 @@ TEST(CanConvert, EveryPairOfKnownFormatsAnswersAsTabled)
 
 // ---------------------------------------------------------------- refusals: status, and nothing written
 
-struct TRefusal {
-    const char* what;
-    uint32_t srcFormat, dstFormat, options;
-    int32_t status;
-};
-
-class Refusals : public ::testing::TestWithParam<TRefusal> {};
-
-TEST_P(Refusals, ReturnTheirStatusAndWriteNothing)
+TEST(ConvertRefusals, DispatcherRefusalsWriteNothing)
 {
-    const TRefusal& r = GetParam();
-    GuardedImage src(4, 2, r.srcFormat, 16);
-    FillRandom(src.buffer.data(), src.buffer.size(), 5);
-    // A destination that fits a Mono8 request; other requests misfit by format.
-    GuardedImage dst(4, 2, KaipPixelFormat_Mono8, 8);
-    FillRandom(dst.buffer.data(), dst.buffer.size(), 6);
-    const std::vector<uint8_t> before(dst.buffer.data(), dst.buffer.data() + dst.buffer.size());
-    EXPECT_EQ(KaipConvertToPixelFormat(&src.info, &dst.info, r.dstFormat, r.options), r.status);
-    EXPECT_EQ(0, std::memcmp(before.data(), dst.buffer.data(), before.size()));
-    EXPECT_EQ(dst.info.pData, dst.buffer.data());
+    const struct {
+        uint32_t srcFormat, dstFormat, options;
+        int32_t status;
+    } cases[] = {
+        {KaipPixelFormat_BayerGR16, KaipPixelFormat_Mono8, 0, KASTATUS_KAIP_NOT_SUPPORTED},
+        {KaipPixelFormat_BayerGR12, KaipPixelFormat_Mono16, KaipOption_ReallocateDst, KASTATUS_KAIP_NOT_SUPPORTED},
+        {KaipPixelFormat_BGR555, KaipPixelFormat_RGB10Packed, KaipOption_ReallocateDst, KASTATUS_KAIP_NOT_SUPPORTED},
+        {KaipPixelFormat_Mono8, KaipPixelFormat_Mono10Packed, KaipOption_ReallocateDst,
+         KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT},
+        {KaipPixelFormat_Mono8, KaipPixelFormat_YUV422Packed, 0, KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT},
+        {KaipPixelFormat_BayerGR10Mipi, KaipPixelFormat_Mono8, 0, KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT},
+        {KaipPixelFormat_Mono8, KaipPixelFormat_Mono16, 0, KASTATUS_KAIP_INCOMPATIBLE_DST},  // format misfit
+    };
+    for (const auto& r : cases) {
+        GuardedImage src(4, 2, r.srcFormat, 16);
+        FillRandom(src.buffer.data(), src.buffer.size(), 5);
+        // A destination that fits a Mono8 request; other requests misfit by format.
+        GuardedImage dst(4, 2, KaipPixelFormat_Mono8, 8);
+        FillRandom(dst.buffer.data(), dst.buffer.size(), 6);
+        const std::vector<uint8_t> before(dst.buffer.data(), dst.buffer.data() + dst.buffer.size());
+        EXPECT_EQ(KaipConvertToPixelFormat(&src.info, &dst.info, r.dstFormat, r.options), r.status)
+            << FormatName(r.srcFormat) << " -> " << FormatName(r.dstFormat);
+        EXPECT_EQ(0, std::memcmp(before.data(), dst.buffer.data(), before.size()));
+        EXPECT_EQ(dst.info.pData, dst.buffer.data());
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Dispatcher, Refusals,
-    ::testing::Values(
-        TRefusal{"Bayer16", KaipPixelFormat_BayerGR16, KaipPixelFormat_Mono8, 0, KASTATUS_KAIP_NOT_SUPPORTED},
-        TRefusal{"Bayer12 to Mono16", KaipPixelFormat_BayerGR12, KaipPixelFormat_Mono16, KaipOption_ReallocateDst,
-                 KASTATUS_KAIP_NOT_SUPPORTED},
-        TRefusal{"BGR555 to deep", KaipPixelFormat_BGR555, KaipPixelFormat_RGB10Packed, KaipOption_ReallocateDst,
-                 KASTATUS_KAIP_NOT_SUPPORTED},
-        TRefusal{"packed destination", KaipPixelFormat_Mono8, KaipPixelFormat_Mono10Packed, KaipOption_ReallocateDst,
-                 KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT},
-        TRefusal{"YUV destination", KaipPixelFormat_Mono8, KaipPixelFormat_YUV422Packed, 0,
-                 KASTATUS_KAIP_UNSUPPORTED_DST_PIXEL_FORMAT},
-        TRefusal{"MIPI Bayer source", KaipPixelFormat_BayerGR10Mipi, KaipPixelFormat_Mono8, 0,
-                 KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT},
-        TRefusal{"format misfit", KaipPixelFormat_Mono8, KaipPixelFormat_Mono16, 0, KASTATUS_KAIP_INCOMPATIBLE_DST}),
-    [](const auto& info) {
-        std::string name = info.param.what;
-        for (char& ch : name)
-            if (!isalnum(static_cast<unsigned char>(ch))) ch = '_';
-        return name;
-    });
 
 TEST(ConvertRefusals, DescriptorsAreChecked)
 {
@@ -154,81 +139,60 @@ TEST(ConvertRefusals, BufferGuardRefusesAShortLineIncrement)
 
 // ---------------------------------------------------------------- worked values
 
-// Converts one line of bytes and returns the destination line.
-std::vector<uint8_t> ConvertLine(uint32_t srcFormat, std::vector<uint8_t> bytes, uint32_t width, uint32_t dstFormat,
-                                 uint32_t dstBytes, uint8_t fill = 0xAA)
+// Worked values that pin the rules down independently of the per-pixel model of convert_lines_test.cpp:
+// one line of bytes converted into a destination pre-filled with 0xAA.
+TEST(ConvertValues, OneLine)
 {
-    KaipImgInfo src{}, dst{};
-    src.Width = width, src.Height = 1, src.PixelFormat = srcFormat, src.LineIncrement = uint32_t(bytes.size());
-    src.pData = bytes.data();
-    std::vector<uint8_t> out(dstBytes, fill);
-    dst.Width = width, dst.Height = 1, dst.PixelFormat = dstFormat, dst.LineIncrement = dstBytes;
-    dst.pData = out.data();
-    EXPECT_EQ(KaipConvertToPixelFormat(&src, &dst, dstFormat, 0), 0);
-    return out;
-}
-
-using Bytes = std::vector<uint8_t>;
-
-TEST(ConvertValues, GreyWeightsGive254ForWhite)
-{
-    EXPECT_EQ(ConvertLine(KaipPixelFormat_RGB8Packed, {255, 255, 255, 0, 0, 0}, 2, KaipPixelFormat_Mono8, 2),
-              (Bytes{254, 0}));
-}
-
-TEST(ConvertValues, MonoToShortColourFillsEveryBit)
-{
-    EXPECT_EQ(ConvertLine(KaipPixelFormat_Mono8, {255}, 1, KaipPixelFormat_BGR565Packed, 2), (Bytes{0xFF, 0xFF}));
-    EXPECT_EQ(ConvertLine(KaipPixelFormat_Mono8, {255}, 1, KaipPixelFormat_BGR555, 2), (Bytes{0xFF, 0x7F}));
-}
-
-TEST(ConvertValues, WordsAreMaskedToTheirUsedBitsBeforeReduction)
-{
-    EXPECT_EQ(ConvertLine(KaipPixelFormat_Mono12, {0xFF, 0x0F, 0xFF, 0xFF}, 2, KaipPixelFormat_Mono8, 2),
-              (Bytes{0xFF, 0xFF}));
-}
-
-TEST(ConvertValues, YuvAndYCbCrExtremes)
-{
-    EXPECT_EQ(
-        ConvertLine(KaipPixelFormat_YUV444Packed, {128, 16, 128, 128, 235, 128}, 2, KaipPixelFormat_RGB8Packed, 6),
-        (Bytes{0, 0, 0, 255, 255, 255}));
-    EXPECT_EQ(ConvertLine(KaipPixelFormat_YCbCr8, {255, 128, 128, 0, 128, 128}, 2, KaipPixelFormat_BGR8Packed, 6),
-              (Bytes{255, 255, 255, 0, 0, 0}));
-    // YUV422Packed to grey copies bytes 1 and 3 of each four.
-    EXPECT_EQ(ConvertLine(KaipPixelFormat_YUV422Packed, {1, 2, 3, 4}, 2, KaipPixelFormat_Mono8, 2), (Bytes{2, 4}));
-}
-
-TEST(ConvertValues, Yuv411StartsEachLineWithNeutralV)
-{
-    // U = 128 then V = 255: the first two pixels still use V = 128 (grey 16 -> black), the next two the new V.
-    const Bytes out =
-        ConvertLine(KaipPixelFormat_YUV411Packed, {128, 16, 16, 255, 16, 16}, 4, KaipPixelFormat_RGB8Packed, 12);
-    EXPECT_EQ(out, (Bytes{0, 0, 0, 0, 0, 0, 203, 0, 0, 203, 0, 0}));
-}
-
-TEST(ConvertValues, BayerConvertsAsItsRawMosaic)
-{
-    EXPECT_EQ(ConvertLine(KaipPixelFormat_BayerRG8, {10, 20}, 2, KaipPixelFormat_RGB8Packed, 6),
-              (Bytes{10, 10, 10, 20, 20, 20}));
-}
-
-TEST(ConvertValues, PackedOddWidth)
-{
-    // Mono12Packed, three pixels: 0xAB1, 0xCD2 in the first group, 0xEF? cut short.
-    const Bytes src = {0xAB, 0x21, 0xCD, 0xEF, 0x00, 0x00};
-    EXPECT_EQ(ConvertLine(KaipPixelFormat_Mono12Packed, src, 3, KaipPixelFormat_Mono8, 3), (Bytes{0xAB, 0xCD, 0xEF}));
-    EXPECT_EQ(ConvertLine(KaipPixelFormat_Mono12Packed, src, 3, KaipPixelFormat_Mono16, 6),
-              (Bytes{0x10, 0xAB, 0x20, 0xCD, 0xAA, 0xAA}));
-}
-
-TEST(ConvertValues, FourthByte)
-{
-    EXPECT_EQ(ConvertLine(KaipPixelFormat_Mono8, {7}, 1, KaipPixelFormat_BGRA8Packed, 4), (Bytes{7, 7, 7, 0}));
-    EXPECT_EQ(ConvertLine(KaipPixelFormat_RGB8Packed, {1, 2, 3}, 1, KaipPixelFormat_BGRA8Packed, 4),
-              (Bytes{3, 2, 1, 0xAA}));
-    EXPECT_EQ(ConvertLine(KaipPixelFormat_RGBA8Packed, {1, 2, 3, 4}, 1, KaipPixelFormat_BGRA8Packed, 4),
-              (Bytes{3, 2, 1, 0xAA}));
+    using Bytes = std::vector<uint8_t>;
+    const struct {
+        uint32_t src;
+        Bytes in;
+        uint32_t width, dst;
+        Bytes out;
+    } cases[] = {
+        // The grey weights add up to 255, so white gives 254.
+        {KaipPixelFormat_RGB8Packed, {255, 255, 255, 0, 0, 0}, 2, KaipPixelFormat_Mono8, {254, 0}},
+        // Grey to 15/16-bit colour fills every bit.
+        {KaipPixelFormat_Mono8, {255}, 1, KaipPixelFormat_BGR565Packed, {0xFF, 0xFF}},
+        {KaipPixelFormat_Mono8, {255}, 1, KaipPixelFormat_BGR555, {0xFF, 0x7F}},
+        // Words are masked to their used bits before reduction.
+        {KaipPixelFormat_Mono12, {0xFF, 0x0F, 0xFF, 0xFF}, 2, KaipPixelFormat_Mono8, {0xFF, 0xFF}},
+        {KaipPixelFormat_YUV444Packed,
+         {128, 16, 128, 128, 235, 128},
+         2,
+         KaipPixelFormat_RGB8Packed,
+         {0, 0, 0, 255, 255, 255}},
+        {KaipPixelFormat_YCbCr8, {255, 128, 128, 0, 128, 128}, 2, KaipPixelFormat_BGR8Packed, {255, 255, 255, 0, 0, 0}},
+        // YUV422Packed to grey copies bytes 1 and 3 of each four.
+        {KaipPixelFormat_YUV422Packed, {1, 2, 3, 4}, 2, KaipPixelFormat_Mono8, {2, 4}},
+        // U = 128 then V = 255: the first two pixels still use V = 128 (grey 16 -> black), the next two the new V.
+        {KaipPixelFormat_YUV411Packed,
+         {128, 16, 16, 255, 16, 16},
+         4,
+         KaipPixelFormat_RGB8Packed,
+         {0, 0, 0, 0, 0, 0, 203, 0, 0, 203, 0, 0}},
+        {KaipPixelFormat_BayerRG8, {10, 20}, 2, KaipPixelFormat_RGB8Packed, {10, 10, 10, 20, 20, 20}},
+        // Mono12Packed, three pixels: 0xAB1, 0xCD2 in the first group, 0xEF? cut short.
+        {KaipPixelFormat_Mono12Packed, {0xAB, 0x21, 0xCD, 0xEF, 0, 0}, 3, KaipPixelFormat_Mono8, {0xAB, 0xCD, 0xEF}},
+        {KaipPixelFormat_Mono12Packed,
+         {0xAB, 0x21, 0xCD, 0xEF, 0, 0},
+         3,
+         KaipPixelFormat_Mono16,
+         {0x10, 0xAB, 0x20, 0xCD, 0xAA, 0xAA}},
+        // The fourth byte is written 0, except by reordering from red-first 24/32-bit pixels.
+        {KaipPixelFormat_Mono8, {7}, 1, KaipPixelFormat_BGRA8Packed, {7, 7, 7, 0}},
+        {KaipPixelFormat_RGB8Packed, {1, 2, 3}, 1, KaipPixelFormat_BGRA8Packed, {3, 2, 1, 0xAA}},
+        {KaipPixelFormat_RGBA8Packed, {1, 2, 3, 4}, 1, KaipPixelFormat_BGRA8Packed, {3, 2, 1, 0xAA}},
+    };
+    for (auto c : cases) {
+        KaipImgInfo src{}, dst{};
+        src.Width = dst.Width = c.width, src.Height = dst.Height = 1, src.PixelFormat = c.src, dst.PixelFormat = c.dst;
+        src.LineIncrement = uint32_t(c.in.size()), src.pData = c.in.data();
+        Bytes out(c.out.size(), 0xAA);
+        dst.LineIncrement = uint32_t(out.size()), dst.pData = out.data();
+        EXPECT_EQ(KaipConvertToPixelFormat(&src, &dst, c.dst, 0), 0);
+        EXPECT_EQ(out, c.out) << FormatName(c.src) << " -> " << FormatName(c.dst);
+    }
 }
 
 // ---------------------------------------------------------------- bitmap compatibility
