@@ -298,49 +298,25 @@ TEST_F(KaipTool, ProcessTakesFoldersAndShowsProgressOnATerminal)
     EXPECT_EQ(KaipOnTerminal({"process", Path("in/a.BayerRG8.16x8.raw")}).find("] 1/1"), std::string::npos);
 }
 
-TEST_F(KaipTool, ConvertRoundTripsRawThroughImageFiles)
-{
-    std::vector<uint8_t> bytes = RandomSamples(20 * 10, 8, 3);
-    WriteBytes("grey.raw", bytes);
-    ASSERT_EQ(Kaip({"convert", Path("grey.raw"), Path("grey.tif"), "--in-format", "Mono8", "--size", "20x10"}).exitCode,
-              0);
-    ASSERT_EQ(Kaip({"convert", Path("grey.tif"), Path("grey.bmp")}).exitCode, 0);
-    Outcome run = Kaip({"convert", Path("grey.bmp"), Path("back.raw")});
-    ASSERT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_NE(run.out.find("Mono8 20x10"), std::string::npos) << run.out;
-    EXPECT_EQ(ReadText(Path("back.raw")), std::string(bytes.begin(), bytes.end()));
-    ASSERT_EQ(Kaip({"convert", Path("grey.bmp"), Path("wide.raw"), "--format", "Mono16"}).exitCode, 0);
-    EXPECT_EQ(fs::file_size(Path("wide.raw")), 20u * 10 * 2);
-}
-
-TEST_F(KaipTool, ConvertUnpacksMosaicsOfEveryLayout)
-{
-    std::vector<uint8_t> words = RandomSamples(20 * 10, 12, 5);
-    WriteBytes("packed.raw", Pack12(words));
-    Outcome run = Kaip({"convert", Path("packed.raw"), Path("words.raw"), "--in-format", "BayerGR12Packed", "--size",
-                        "20x10", "--format", "BayerGR12"});
-    ASSERT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_EQ(ReadText(Path("words.raw")), std::string(words.begin(), words.end()));
-    // A 16-bit mosaic keeps its top 12 bits, of which Mono8 keeps the top 8.
-    WriteBytes("deep.raw", words);
-    ASSERT_EQ(Kaip({"convert", Path("deep.raw"), Path("grey.raw"), "--in-format", "BayerGR16", "--size", "20x10",
-                    "--format", "Mono8"})
-                  .exitCode,
-              0);
-    std::string grey = ReadText(Path("grey.raw"));
-    ASSERT_EQ(grey.size(), 200u);
-    for (size_t i = 0; i < grey.size(); ++i) EXPECT_EQ(uint8_t(grey[i]), words[2 * i + 1]) << "pixel " << i;
-}
-
 struct CommandCase {
     std::vector<std::string> args;
     int exitCode;
     std::vector<std::string> lines;  // on standard output for exit code 0, else on standard error; "!": absent
+    std::string file = "";           // a file the command writes, with these bytes
+    std::vector<uint8_t> bytes = {};
 };
 
-// Each command's answer: what it prints, or for a failure the step, the reason and the exit code.
+// Each command's answer: what it prints and writes, or for a failure the step, the reason and the exit
+// code. The conversions run in order: raw grey through TIFF and BMP back to raw, and mosaics unpacked.
 TEST_F(KaipTool, CommandsAnswerWithTheirLinesAndExitCodes)
 {
+    const std::vector<uint8_t> grey = RandomSamples(20 * 10, 8, 3), words = RandomSamples(20 * 10, 12, 5);
+    WriteBytes("grey.raw", grey);
+    WriteBytes("packed.raw", Pack12(words));
+    WriteBytes("deep.raw", words);
+    // Mono8 to Mono16 shifts left by 8; a 16-bit mosaic keeps its top 12 bits, of which Mono8 keeps the top 8.
+    std::vector<uint8_t> wide, top;
+    for (size_t i = 0; i < grey.size(); ++i) wide.insert(wide.end(), {0, grey[i]}), top.push_back(words[2 * i + 1]);
     WriteBytes("short.raw", std::vector<uint8_t>(100));
     WriteBytes("tiny.raw", std::vector<uint8_t>(4));
     WriteBytes("bad.bmp", std::vector<uint8_t>(80, 'x'));
@@ -352,6 +328,14 @@ TEST_F(KaipTool, CommandsAnswerWithTheirLinesAndExitCodes)
     const std::string shortRaw = Path("short.raw");
     // clang-format off
     std::vector<CommandCase> cases = {
+        {{"convert", Path("grey.raw"), Path("grey.tif"), "--in-format", "Mono8", "--size", "20x10"}, 0, {}},
+        {{"convert", Path("grey.tif"), Path("grey.bmp")}, 0, {}},
+        {{"convert", Path("grey.bmp"), Path("back.raw")}, 0, {"Mono8 20x10"}, "back.raw", grey},
+        {{"convert", Path("grey.bmp"), Path("wide.raw"), "--format", "Mono16"}, 0, {}, "wide.raw", wide},
+        {{"convert", Path("packed.raw"), Path("words.raw"), "--in-format", "BayerGR12Packed", "--size", "20x10",
+          "--format", "BayerGR12"}, 0, {}, "words.raw", words},
+        {{"convert", Path("deep.raw"), Path("top.raw"), "--in-format", "BayerGR16", "--size", "20x10", "--format",
+          "Mono8"}, 0, {}, "top.raw", top},
         {{"info", Path("chart.BayerRG8.8x4.raw")}, 0,
          {"8 x 4", "BayerRG8 (0x01080009)", "R                 100      100     100.00",
           "G                 200      200     200.00", "B                  50       50      50.00", "R 2000  G 1000  B 4000"}},
@@ -387,6 +371,7 @@ TEST_F(KaipTool, CommandsAnswerWithTheirLinesAndExitCodes)
                 << command << ": " << line << " in\n"
                 << shown;
         }
+        if (!c.file.empty()) EXPECT_EQ(filetest::ReadBytes(Path(c.file)), c.bytes) << command;
     }
 }
 
