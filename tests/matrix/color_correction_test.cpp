@@ -1,7 +1,6 @@
 // color_correction_test.cpp: KaipApplyRgbColorCorrection against a per-pixel model, its refusals, and the saturation
 // matrix.
 #include <cmath>
-#include <functional>
 
 #include "matrix/matrix_test_util.h"
 #include "support/log_capture.h"
@@ -63,8 +62,6 @@ std::array<int32_t, 9> RandomMatrix(std::mt19937& gen)
     return m;
 }
 
-enum class LutMode { None, Object, Global };
-
 TEST(ApplyRgbColorCorrection, MatchesModelOnRandomImages)
 {
     const std::pair<uint32_t, uint32_t> sizes[] = {{1, 1}, {2, 3}, {5, 4}, {8, 2}, {17, 5}, {70, 3}, {133, 2}};
@@ -84,18 +81,9 @@ TEST(ApplyRgbColorCorrection, MatchesModelOnRandomImages)
                             std::mt19937 gen(seed);
                             const auto m = RandomMatrix(gen);
                             const unsigned lutDepth = f.depth == 16 ? 8 : f.depth;
-                            std::unique_ptr<RandomLut> object;
-                            std::unique_ptr<RandomGlobalLut> global;
-                            KaipHLut hLut = nullptr;
-                            if (mode == LutMode::Object)
-                                object = std::make_unique<RandomLut>(lutDepth, seed), hLut = object->Handle();
-                            if (mode == LutMode::Global)
-                                global = std::make_unique<RandomGlobalLut>(lutDepth, seed), hLut = KaipHLut(1);
+                            const TModeLut modeLut(mode, lutDepth, seed);
                             // The 16-bit formats never use a LUT, whatever the handle.
-                            const TModelLut* lut = f.depth == 16 ? nullptr
-                                                   : object      ? &object->Tables()
-                                                   : global      ? &global->Tables()
-                                                                 : nullptr;
+                            const TModelLut* lut = f.depth == 16 ? nullptr : modeLut.tables;
 
                             auto src = MakeImage(w, h, f.code, f.PixelBytes(), flags, 2, seed);
                             auto dst = MakeImage(w, h, f.code, f.PixelBytes(), flags, 4, 0);
@@ -103,7 +91,8 @@ TEST(ApplyRgbColorCorrection, MatchesModelOnRandomImages)
                             GuardedImage& out = inPlace ? *src : *dst;
                             std::vector<uint8_t> expected = Bytes(out);
                             ModelCorrection(f, src->info, expected, out.info.LineIncrement, m.data(), lut);
-                            ASSERT_EQ(KaipApplyRgbColorCorrection(&src->info, pDst, m.data(), 0, hLut), KASTATUS_OK);
+                            ASSERT_EQ(KaipApplyRgbColorCorrection(&src->info, pDst, m.data(), 0, modeLut.handle),
+                                      KASTATUS_OK);
                             ASSERT_EQ(Bytes(out), expected);
                         }
                     }
@@ -197,77 +186,40 @@ TEST(ApplyRgbColorCorrection, Refusals)
 {
     const int32_t m[9] = {1000, 0, 0, 0, 1000, 0, 0, 0, 1000};
     RandomLut lut8(8, 5);
-    struct Case {
+    // Each case spoils the valid call (3x2 BGR8 into 3x2 BGR8) in one way.
+    using Spoil = void (*)(KaipImgInfo * &s, KaipImgInfo * &d, const int32_t*& matrix, bool& useLut8);
+    const struct Case {
         const char* what;
         KaipStatus status;
-        std::function<KaipStatus(GuardedImage& src, GuardedImage& dst)> call;
-    };
-    const Case cases[] = {
-        {"null source", KASTATUS_KAIP_INVALID_SRC_POINTER,
-         [&](GuardedImage&, GuardedImage& d) { return KaipApplyRgbColorCorrection(nullptr, &d.info, m, 0, nullptr); }},
+        Spoil spoil;
+    } cases[] = {
+        {"null source", KASTATUS_KAIP_INVALID_SRC_POINTER, [](auto& s, auto&, auto&, auto&) { s = nullptr; }},
         {"source not initialised", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED,
-         [&](GuardedImage& s, GuardedImage& d) {
-             s.info.LineIncrement = 0;
-             return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr);
-         }},
+         [](auto& s, auto&, auto&, auto&) { s->LineIncrement = 0; }},
         {"source without buffer", KASTATUS_KAIP_SRC_NOT_ALLOCATED,
-         [&](GuardedImage& s, GuardedImage& d) {
-             s.info.pData = nullptr;
-             return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr);
-         }},
+         [](auto& s, auto&, auto&, auto&) { s->pData = nullptr; }},
         {"mono source", KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT,
-         [&](GuardedImage& s, GuardedImage& d) {
-             s.info.PixelFormat = d.info.PixelFormat = KaipPixelFormat_Mono8;
-             return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr);
-         }},
+         [](auto& s, auto& d, auto&, auto&) { s->PixelFormat = d->PixelFormat = KaipPixelFormat_Mono8; }},
         {"colour planes", KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED,
-         [&](GuardedImage& s, GuardedImage& d) {
-             s.info.Flags = KaipImgFlag_ColorPlanes;
-             s.info.pDataR = s.info.pDataG = s.info.pDataB = s.info.pData;
-             return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr);
+         [](auto& s, auto&, auto&, auto&) {
+             s->Flags = KaipImgFlag_ColorPlanes;
+             s->pDataR = s->pDataG = s->pDataB = s->pData;
          }},
-        {"size", KASTATUS_KAIP_INCOMPATIBLE_SIZE,
-         [&](GuardedImage& s, GuardedImage& d) {
-             d.info.Height = 1;
-             return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr);
-         }},
+        {"size", KASTATUS_KAIP_INCOMPATIBLE_SIZE, [](auto&, auto& d, auto&, auto&) { d->Height = 1; }},
         {"pixel format", KASTATUS_KAIP_INCOMPATIBLE_SRC_DST_PIXEL_FORMAT,
-         [&](GuardedImage& s, GuardedImage& d) {
-             d.info.PixelFormat = KaipPixelFormat_RGB8Packed;
-             return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr);
-         }},
+         [](auto&, auto& d, auto&, auto&) { d->PixelFormat = KaipPixelFormat_RGB8Packed; }},
         {"destination without buffer", KASTATUS_KAIP_DST_NOT_ALLOCATED,
-         [&](GuardedImage& s, GuardedImage& d) {
-             d.info.pData = nullptr;
-             return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr);
-         }},
+         [](auto&, auto& d, auto&, auto&) { d->pData = nullptr; }},
         {"orientation", KASTATUS_KAIP_INCOMPATIBLE_FLAGS,
-         [&](GuardedImage& s, GuardedImage& d) {
-             d.info.Flags = KaipImgFlag_BottomUp;
-             return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, nullptr);
-         }},
-        {"null matrix", KASTATUS_KAIP_INVALID_POINTER,
-         [&](GuardedImage& s, GuardedImage& d) {
-             return KaipApplyRgbColorCorrection(&s.info, &d.info, nullptr, 0, nullptr);
-         }},
+         [](auto&, auto& d, auto&, auto&) { d->Flags = KaipImgFlag_BottomUp; }},
+        {"null matrix", KASTATUS_KAIP_INVALID_POINTER, [](auto&, auto&, auto& matrix, auto&) { matrix = nullptr; }},
         {"null matrix in place", KASTATUS_KAIP_INVALID_POINTER,
-         [&](GuardedImage& s, GuardedImage&) {
-             return KaipApplyRgbColorCorrection(&s.info, nullptr, nullptr, 0, nullptr);
-         }},
+         [](auto&, auto& d, auto& matrix, auto&) { d = nullptr, matrix = nullptr; }},
         {"8-bit LUT for a 10-bit format", KASTATUS_KAIP_INVALID_LUT_TYPE,
-         [&](GuardedImage& s, GuardedImage& d) {
-             s.info.PixelFormat = d.info.PixelFormat = KaipPixelFormat_BGR10Packed;
-             s.info.Width = d.info.Width = 1;
-             return KaipApplyRgbColorCorrection(&s.info, &d.info, m, 0, lut8.Handle());
-         }},
-        {"rebuilt in colour planes", KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED,
-         [&](GuardedImage& s, GuardedImage& d) {
-             KaipImgInfo fresh{};
-             const KaipStatus status = KaipApplyRgbColorCorrection(
-                 &s.info, &fresh, m, KaipOption_ReallocateDst | KaipImgFlag_ColorPlanes, nullptr);
-             KaipDeallocateImageData(&fresh);
-             (void)d;
-             return status;
+         [](auto& s, auto& d, auto&, auto& useLut8) {
+             s->PixelFormat = d->PixelFormat = KaipPixelFormat_BGR10Packed;
+             s->Width = d->Width = 1;
+             useLut8 = true;
          }},
     };
     for (const Case& c : cases) {
@@ -275,10 +227,21 @@ TEST(ApplyRgbColorCorrection, Refusals)
         auto src = MakeImage(3, 2, KaipPixelFormat_BGR8Packed, 3, 0, 0, 9);
         auto dst = MakeImage(3, 2, KaipPixelFormat_BGR8Packed, 3, 0, 0, 0);
         const std::vector<uint8_t> srcBefore = Bytes(*src), dstBefore = Bytes(*dst);
-        EXPECT_EQ(c.call(*src, *dst), c.status);
+        KaipImgInfo *pSrc = &src->info, *pDst = &dst->info;
+        const int32_t* pMatrix = m;
+        bool useLut8 = false;
+        c.spoil(pSrc, pDst, pMatrix, useLut8);
+        EXPECT_EQ(KaipApplyRgbColorCorrection(pSrc, pDst, pMatrix, 0, useLut8 ? lut8.Handle() : nullptr), c.status);
         EXPECT_EQ(Bytes(*src), srcBefore);
         EXPECT_EQ(Bytes(*dst), dstBefore);
     }
+    // A destination to be rebuilt in colour planes.
+    auto src = MakeImage(3, 2, KaipPixelFormat_BGR8Packed, 3, 0, 0, 9);
+    KaipImgInfo fresh{};
+    EXPECT_EQ(
+        KaipApplyRgbColorCorrection(&src->info, &fresh, m, KaipOption_ReallocateDst | KaipImgFlag_ColorPlanes, nullptr),
+        KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED);
+    KaipDeallocateImageData(&fresh);
 }
 
 TEST(ApplyRgbColorCorrection, LogLines)

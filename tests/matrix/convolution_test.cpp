@@ -28,8 +28,6 @@ void FillSamples(const TFilterFormat& f, KaipImgInfo& info, std::mt19937& gen)
                       std::min<uint32_t>(level + gen() % noise, uint32_t(f.max)));
 }
 
-enum class LutMode { None, Object, Global };
-
 // Both 3x3 filters (the convolution, and the threshold sharpening with a threshold on either side of the
 // local contrasts) at every SIMD level and for every format: every width up to 64 (every tail of the vector
 // blocks) and a few large ones, both line orders, with and without a LUT (an object or the global one), into a
@@ -54,28 +52,17 @@ TEST(Apply3x3Filters, MatchModelOnRandomImages)
                                  << "level " << level << " seed " << seed << " format 0x" << std::hex << f.code
                                  << std::dec << " " << w << "x" << h << " flags " << flags << " lut " << int(mode)
                                  << " threshold " << (bThreshold ? threshold : -2));
-                    std::unique_ptr<RandomLut> object;
-                    std::unique_ptr<RandomGlobalLut> global;
-                    KaipHLut hLut = nullptr;
-                    const TModelLut* lut = nullptr;
-                    if (mode == LutMode::Object) {
-                        object = std::make_unique<RandomLut>(f.lutDepth, seed);
-                        hLut = object->Handle(), lut = &object->Tables();
-                    }
-                    if (mode == LutMode::Global) {
-                        global = std::make_unique<RandomGlobalLut>(f.lutDepth, seed);
-                        hLut = KaipHLut(1), lut = &global->Tables();
-                    }
+                    const TModeLut lut(mode, f.lutDepth, seed);
                     auto src = MakeImage(w, h, f.code, f.PixelBytes(), flags, 2, seed);
                     FillSamples(f, src->info, gen);
                     auto dst = MakeImage(w, h, f.code, f.PixelBytes(), flags, 6, 0);
                     std::vector<uint8_t> expected = Bytes(*dst);
                     ModelFilter(f, src->info, expected, dst->info.LineIncrement, k.data(),
-                                bThreshold ? &threshold : nullptr, lut);
+                                bThreshold ? &threshold : nullptr, lut.tables);
                     const std::vector<uint8_t> srcBefore = Bytes(*src);
-                    ASSERT_EQ(bThreshold
-                                  ? Kaip3x3ThresholdSharpening(&src->info, &dst->info, k.data(), threshold, 0, hLut)
-                                  : KaipApply3x3Convolution(&src->info, &dst->info, k.data(), 0, hLut),
+                    ASSERT_EQ(bThreshold ? Kaip3x3ThresholdSharpening(&src->info, &dst->info, k.data(), threshold, 0,
+                                                                      lut.handle)
+                                         : KaipApply3x3Convolution(&src->info, &dst->info, k.data(), 0, lut.handle),
                               KASTATUS_OK);
                     ASSERT_EQ(Bytes(*dst), expected);
                     ASSERT_EQ(Bytes(*src), srcBefore);

@@ -114,6 +114,22 @@ private:
     TModelLut m_tables;
 };
 
+enum class LutMode { None, Object, Global };
+
+// A LUT of one mode for one scope (none, a random object or random global tables) with its model tables.
+struct TModeLut {
+    TModeLut(LutMode mode, unsigned depth, uint32_t seed)
+    {
+        if (mode == LutMode::Object) object = std::make_unique<RandomLut>(depth, seed), handle = object->Handle();
+        if (mode == LutMode::Global) global = std::make_unique<RandomGlobalLut>(depth, seed), handle = KaipHLut(1);
+        tables = object ? &object->Tables() : global ? &global->Tables() : nullptr;
+    }
+    std::unique_ptr<RandomLut> object;
+    std::unique_ptr<RandomGlobalLut> global;
+    KaipHLut handle = nullptr;
+    const TModelLut* tables;
+};
+
 // The formats of the 3x3 filters: bytes per sample, filtered samples and samples per pixel, the
 // largest sample and the LUT depth (0: takes no LUT).
 struct TFilterFormat {
