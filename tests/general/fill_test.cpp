@@ -150,20 +150,14 @@ TEST(FillWithColor, ColourPlanesGetTheirChannels)
             img.info.pData = nullptr;
             img.info.pDataR = planes[0]->buffer.data(), img.info.pDataG = planes[1]->buffer.data();
             img.info.pDataB = planes[2]->buffer.data();
-            const uint32_t rgb[3] = {201, 7, 128};
             ASSERT_EQ(KaipFillWithColor(&img.info, 201, 7, 128), KASTATUS_OK);
-            for (int c = 0; c < 3; ++c) {
-                std::vector<uint8_t> expected(planes[c]->buffer.size(), 0xEE);
-                for (uint32_t y = 0; y < h; ++y)
-                    for (uint32_t x = 0; x < w; ++x) {
-                        const uint32_t v = rgb[c] << shift;
-                        expected[y * increment + x * bytes] = uint8_t(v);
-                        if (bytes == 2) expected[y * increment + x * bytes + 1] = uint8_t(v >> 8);
-                    }
-                EXPECT_EQ(
-                    std::vector<uint8_t>(planes[c]->buffer.data(), planes[c]->buffer.data() + planes[c]->buffer.size()),
-                    expected)
-                    << "plane " << c;
+            for (uint32_t c = 0; c < 3; ++c) {
+                const GuardedBuffer& plane = planes[c]->buffer;
+                std::vector<uint8_t> expected(plane.size(), 0xEE);
+                const uint32_t v = uint32_t(c == 0 ? 201 : c == 1 ? 7 : 128) << shift;
+                for (uint32_t i = 0; i < w * h; ++i)
+                    std::copy_n(Words({v}).begin(), bytes, expected.begin() + i / w * increment + i % w * bytes);
+                EXPECT_EQ(std::vector<uint8_t>(plane.data(), plane.data() + plane.size()), expected) << "plane " << c;
             }
         }
     }

@@ -24,23 +24,20 @@ struct TFormat {
 // Every format that has a source class, with its pixel size.
 inline const std::vector<TFormat>& AllFormats()
 {
-    static const std::vector<TFormat> formats = [] {
-        std::vector<TFormat> v = {
-            {KaipPixelFormat_Mono8, 1},        {KaipPixelFormat_BayerGR8, 1},      {KaipPixelFormat_BayerRG8, 1},
-            {KaipPixelFormat_BayerGB8, 1},     {KaipPixelFormat_BayerBG8, 1},      {KaipPixelFormat_Mono9, 2},
-            {KaipPixelFormat_Mono10, 2},       {KaipPixelFormat_BayerGR10, 2},     {KaipPixelFormat_BayerRG10, 2},
-            {KaipPixelFormat_BayerGB10, 2},    {KaipPixelFormat_BayerBG10, 2},     {KaipPixelFormat_Mono11, 2},
-            {KaipPixelFormat_Mono12, 2},       {KaipPixelFormat_BayerGR12, 2},     {KaipPixelFormat_BayerBG12, 2},
-            {KaipPixelFormat_Mono13, 2},       {KaipPixelFormat_Mono14, 2},        {KaipPixelFormat_Mono15, 2},
-            {KaipPixelFormat_Mono16, 2},       {KaipPixelFormat_BayerRG16, 2},     {KaipPixelFormat_BGR555, 2},
-            {KaipPixelFormat_BGR565Packed, 2}, {KaipPixelFormat_BGR8Packed, 3},    {KaipPixelFormat_BGRA8Packed, 4},
-            {KaipPixelFormat_RGB8Packed, 3},   {KaipPixelFormat_RGBA8Packed, 4},   {KaipPixelFormat_Mono10Packed, 2},
-            {KaipPixelFormat_Mono12Packed, 2}, {KaipPixelFormat_RGB10V1Packed, 4}, {KaipPixelFormat_BGR10Packed, 6},
-            {KaipPixelFormat_RGB10Packed, 6},  {KaipPixelFormat_BGR12Packed, 6},   {KaipPixelFormat_RGB12Packed, 6},
-            {KaipPixelFormat_BGR16, 6},        {KaipPixelFormat_RGB16Packed, 6},
-        };
-        return v;
-    }();
+    static const std::vector<TFormat> formats = {
+        {KaipPixelFormat_Mono8, 1},        {KaipPixelFormat_BayerGR8, 1},      {KaipPixelFormat_BayerRG8, 1},
+        {KaipPixelFormat_BayerGB8, 1},     {KaipPixelFormat_BayerBG8, 1},      {KaipPixelFormat_Mono9, 2},
+        {KaipPixelFormat_Mono10, 2},       {KaipPixelFormat_BayerGR10, 2},     {KaipPixelFormat_BayerRG10, 2},
+        {KaipPixelFormat_BayerGB10, 2},    {KaipPixelFormat_BayerBG10, 2},     {KaipPixelFormat_Mono11, 2},
+        {KaipPixelFormat_Mono12, 2},       {KaipPixelFormat_BayerGR12, 2},     {KaipPixelFormat_BayerBG12, 2},
+        {KaipPixelFormat_Mono13, 2},       {KaipPixelFormat_Mono14, 2},        {KaipPixelFormat_Mono15, 2},
+        {KaipPixelFormat_Mono16, 2},       {KaipPixelFormat_BayerRG16, 2},     {KaipPixelFormat_BGR555, 2},
+        {KaipPixelFormat_BGR565Packed, 2}, {KaipPixelFormat_BGR8Packed, 3},    {KaipPixelFormat_BGRA8Packed, 4},
+        {KaipPixelFormat_RGB8Packed, 3},   {KaipPixelFormat_RGBA8Packed, 4},   {KaipPixelFormat_Mono10Packed, 2},
+        {KaipPixelFormat_Mono12Packed, 2}, {KaipPixelFormat_RGB10V1Packed, 4}, {KaipPixelFormat_BGR10Packed, 6},
+        {KaipPixelFormat_RGB10Packed, 6},  {KaipPixelFormat_BGR12Packed, 6},   {KaipPixelFormat_RGB12Packed, 6},
+        {KaipPixelFormat_BGR16, 6},        {KaipPixelFormat_RGB16Packed, 6},
+    };
     return formats;
 }
 
@@ -88,30 +85,21 @@ public:
     explicit RandomLut(uint32_t seed) : m_hLut(KaipAllocateLut(KAIP_LUT_ALL_DEPTHS))
     {
         std::mt19937 gen(seed);
-        TKaIpLut8* p8;
-        TKaIpLut10* p10;
-        TKaIpLut12* p12;
-        EXPECT_EQ(GetLut8(m_hLut, p8), 0);
-        EXPECT_EQ(GetLut10(m_hLut, p10), 0);
-        EXPECT_EQ(GetLut12(m_hLut, p12), 0);
-        for (auto* t : {p8->Red, p8->Green, p8->Blue})
-            for (int i = 0; i < 256; ++i) t[i] = uint8_t(gen());
-        for (auto* t : {p10->Red, p10->Green, p10->Blue})
-            for (int i = 0; i < 1024; ++i) t[i] = uint16_t(gen());
-        for (auto* t : {p12->Red, p12->Green, p12->Blue})
-            for (int i = 0; i < 4096; ++i) t[i] = uint16_t(gen());
-        pLut8 = p8;
-        pLut10 = p10;
-        pLut12 = p12;
+        EXPECT_TRUE(GetLut8(m_hLut, pLut8) == 0 && GetLut10(m_hLut, pLut10) == 0 && GetLut12(m_hLut, pLut12) == 0);
+        auto fill = [&](auto& lut) {
+            for (auto* t : {lut.Red, lut.Green, lut.Blue})
+                for (auto* v = t; v < t + lut.N; ++v) *v = std::remove_reference_t<decltype(*v)>(gen());
+        };
+        fill(*pLut8), fill(*pLut10), fill(*pLut12);
     }
     ~RandomLut() { KaipFreeLut(m_hLut); }
     RandomLut(const RandomLut&) = delete;
     RandomLut& operator=(const RandomLut&) = delete;
     KaipHLut Handle() const { return m_hLut; }
 
-    const TKaIpLut8* pLut8;
-    const TKaIpLut10* pLut10;
-    const TKaIpLut12* pLut12;
+    TKaIpLut8* pLut8;
+    TKaIpLut10* pLut10;
+    TKaIpLut12* pLut12;
 
 private:
     KaipHLut m_hLut;

@@ -96,55 +96,42 @@ TEST_F(LutBuilders, RandomBuildersMatchTheModelAtEveryDepth)
         const auto [h, type] = handles[rng() % handles.size()];
         const KaipHLut read = h ? h : kOne;
         const unsigned depth = type & 0xFF;
-        TKaIpLut8* p8 = nullptr;
-        TKaIpLut10* p10 = nullptr;
-        TKaIpLut12* p12 = nullptr;
-        if (depth == 0 || depth == 8) p8 = Body8(read);
-        if (depth == 0 || depth == 10) p10 = Body10(read);
-        if (depth == 0 || depth == 12) p12 = Body12(read);
-        if (rng() % 2) {
-            if (p8) Scramble(*p8, rng);
-            if (p10) Scramble(*p10, rng);
-            if (p12) Scramble(*p12, rng);
-        }
-        std::array<std::vector<int32_t>, 3> b8, b10, b12;
-        if (p8) b8 = Tables32(*p8);
-        if (p10) b10 = Tables32(*p10);
-        if (p12) b12 = Tables32(*p12);
-
+        // Each body the handle reaches, with its 32-bit tables before the call.
+        TKaIpLut8* p8 = depth == 0 || depth == 8 ? Body8(read) : nullptr;
+        TKaIpLut10* p10 = depth == 0 || depth == 10 ? Body10(read) : nullptr;
+        TKaIpLut12* p12 = depth == 0 || depth == 12 ? Body12(read) : nullptr;
+        const bool scramble = rng() % 2;
+        std::array<std::vector<int32_t>, 3> before[3];
+        auto each = [&](auto body) {
+            if (p8) body(*p8, before[0]);
+            if (p10) body(*p10, before[1]);
+            if (p12) body(*p12, before[2]);
+        };
+        each([&](auto& lut, auto& b) {
+            if (scramble) Scramble(lut, rng);
+            b = Tables32(lut);
+        });
         Curve f;
         KaipStatus status;
-        switch (rng() % 4) {
-            case 0: {
-                const uint32_t gamma = rng() % 3 ? rng() % 4000 : rng() % 300000;
-                status = KaipAddGammaToLut(gamma, h);
-                f = gamma == 1000 ? Curve([](unsigned, double v, double) { return v; }) : GammaCurve(gamma);
-                break;
-            }
-            case 1: {
-                const uint32_t r = rng() % 3000, g = rng() % 3000, b = rng() % 3000;
-                status = KaipAddWbToLut(r, g, b, h);
-                f = WbCurve(r, g, b);
-                break;
-            }
-            case 2: {
-                const int32_t offset = int32_t(rng() % 2001) - 1000, gain = int32_t(rng() % 4001) - 1000;
-                status = KaipAddOffsetAndGainToLut(offset, gain, h);
-                f = OffsetGainCurve(offset, gain);
-                break;
-            }
-            default: {
-                const int32_t brightness = int32_t(rng() % 3001) - 1000, contrast = int32_t(rng() % 4001) - 1000;
-                status = KaipAddBrightnessAndContrastToLut(brightness, contrast, h);
-                f = OffsetGainCurve(brightness - contrast / 2 - 500, contrast);
-                break;
-            }
+        const uint32_t builder = rng() % 4, a = rng(), b = rng(), c = rng();
+        if (builder == 0) {
+            const uint32_t gamma = a % 3 ? b % 4000 : b % 300000;
+            status = KaipAddGammaToLut(gamma, h);
+            f = gamma == 1000 ? Curve([](unsigned, double v, double) { return v; }) : GammaCurve(gamma);
+        } else if (builder == 1) {
+            status = KaipAddWbToLut(a % 3000, b % 3000, c % 3000, h);
+            f = WbCurve(a % 3000, b % 3000, c % 3000);
+        } else if (builder == 2) {
+            status = KaipAddOffsetAndGainToLut(int32_t(a % 2001) - 1000, int32_t(b % 4001) - 1000, h);
+            f = OffsetGainCurve(int32_t(a % 2001) - 1000, int32_t(b % 4001) - 1000);
+        } else {
+            const int32_t brightness = int32_t(a % 3001) - 1000, contrast = int32_t(b % 4001) - 1000;
+            status = KaipAddBrightnessAndContrastToLut(brightness, contrast, h);
+            f = OffsetGainCurve(brightness - contrast / 2 - 500, contrast);
         }
         SCOPED_TRACE(::testing::Message() << "seed " << seed << " round " << round << " type 0x" << std::hex << type);
         ASSERT_EQ(status, KASTATUS_OK);
-        if (p8) ExpectBuilt(*p8, b8, f, type);
-        if (p10) ExpectBuilt(*p10, b10, f, type);
-        if (p12) ExpectBuilt(*p12, b12, f, type);
+        each([&](auto& lut, auto& b) { ExpectBuilt(lut, b, f, type); });
         if (HasFailure()) break;
     }
     for (auto& [h, type] : handles) {

@@ -45,19 +45,15 @@ void ExpectBayerDerived(const TLut& lut, bool b8Rows, bool bReplicated)
         const uint32_t r = (lut.Red[i] >> shift) & 0xFF, g = (lut.Green[i] >> shift) & 0xFF,
                        b = (lut.Blue[i] >> shift) & 0xFF;
         if constexpr (TLut::Bits > 8) {
-            if (b8Rows) {
-                ASSERT_EQ(lut.BayerRed8[i], r) << "depth " << TLut::Bits << " i " << i;
-                ASSERT_EQ(lut.BayerGreen8[i], g) << "depth " << TLut::Bits << " i " << i;
-                ASSERT_EQ(lut.BayerBlue8[i], b) << "depth " << TLut::Bits << " i " << i;
-            }
+            if (b8Rows)
+                ASSERT_TRUE(lut.BayerRed8[i] == r && lut.BayerGreen8[i] == g && lut.BayerBlue8[i] == b)
+                    << "8-bit rows, depth " << TLut::Bits << " i " << i;
         }
-        if (bReplicated) {
-            ASSERT_EQ(lut.BayerRed16[i], r * 257) << "depth " << TLut::Bits << " i " << i;
-            ASSERT_EQ(lut.BayerBlue16[i], b * 257) << "depth " << TLut::Bits << " i " << i;
-            ASSERT_EQ(lut.BayerRed32[i], r * 0x01010101u) << "depth " << TLut::Bits << " i " << i;
-            ASSERT_EQ(lut.BayerGreen32[i], g * 0x01010101u) << "depth " << TLut::Bits << " i " << i;
-            ASSERT_EQ(lut.BayerBlue32[i], b * 0x01010101u) << "depth " << TLut::Bits << " i " << i;
-        }
+        if (bReplicated)
+            ASSERT_TRUE(lut.BayerRed16[i] == r * 257 && lut.BayerBlue16[i] == b * 257 &&
+                        lut.BayerRed32[i] == r * 0x01010101u && lut.BayerGreen32[i] == g * 0x01010101u &&
+                        lut.BayerBlue32[i] == b * 0x01010101u)
+                << "replicated rows, depth " << TLut::Bits << " i " << i;
     }
 }
 
@@ -74,24 +70,16 @@ void ExpectIdentity(const TLut& lut, bool bFullBayer)
 }
 
 // The bodies of a handle, through the public lookup.
-inline TKaIpLut8* Body8(KaipHLut h)
+template <class TLut>
+TLut* BodyOf(KaipStatus (*get)(KaipHLut, TLut*&), KaipHLut h)
 {
-    TKaIpLut8* p = nullptr;
-    EXPECT_EQ(GetLut8(h, p), KASTATUS_OK);
+    TLut* p = nullptr;
+    EXPECT_EQ(get(h, p), KASTATUS_OK);
     return p;
 }
-inline TKaIpLut10* Body10(KaipHLut h)
-{
-    TKaIpLut10* p = nullptr;
-    EXPECT_EQ(GetLut10(h, p), KASTATUS_OK);
-    return p;
-}
-inline TKaIpLut12* Body12(KaipHLut h)
-{
-    TKaIpLut12* p = nullptr;
-    EXPECT_EQ(GetLut12(h, p), KASTATUS_OK);
-    return p;
-}
+inline const auto Body8 = [](KaipHLut h) { return BodyOf(GetLut8, h); };
+inline const auto Body10 = [](KaipHLut h) { return BodyOf(GetLut10, h); };
+inline const auto Body12 = [](KaipHLut h) { return BodyOf(GetLut12, h); };
 
 // A LUT object freed at the end of the scope.
 struct Lut {
