@@ -52,13 +52,9 @@ inline void WriteBytes(const std::string& path, const std::vector<uint8_t>& byte
     out.write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
 }
 
-inline uint16_t Le16(const std::vector<uint8_t>& b, size_t at)
-{
-    return uint16_t(b[at] | b[at + 1] << 8);
-}
 inline uint32_t Le32(const std::vector<uint8_t>& b, size_t at)
 {
-    return uint32_t(Le16(b, at) | Le16(b, at + 2) << 16);
+    return b[at] | b[at + 1] << 8 | b[at + 2] << 16 | uint32_t(b[at + 3]) << 24;
 }
 inline void Put16(std::vector<uint8_t>& b, size_t at, uint32_t v)
 {
@@ -106,12 +102,5 @@ inline bool RunQuietly(const std::string& command)
 {
     return std::system((command + " >/dev/null 2>&1").c_str()) == 0;
 }
-inline bool HaveTool(const std::string& name)
-{
-    return RunQuietly("command -v " + name);
-}
 
 }  // namespace filetest
-
-#define SKIP_WITHOUT(available, name) \
-    if (!(available)) GTEST_SKIP() << name << " is not installed"
