@@ -79,12 +79,26 @@ uint32_t Word(const uint8_t* p)
     return uint32_t(p[0] | (p[1] << 8));
 }
 
+// Packed and MIPI mono: n pixels in `bytes` bytes, pixel i has its top eight bits in byte high[i] and its
+// `low` low bits in byte lowByte from bit lowShift[i].
+struct TPacking {
+    uint32_t format, n, bytes, low, high[4], lowByte, lowShift[4];
+};
+const TPacking kPackings[] = {{KaipPixelFormat_Mono10Packed, 2, 3, 2, {0, 2}, 1, {0, 4}},
+                              {KaipPixelFormat_Mono12Packed, 2, 3, 4, {0, 2}, 1, {0, 4}},
+                              {KaipPixelFormat_Mono12Mipi, 2, 3, 4, {0, 1}, 2, {0, 4}},
+                              {KaipPixelFormat_Mono10Mipi, 4, 5, 2, {0, 1, 2, 3}, 4, {0, 2, 4, 6}}};
+const TPacking* PackingOf(uint32_t f)
+{
+    for (const TPacking& k : kPackings)
+        if (k.format == f) return &k;
+    return nullptr;
+}
+
 // Bytes a source line needs for w pixels.
 size_t SrcLineBytes(uint32_t f, uint32_t w)
 {
-    if (IsOneOf(f, {KaipPixelFormat_Mono10Packed, KaipPixelFormat_Mono12Packed, KaipPixelFormat_Mono12Mipi}))
-        return (size_t(w) * 3 + 1) / 2;
-    if (f == KaipPixelFormat_Mono10Mipi) return (size_t(w) * 10 + 7) / 8;
+    if (const TPacking* k = PackingOf(f)) return (size_t(w) * k->bytes + k->n - 1) / k->n;
     if (Is411(f)) return (size_t(w) * 3 + 1) / 2;
     if (IsYuv422(f)) return size_t(w + 1) / 2 * 4;
     if (Is444(f)) return size_t(w) * 3;
@@ -102,39 +116,18 @@ std::vector<MPixel> DecodeLine(uint32_t f, const uint8_t* p, uint32_t w, bool to
         for (uint32_t x = 0; x < w; ++x) px.push_back({kGrey, p[x], 0, 0, 8});
     } else if (uint32_t s = MonoWordBits(f)) {
         for (uint32_t x = 0; x < w; ++x) px.push_back({kGrey, Word(p + 2 * x), 0, 0, s});
-    } else if (f == KaipPixelFormat_Mono10Packed || f == KaipPixelFormat_Mono12Packed) {
-        const uint32_t lb = f == KaipPixelFormat_Mono10Packed ? 2 : 4, mask = (1u << lb) - 1;
-        for (uint32_t x = 0; x + 1 < w; x += 2) {
-            const uint8_t* g = p + x / 2 * 3;
-            if (toMono8) {
-                px.push_back({kGrey, g[0], 0, 0, 8});
-                px.push_back({kGrey, g[2], 0, 0, 8});
-            } else {
-                px.push_back({kGrey, (uint32_t(g[0]) << lb) | (g[1] & mask), 0, 0, 8 + lb});
-                px.push_back({kGrey, (uint32_t(g[2]) << lb) | ((g[1] >> 4) & mask), 0, 0, 8 + lb});
-            }
+    } else if (const TPacking* k = PackingOf(f)) {
+        for (uint32_t x = 0; x + k->n <= w; x += k->n) {
+            const uint8_t* g = p + x / k->n * k->bytes;
+            for (uint32_t i = 0; i < k->n; ++i)
+                px.push_back(toMono8 ? MPixel{kGrey, g[k->high[i]], 0, 0, 8}
+                                     : MPixel{kGrey,
+                                              (uint32_t(g[k->high[i]]) << k->low) |
+                                                  ((g[k->lowByte] >> k->lowShift[i]) & ((1u << k->low) - 1)),
+                                              0, 0, 8 + k->low});
         }
-        if (toMono8 && w % 2) px.push_back({kGrey, p[w / 2 * 3], 0, 0, 8});
-    } else if (f == KaipPixelFormat_Mono10Mipi) {
-        for (uint32_t x = 0; x + 3 < w; x += 4)
-            for (uint32_t i = 0; i < 4; ++i) {
-                const uint8_t* g = p + x / 4 * 5;
-                if (toMono8)
-                    px.push_back({kGrey, g[i], 0, 0, 8});
-                else
-                    px.push_back({kGrey, (uint32_t(g[i]) << 2) | ((g[4] >> (2 * i)) & 3), 0, 0, 10});
-            }
-    } else if (f == KaipPixelFormat_Mono12Mipi) {
-        for (uint32_t x = 0; x + 1 < w; x += 2) {
-            const uint8_t* g = p + x / 2 * 3;
-            if (toMono8) {
-                px.push_back({kGrey, g[0], 0, 0, 8});
-                px.push_back({kGrey, g[1], 0, 0, 8});
-            } else {
-                px.push_back({kGrey, (uint32_t(g[0]) << 4) | (g[2] & 15), 0, 0, 12});
-                px.push_back({kGrey, (uint32_t(g[1]) << 4) | (g[2] >> 4), 0, 0, 12});
-            }
-        }
+        // Into Mono8 the packed (not MIPI) formats also write the odd last pixel.
+        if (toMono8 && w % 2 && k->bytes == 3 && k->lowByte == 1) px.push_back({kGrey, p[w / 2 * 3], 0, 0, 8});
     } else if (IsOneOf(f, {KaipPixelFormat_BGR555, KaipPixelFormat_BGR565Packed})) {
         const uint32_t g = f == KaipPixelFormat_BGR565Packed;  // green's extra bit
         for (uint32_t x = 0; x < w; ++x) {
