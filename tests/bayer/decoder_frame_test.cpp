@@ -133,21 +133,6 @@ TEST(BayerFrame, NearestNeighbourWantsBayerTablesOnlyAboveEightBits)
     }
 }
 
-TEST(BayerFrame, LutOfAnotherDepthIsRefused)
-{
-    const KaipHLut lut10 = KaipAllocateLut(KAIP_LUT_10BIT | KAIP_LUT_BAYER | KAIP_LUT_BAYER_16);
-    BayerImage src(4, 4, 8, false, true, 1);
-    auto dst = Destination(4, 4, KaipPixelFormat_BGR8Packed, 3);
-    LogCapture log;
-    EXPECT_EQ(KaipBdBilinearInterpolation(&src.img->info, &dst->info, KaipPixelFormat_BGR8Packed, 0, lut10),
-              KASTATUS_KAIP_INVALID_LUT_TYPE);
-    EXPECT_EQ(log.Lines().back(), "KaipBdBilinearInterpolation: KASTATUS_KAIP_INVALID_LUT_TYPE");
-    EXPECT_EQ(KaipBdNearestNeighbour(&src.img->info, &dst->info, KaipPixelFormat_BGR8Packed, 0, lut10),
-              KASTATUS_KAIP_INVALID_LUT_TYPE);
-    EXPECT_EQ(dst->buffer.data()[0], kSentinel);
-    KaipFreeLut(lut10);
-}
-
 // Under KaipOption_ReallocateDst a missing or misfit destination is rebuilt with the options
 // word as flags, then decoded as usual.
 TEST(BayerFrame, RebuildsTheDestinationUnderReallocateDst)
@@ -170,25 +155,33 @@ TEST(BayerFrame, RebuildsTheDestinationUnderReallocateDst)
         EXPECT_EQ(dst.Height, 6u);
         EXPECT_EQ(dst.LineIncrement, 48u);
         EXPECT_EQ(dst.Flags, KaipImgFlag_Align16 | KaipImgFlag_DataAllocated);
-        for (uint32_t y = 0; y < 6; ++y) {
-            for (uint32_t x = 0; x < 9; ++x) {
-                const Px px = Bilinear(src.m, lut.of(10), x, y);
-                const uint8_t* p = dst.pData + y * dst.LineIncrement + x * 4;
-                ASSERT_TRUE(p[0] == px.b && p[1] == px.g && p[2] == px.r && p[3] == 0) << x << "," << y;
-            }
+        for (uint32_t i = 0; i < 54; ++i) {
+            const Px px = Bilinear(src.m, lut.of(10), i % 9, i / 9);
+            const uint8_t* p = dst.pData + i / 9 * dst.LineIncrement + i % 9 * 4;
+            ASSERT_TRUE(p[0] == px.b && p[1] == px.g && p[2] == px.r && p[3] == 0) << i % 9 << "," << i / 9;
         }
         EXPECT_EQ(KaipDeallocateImageData(&dst), 0);
     }
 }
 
-TEST(BayerFrame, ColourPlaneDestinationsAreRefused)
+// A LUT of another depth and colour-plane destinations are refused before anything is written.
+TEST(BayerFrame, LutOfAnotherDepthAndColourPlanesAreRefused)
 {
-    BayerImage src(4, 4, 8, false, false, 2);
+    const KaipHLut lut10 = KaipAllocateLut(KAIP_LUT_10BIT | KAIP_LUT_BAYER | KAIP_LUT_BAYER_16);
+    BayerImage src(4, 4, 8, false, true, 1);
     auto dst = Destination(4, 4, KaipPixelFormat_BGR8Packed, 3);
+    LogCapture log;
+    EXPECT_EQ(KaipBdBilinearInterpolation(&src.img->info, &dst->info, KaipPixelFormat_BGR8Packed, 0, lut10),
+              KASTATUS_KAIP_INVALID_LUT_TYPE);
+    EXPECT_EQ(log.Lines().back(), "KaipBdBilinearInterpolation: KASTATUS_KAIP_INVALID_LUT_TYPE");
+    EXPECT_EQ(KaipBdNearestNeighbour(&src.img->info, &dst->info, KaipPixelFormat_BGR8Packed, 0, lut10),
+              KASTATUS_KAIP_INVALID_LUT_TYPE);
+    KaipFreeLut(lut10);
     dst->info.Flags |= KaipImgFlag_ColorPlanes;
     dst->info.pDataR = dst->info.pDataG = dst->info.pDataB = dst->buffer.data();
     EXPECT_EQ(KaipBdBilinearInterpolation(&src.img->info, &dst->info, KaipPixelFormat_BGR8Packed, 0, nullptr),
               KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED);
+    EXPECT_EQ(FirstDifference(*dst, 3, std::vector<uint8_t>(dst->buffer.size(), kSentinel)), "");
 }
 
 // The border alone into Mono8 with a LUT: the green output of (R + G + B) / 3.

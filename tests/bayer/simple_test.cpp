@@ -98,24 +98,20 @@ TEST(BdEncodeToBayer, RefusesColourSourcesAtTheBayerTestAndBayerSourcesAfterIt)
 // with the bits below the top eight cleared.
 TEST(BdEncodeToBayer, WorkerInvertsShowMosaic)
 {
-    for (uint32_t bits : {8u, 10u, 12u}) {
-        for (uint32_t pattern = 0; pattern < 4; ++pattern) {
-            for (DstFormat f : {kBgr8, kBgra8}) {
-                BayerImage src(7, 5, bits, pattern & 2, pattern & 1, bits * 4 + pattern);
-                auto shown = Destination(7, 5, f.code, f.bytes);
-                ASSERT_EQ(KaipBdShowMosaic(&src.img->info, &shown->info, f.code, 0), 0);
-                const uint32_t bytes = bits == 8 ? 1 : 2;
-                GuardedImage back(7, 5, src.img->info.PixelFormat, 7 * bytes);
-                EncodeBgrToBayer(shown->info, f.bytes, back.info, bits, pattern & 2, pattern & 1);
-                for (uint32_t i = 0; i < 35; ++i) {
-                    uint32_t v = back.buffer.data()[i * bytes];
-                    if (bytes == 2) v |= uint32_t(back.buffer.data()[i * 2 + 1]) << 8;
-                    const uint32_t want = ((src.m.v[i] >> (bits - 8)) & 0xFF) << (bits - 8);
-                    ASSERT_EQ(v, want) << "bits " << bits << " pattern " << pattern << " sample " << i;
-                }
+    ForEachMosaic({{7, 5}}, 9, [&](const BayerImage& src) {
+        for (DstFormat f : {kBgr8, kBgra8}) {
+            auto shown = Destination(7, 5, f.code, f.bytes);
+            ASSERT_EQ(KaipBdShowMosaic(&src.img->info, &shown->info, f.code, 0), 0);
+            const uint32_t bits = src.m.bits, bytes = bits == 8 ? 1 : 2;
+            GuardedImage back(7, 5, src.img->info.PixelFormat, 7 * bytes);
+            EncodeBgrToBayer(shown->info, f.bytes, back.info, bits, src.m.shiftLine, src.m.shiftColumn);
+            for (uint32_t i = 0; i < 35; ++i) {
+                const uint32_t v =
+                    back.buffer.data()[i * bytes] | (bytes == 2 ? back.buffer.data()[i * 2 + 1] << 8 : 0);
+                ASSERT_EQ(v, ((src.m.v[i] >> (bits - 8)) & 0xFF) << (bits - 8)) << "sample " << i << " dst " << f.code;
             }
         }
-    }
+    });
 }
 
 }  // namespace
