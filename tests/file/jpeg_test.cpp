@@ -101,15 +101,13 @@ TEST(JpegFile, SameFileAsThePlainTwin)
 {
     TempDir dir;
     TestImage rgb(10, 6, KaipPixelFormat_RGB8Packed, 3, 30, 0, 21),
-        bgr(10, 6, KaipPixelFormat_BGR8Packed, 3, 30, 0, 21);
-    for (size_t i = 0; i < 180; i += 3) std::swap(bgr.info.pData[i], bgr.info.pData[i + 2]);
-    TestImage bgra(10, 6, KaipPixelFormat_BGRA8Packed, 4, 40, 0, 25),
+        bgr(10, 6, KaipPixelFormat_BGR8Packed, 3, 30, 0, 24), bgra(10, 6, KaipPixelFormat_BGRA8Packed, 4, 40, 0, 25),
         rgba(10, 6, KaipPixelFormat_RGBA8Packed, 4, 40, 0, 26);
-    for (size_t i = 0; i < 60; ++i) {
-        const uint8_t* p = rgb.info.pData + 3 * i;
-        bgra.info.pData[4 * i] = p[2], bgra.info.pData[4 * i + 1] = p[1], bgra.info.pData[4 * i + 2] = p[0];
-        rgba.info.pData[4 * i] = p[0], rgba.info.pData[4 * i + 1] = p[1], rgba.info.pData[4 * i + 2] = p[2];
-    }
+    for (size_t i = 0; i < 60; ++i)
+        for (size_t c = 0; c < 3; ++c) {
+            bgr.info.pData[3 * i + c] = bgra.info.pData[4 * i + c] = rgb.info.pData[3 * i + 2 - c];
+            rgba.info.pData[4 * i + c] = rgb.info.pData[3 * i + c];
+        }
     TestImage mono(10, 6, KaipPixelFormat_Mono8, 1, 10, 0, 22), bayer(10, 6, KaipPixelFormat_BayerGR8, 1, 10, 0, 22);
     TestImage upside(10, 6, KaipPixelFormat_Mono8, 1, 10, KaipImgFlag_BottomUp, 22);
     for (uint32_t y = 0; y < 6; ++y) std::memcpy(upside.info.pData + (5 - y) * 10, mono.info.pData + y * 10, 10);
