@@ -234,16 +234,15 @@ struct TGatherPlan : TStep<M, kStepPixels> {
 
 // The same step for SSE2, which has no byte shuffle: each 16-byte destination chunk is the OR of masked
 // copies of the step's source seen at a few byte offsets, one part per distinct offset (source byte minus
-// destination byte within the chunk). A part whose 16 bytes would start before the step or end after it
-// loads the nearest 16 bytes inside the step and shifts them into place, so no load leaves the step's
-// source bytes either. Bytes no part fills are 0 (kept from the destination when the map keeps them).
+// destination byte within the chunk). Bytes no part fills are 0 (kept from the destination when the map
+// keeps them).
 template <class M, uint32_t kStepPixels>
 struct TShiftPlan : TStep<M, kStepPixels> {
     using B = TStep<M, kStepPixels>;
     using B::kChunks, B::kInBytes;
 
     struct TPart {
-        int base = 0, shift = 0;  // load at base, then move bytes down by shift (up when negative)
+        int off = 0;  // the part's 16 bytes start at source byte off of the step (it may lie outside)
         std::array<uint8_t, 16> mask{};
     };
     struct TChunk {
@@ -265,11 +264,8 @@ struct TShiftPlan : TStep<M, kStepPixels> {
                 }
                 const int off = n / M::kUnitOut * M::kUnitIn + m - j;
                 int p = 0;
-                while (p < ch.parts && ch.part[p].base + ch.part[p].shift != off) ++p;
-                if (p == ch.parts) {
-                    const int base = off < 0 ? 0 : off > kInBytes - 16 ? kInBytes - 16 : off;
-                    ch.part[ch.parts++] = TPart{base, off - base, {}};
-                }
+                while (p < ch.parts && ch.part[p].off != off) ++p;
+                if (p == ch.parts) ch.part[ch.parts++] = TPart{off, {}};
                 ch.part[p].mask[j] = 0xFF;
             }
         }

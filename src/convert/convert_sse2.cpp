@@ -46,11 +46,26 @@ struct KCopy {
     }
 };
 
-// 16 pixels through the byte map M by the parts of its shift plan.
+// 16 pixels through the byte map M by the parts of its shift plan. Where source and destination advance
+// alike, a destination a little ahead of the source modulo 4 KiB stays so along the whole line, and every load
+// then shares its low address bits with a store of the step before, still pending while non-temporal stores
+// drain, and waits for it; such maps load each 16-byte block of the step once (the last one ending at the
+// step's end) and cut the parts from the blocks their windows overlap. The others load each part's window,
+// moved into place where it would start before the step or end after it. No load leaves the step.
 template <class M>
 struct SShifts {
     using P = TShiftPlan<M, 16>;
     static constexpr uint32_t kPixels = 16, kInBytes = P::kInBytes, kOutBytes = P::kOutBytes;
+    static constexpr bool kFromBlocks = kInBytes == kOutBytes;
+    static constexpr int kBlocks = kFromBlocks ? (P::kInBytes + 15) / 16 : 0;
+    static constexpr int Base(int i) { return 16 * i < P::kInBytes - 16 ? 16 * i : P::kInBytes - 16; }
+    // The last block starting at or before off (the first for an off before the step).
+    static constexpr int BlockOf(int off)
+    {
+        int i = 0;
+        while (i + 1 < kBlocks && Base(i + 1) <= off) ++i;
+        return i;
+    }
 
     template <int kShift>
     static __m128i Shift(__m128i v)
@@ -59,35 +74,57 @@ struct SShifts {
         if constexpr (kShift < 0) return _mm_slli_si128(v, -kShift);
         return v;
     }
+    // The 16 source bytes at off (those outside the step 0).
+    template <int kOff>
+    static __m128i Window(const uint8_t* s, const __m128i* b)
+    {
+        if constexpr (kFromBlocks) {
+            constexpr int i = BlockOf(kOff);
+            const __m128i v = Shift<kOff - Base(i)>(b[i]);
+            if constexpr (kOff > Base(i) && i + 1 < kBlocks && Base(i + 1) < kOff + 16)
+                return _mm_or_si128(v, Shift<kOff - Base(i + 1)>(b[i + 1]));
+            return v;
+        } else {
+            constexpr int kAt = kOff < 0 ? 0 : kOff > int(kInBytes) - 16 ? int(kInBytes) - 16 : kOff;
+            return Shift<kOff - kAt>(Load(s + kAt));
+        }
+    }
     template <int kChunk, int kPart>
-    static void AddPart(const uint8_t* s, __m128i& v)
+    static void AddPart(const uint8_t* s, const __m128i* b, __m128i& v)
     {
         constexpr auto& ch = P::kPlan[kChunk];
         if constexpr (kPart < ch.parts) {
-            const __m128i x = Shift<ch.part[kPart].shift>(Load(s + ch.part[kPart].base));
+            const __m128i x = Window<ch.part[kPart].off>(s, b);
             v = _mm_or_si128(v, _mm_and_si128(x, Load(ch.part[kPart].mask.data())));
         }
     }
     template <int kChunk, int... kPart>
-    static __m128i Chunk(const uint8_t* s, const uint8_t* d, std::integer_sequence<int, kPart...>)
+    static __m128i Chunk(const uint8_t* s, const __m128i* b, const uint8_t* d, std::integer_sequence<int, kPart...>)
     {
         __m128i v = _mm_setzero_si128();
-        (AddPart<kChunk, kPart>(s, v), ...);
+        (AddPart<kChunk, kPart>(s, b, v), ...);
         if constexpr (!M::kKeep) return v;
         return _mm_or_si128(v, _mm_and_si128(Load(d + 16 * kChunk), Load(P::kPlan[kChunk].keep.data())));
     }
     // Every kept byte is read before the step's first store: reading a cache line that a non-temporal
     // store has begun would flush it half written.
     template <bool kStream, int... kChunk>
-    static void Chunks(const uint8_t* s, uint8_t* d, std::integer_sequence<int, kChunk...>)
+    static void Chunks(const uint8_t* s, const __m128i* b, uint8_t* d, std::integer_sequence<int, kChunk...>)
     {
-        const __m128i v[] = {Chunk<kChunk>(s, d, std::make_integer_sequence<int, 16>{})...};
+        const __m128i v[] = {Chunk<kChunk>(s, b, d, std::make_integer_sequence<int, 16>{})...};
         (Store<kStream>(d + 16 * kChunk, v[kChunk]), ...);
+    }
+    template <int... kBlock>
+    static void Blocks(const uint8_t* s, __m128i* b, std::integer_sequence<int, kBlock...>)
+    {
+        ((b[kBlock] = Load(s + Base(kBlock))), ...);
     }
     template <bool kStream>
     void Run(const uint8_t* s, uint8_t* d) const
     {
-        Chunks<kStream>(s, d, std::make_integer_sequence<int, P::kChunks>{});
+        __m128i b[kBlocks + 1];
+        Blocks(s, b, std::make_integer_sequence<int, kBlocks>{});
+        Chunks<kStream>(s, b, d, std::make_integer_sequence<int, P::kChunks>{});
     }
 };
 
