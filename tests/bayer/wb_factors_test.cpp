@@ -1,6 +1,7 @@
 // wb_factors_test.cpp: white-balance factors of RGB images and Bayer mosaics, worked values.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <functional>
 
 #include "bayer/bayer_model.h"
@@ -33,13 +34,9 @@ std::unique_ptr<GuardedImage> RgbImage(const RgbFormat& f, uint32_t w, uint32_t 
         uint8_t* p = img->buffer.data() + (i / w) * img->info.LineIncrement + (i % w) * f.pixelBytes;
         const Colour c = colour(i);
         const uint32_t v[3] = {f.bgr ? c.b : c.r, c.g, f.bgr ? c.r : c.b};
-        for (int k = 0; k < 3; ++k) {
-            if (f.channelBytes == 1) {
-                p[k] = uint8_t(v[k]);
-            } else {
-                p[2 * k] = uint8_t(v[k]), p[2 * k + 1] = uint8_t(v[k] >> 8);
-            }
-        }
+        // Little-endian channels of one or two bytes.
+        for (uint32_t k = 0; k < 3 * f.channelBytes; ++k)
+            p[k] = uint8_t(v[k / f.channelBytes] >> (8 * (k % f.channelBytes)));
     }
     return img;
 }
@@ -49,19 +46,12 @@ std::unique_ptr<GuardedImage> Uniform(const RgbFormat& f, Colour c)
     return RgbImage(f, 13, 7, [c](uint32_t) { return c; });
 }
 
-struct Factors {
-    uint32_t r, g, b;
-    bool operator==(const Factors& o) const { return r == o.r && g == o.g && b == o.b; }
-};
-std::ostream& operator<<(std::ostream& os, const Factors& f)
-{
-    return os << f.r << "," << f.g << "," << f.b;
-}
+using Factors = std::array<uint32_t, 3>;  // red, green, blue
 
 Factors Measure(const KaipImgInfo* img, uint32_t options, Factors in = {1000, 1000, 1000})
 {
     Factors f = in;
-    EXPECT_EQ(KaipCalcWbFactors(img, &f.r, &f.g, &f.b, options), 0);
+    EXPECT_EQ(KaipCalcWbFactors(img, &f[0], &f[1], &f[2], options), 0);
     return f;
 }
 
@@ -183,7 +173,7 @@ TEST(KAIP_BdCalcWbFactors, OneLineYieldsNothingInTheFirstPass)
     // A single line has no first pass; the byte pass counts its red and green sites only, so
     // blue has no count and the outputs stay as they were.
     Factors f{1, 2, 3};
-    EXPECT_EQ(KaipCalcWbFactors(&BayerSites(8, 1, 8, 1, {100, 200, 50})->info, &f.r, &f.g, &f.b, 0), 0);
+    EXPECT_EQ(KaipCalcWbFactors(&BayerSites(8, 1, 8, 1, {100, 200, 50})->info, &f[0], &f[1], &f[2], 0), 0);
     EXPECT_EQ(f, (Factors{1, 2, 3}));
 }
 

@@ -22,11 +22,7 @@ inline uint32_t GetSample(const uint8_t* p, size_t i, unsigned bytes)
 }
 inline void PutSample(uint8_t* p, size_t i, unsigned bytes, uint32_t v)
 {
-    if (bytes == 1) {
-        p[i] = uint8_t(v);
-    } else {
-        p[2 * i] = uint8_t(v), p[2 * i + 1] = uint8_t(v >> 8);
-    }
+    for (unsigned b = 0; b < bytes; ++b) p[bytes * i + b] = uint8_t(v >> (8 * b));
 }
 
 // An image of width x height pixels of pixelBytes each in a guarded buffer, each line padded by
