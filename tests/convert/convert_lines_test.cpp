@@ -95,6 +95,15 @@ const TPacking* PackingOf(uint32_t f)
     return nullptr;
 }
 
+// Bytes of one pixel of the unpacked formats.
+uint32_t PixelBytes(uint32_t f)
+{
+    if (f == KaipPixelFormat_Mono8) return 1;
+    if (MonoWordBits(f) || IsOneOf(f, {KaipPixelFormat_BGR555, KaipPixelFormat_BGR565Packed})) return 2;
+    if (DeepBits(f)) return 6;
+    return IsOneOf(f, {KaipPixelFormat_BGRA8Packed, KaipPixelFormat_RGBA8Packed}) ? 4 : 3;
+}
+
 // Bytes a source line needs for w pixels.
 size_t SrcLineBytes(uint32_t f, uint32_t w)
 {
@@ -102,10 +111,7 @@ size_t SrcLineBytes(uint32_t f, uint32_t w)
     if (Is411(f)) return (size_t(w) * 3 + 1) / 2;
     if (IsYuv422(f)) return size_t(w + 1) / 2 * 4;
     if (Is444(f)) return size_t(w) * 3;
-    if (IsMono8(f)) return w;
-    if (MonoWordBits(f) || IsOneOf(f, {KaipPixelFormat_BGR555, KaipPixelFormat_BGR565Packed})) return size_t(w) * 2;
-    if (DeepBits(f)) return size_t(w) * 6;
-    return size_t(w) * (IsOneOf(f, {KaipPixelFormat_BGRA8Packed, KaipPixelFormat_RGBA8Packed}) ? 4 : 3);
+    return size_t(w) * PixelBytes(IsMono8(f) ? KaipPixelFormat_Mono8 : f);
 }
 
 // The pixels of one source line that a converter writes, in order.
@@ -272,14 +278,6 @@ bool KeepsFourth(uint32_t src, uint32_t dst)
     return (dst == KaipPixelFormat_BGRA8Packed &&
             IsOneOf(src, {KaipPixelFormat_RGB8Packed, KaipPixelFormat_RGBA8Packed})) ||
            (dst == KaipPixelFormat_RGBA8Packed && src == KaipPixelFormat_BGRA8Packed);
-}
-
-uint32_t PixelBytes(uint32_t f)
-{
-    if (f == KaipPixelFormat_Mono8) return 1;
-    if (MonoWordBits(f) || IsOneOf(f, {KaipPixelFormat_BGR555, KaipPixelFormat_BGR565Packed})) return 2;
-    if (DeepBits(f)) return 6;
-    return IsOneOf(f, {KaipPixelFormat_BGRA8Packed, KaipPixelFormat_RGBA8Packed}) ? 4 : 3;
 }
 
 // The whole expected destination, starting from its previous content.
