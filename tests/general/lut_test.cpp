@@ -23,24 +23,23 @@ TEST(LutObjects, GlobalBodiesAndFreshObjectsAreIdentity)
     ExpectIdentity(g_Lut8, true);
     ExpectIdentity(g_Lut10, true);
     ExpectIdentity(g_Lut12, true);
-    struct Case {
-        uint32_t dwType;
-        bool bFull;
-    };
-    for (const Case c : {Case{0, false}, Case{KAIP_LUT_BAYER, false}, Case{KAIP_LUT_BAYER_16, false},
-                         Case{KAIP_LUT_BAYER | KAIP_LUT_BAYER_16, true}, Case{0xFF000000 | KAIP_LUT_BAYER, false}}) {
-        SCOPED_TRACE(c.dwType);
-        Lut all(c.dwType), l8(c.dwType | 8), l10(c.dwType | 10), l12(c.dwType | 12);
+    for (auto [dwType, bFull] : {std::pair{0u, false},
+                                 {KAIP_LUT_BAYER, false},
+                                 {KAIP_LUT_BAYER_16, false},
+                                 {KAIP_LUT_BAYER | KAIP_LUT_BAYER_16, true},
+                                 {0xFF000000 | KAIP_LUT_BAYER, false}}) {
+        SCOPED_TRACE(dwType);
+        Lut all(dwType), l8(dwType | 8), l10(dwType | 10), l12(dwType | 12);
         ASSERT_TRUE(all.h && l8.h && l10.h && l12.h);
-        EXPECT_EQ(*all.h, c.dwType);
-        EXPECT_EQ(*l12.h, c.dwType | 12);
+        EXPECT_EQ(*all.h, dwType);
+        EXPECT_EQ(*l12.h, dwType | 12);
         EXPECT_EQ(reinterpret_cast<uint8_t*>(Body10(l10.h)), reinterpret_cast<uint8_t*>(l10.h) + 4);
-        ExpectIdentity(*Body8(all.h), c.bFull);
-        ExpectIdentity(*Body10(all.h), c.bFull);
-        ExpectIdentity(*Body12(all.h), c.bFull);
-        ExpectIdentity(*Body8(l8.h), c.bFull);
-        ExpectIdentity(*Body10(l10.h), c.bFull);
-        ExpectIdentity(*Body12(l12.h), c.bFull);
+        ExpectIdentity(*Body8(all.h), bFull);
+        ExpectIdentity(*Body10(all.h), bFull);
+        ExpectIdentity(*Body12(all.h), bFull);
+        ExpectIdentity(*Body8(l8.h), bFull);
+        ExpectIdentity(*Body10(l10.h), bFull);
+        ExpectIdentity(*Body12(l12.h), bFull);
     }
 }
 
