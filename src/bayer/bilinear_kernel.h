@@ -191,6 +191,9 @@ struct V256 {
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(p + 96), _mm256_permute2x128_si256(q2, q3, 0x31));
     }
 
+    // bPairs: each half holds its 16 pixels as a byte pack of two word registers leaves them,
+    // the even pixels first (pixel 2 i at byte i, 2 i + 1 at byte 8 + i).
+    template <bool bPairs = false>
     static void StoreBgr(uint8_t* p, T b, T g, T r)
     {
         // Within each half, pixel i of a channel c goes to byte (3 i + c) mod 16 (3 is odd, so the
@@ -202,9 +205,10 @@ struct V256 {
         typedef uint8_t TBytes __attribute__((vector_size(32)));
         const TBytes k = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15,
                           0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
-        const T b1 = _mm256_shuffle_epi8(b, T((k * 11) & 15));
-        const T g1 = _mm256_shuffle_epi8(g, T(((k + 15) * 11) & 15));
-        const T r1 = _mm256_shuffle_epi8(r, T(((k + 14) * 11) & 15));
+        auto at = [](TBytes i) { return bPairs ? TBytes((i >> 1) | ((i & 1) << 3)) : i; };  // byte of pixel i
+        const T b1 = _mm256_shuffle_epi8(b, T(at((k * 11) & 15)));
+        const T g1 = _mm256_shuffle_epi8(g, T(at(((k + 15) * 11) & 15)));
+        const T r1 = _mm256_shuffle_epi8(r, T(at(((k + 14) * 11) & 15)));
         // m[c]: the bytes k with k mod 3 = c; register j takes green at m[(1 + 2 j) mod 3], red at m[(2 + 2 j) mod 3].
         const T m[3] = {T(k % 3 == 0), T(k % 3 == 1), T(k % 3 == 2)};
         T o[3];

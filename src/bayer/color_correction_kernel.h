@@ -164,8 +164,13 @@ void Blocks(const TSplitLine (&rows)[5], uint8_t* pOut, uint32_t x0, uint32_t x1
         using TTable = std::conditional_t<Use == TLutUse::InRegisters, TByteTable<V>, TNone>;
         const TTable mapB(lut.pBlue), mapG(lut.pGreen), mapR(lut.pRed);
         auto shift = [](T v) { return W::template Shr<Bits - 8>(v); };  // the identity tables above 8 bits
-        // Each word of even | odd << 8 is one pair of pixels.
-        auto bytes = [&](T even, T odd) { return W::Or(shift(even), W::template Shl<8>(shift(odd))); };
+        // With byte shuffles, the three-byte store takes the pixels as the byte pack of even and odd
+        // leaves them; otherwise each word of even | odd << 8 is one pair of pixels.
+        constexpr bool kPacked = DstBytes == 3 && V::kShuffle;
+        auto bytes = [&](T even, T odd) {
+            if constexpr (kPacked) return V::Pack(shift(even), shift(odd));
+            return W::Or(shift(even), W::template Shl<8>(shift(odd)));
+        };
         // Steps of i words in the split lines, 2 i columns in the source and the output.
         uint8_t* p = pOut + size_t(x0) * DstBytes;
         for (size_t i = 0, n = (x1 - x0) / 2; i < n; i += W::N, p += V::N * DstBytes) {
@@ -177,8 +182,8 @@ void Blocks(const TSplitLine (&rows)[5], uint8_t* pOut, uint32_t x0, uint32_t x1
             }
             const T b = mapB(bytes(ch.even[kBlue], ch.odd[kBlue])), g = mapG(bytes(ch.even[1], ch.odd[1]));
             const T r = mapR(bytes(ch.even[kRed], ch.odd[kRed]));
-            if constexpr (DstBytes == 3) {
-                V::StoreBgr(p, b, g, r);
+            if constexpr (kPacked) {
+                V::template StoreBgr<true>(p, b, g, r);
             } else {
                 V::StoreBgra(p, b, g, r);
             }
