@@ -11,19 +11,15 @@ namespace {
 
 struct TTiffFormat {
     uint32_t format, pixelIncrement, bits;  // bits: significant bits of grey words, 0 for colour
-    bool colour;
 };
 const TTiffFormat kFormats[] = {
-    {KaipPixelFormat_Mono8, 1, 8, false},       {KaipPixelFormat_BayerGR8, 1, 8, false},
-    {KaipPixelFormat_Mono9, 2, 9, false},       {KaipPixelFormat_Mono10, 2, 10, false},
-    {KaipPixelFormat_Mono11, 2, 11, false},     {KaipPixelFormat_Mono12, 2, 12, false},
-    {KaipPixelFormat_Mono13, 2, 13, false},     {KaipPixelFormat_Mono14, 2, 14, false},
-    {KaipPixelFormat_Mono15, 2, 15, false},     {KaipPixelFormat_Mono16, 2, 16, false},
-    {KaipPixelFormat_BayerRG10, 2, 10, false},  {KaipPixelFormat_BayerBG12, 2, 12, false},
-    {KaipPixelFormat_BayerGB16, 2, 16, false},  {KaipPixelFormat_BGR555, 2, 0, true},
-    {KaipPixelFormat_BGR565Packed, 2, 0, true}, {KaipPixelFormat_RGB8Packed, 3, 0, true},
-    {KaipPixelFormat_BGR8Packed, 3, 0, true},   {KaipPixelFormat_RGBA8Packed, 4, 0, true},
-    {KaipPixelFormat_BGRA8Packed, 4, 0, true},
+    {KaipPixelFormat_Mono8, 1, 8},       {KaipPixelFormat_BayerGR8, 1, 8},   {KaipPixelFormat_Mono9, 2, 9},
+    {KaipPixelFormat_Mono10, 2, 10},     {KaipPixelFormat_Mono11, 2, 11},    {KaipPixelFormat_Mono12, 2, 12},
+    {KaipPixelFormat_Mono13, 2, 13},     {KaipPixelFormat_Mono14, 2, 14},    {KaipPixelFormat_Mono15, 2, 15},
+    {KaipPixelFormat_Mono16, 2, 16},     {KaipPixelFormat_BayerRG10, 2, 10}, {KaipPixelFormat_BayerBG12, 2, 12},
+    {KaipPixelFormat_BayerGB16, 2, 16},  {KaipPixelFormat_BGR555, 2, 0},     {KaipPixelFormat_BGR565Packed, 2, 0},
+    {KaipPixelFormat_RGB8Packed, 3, 0},  {KaipPixelFormat_BGR8Packed, 3, 0}, {KaipPixelFormat_RGBA8Packed, 4, 0},
+    {KaipPixelFormat_BGRA8Packed, 4, 0},
 };
 
 // Pixel data of the file, top line first, from the layouts and the depth rule.
@@ -59,7 +55,7 @@ std::vector<uint8_t> ExpectedData(const TestImage& src, const TTiffFormat& f, ui
 // The whole file from the layout tables.
 std::vector<uint8_t> ExpectedTiff(const TestImage& src, const TTiffFormat& f, uint32_t options)
 {
-    const bool c = f.colour;
+    const bool c = f.bits == 0;
     const uint32_t w = src.info.Width, h = src.info.Height;
     const uint32_t lineBytes = c ? 3 * w : w * (f.bits == 8 ? 1 : 2);
     const uint32_t maxSample = c || f.bits == 8 ? 255 : (options & 0x2000) ? 65535 : (1u << f.bits) - 1;
@@ -100,7 +96,7 @@ uint32_t LoadedFormat(const TTiffFormat& f, uint32_t options)
     static const uint32_t grey[] = {KaipPixelFormat_Mono8,  KaipPixelFormat_Mono9,  KaipPixelFormat_Mono10,
                                     KaipPixelFormat_Mono11, KaipPixelFormat_Mono12, KaipPixelFormat_Mono13,
                                     KaipPixelFormat_Mono14, KaipPixelFormat_Mono15, KaipPixelFormat_Mono16};
-    if (f.colour) return KaipPixelFormat_RGB8Packed;  // the preset stays
+    if (f.bits == 0) return KaipPixelFormat_RGB8Packed;  // the preset stays
     return f.bits == 8 ? KaipPixelFormat_Mono8 : (options & 0x2000) ? KaipPixelFormat_Mono16 : grey[f.bits - 8];
 }
 
@@ -134,7 +130,7 @@ TEST(TiffFile, ExactBytesAndRoundTrips)
             EXPECT_EQ(w, img.info.Width);
             EXPECT_EQ(h, img.info.Height);
             EXPECT_EQ(uint32_t(KaipImgFlag_DataAllocated), img.info.Flags);
-            const size_t offset = f.colour ? 228 : 210;
+            const size_t offset = f.bits ? 210 : 228;
             ASSERT_EQ(actual.size() - offset, size_t(img.info.LineIncrement) * h);
             EXPECT_EQ(0, std::memcmp(actual.data() + offset, img.info.pData, actual.size() - offset));
         }
