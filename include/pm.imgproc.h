@@ -384,7 +384,10 @@ KAIP_API KaipStatus KaipBdBilinearInterpolation(const KaipImgInfo* pSrcImgInfo, 
  * gradients 35.1, pixel grouping 35.4, each better than bilinear on every image. */
 
 /* Variable number of gradients (Chang, Cheung and Pang, 1999): eight gradients (N, E, S, W
- * and the diagonals), each a weighted sum of absolute differences over the 5x5 neighbourhood;
+ * and the diagonals) over the 5x5 neighbourhood, each a mean of absolute differences of the
+ * samples cut to 8 bits, two apart along the direction (one apart for the diagonals of red and
+ * blue pixels), the nearer ones weighted twice, taken by nested rounded-up halvings in eighths
+ * of an 8-bit step (so each fits a byte; this costs no measurable quality against exact sums);
  * the directions whose gradient is at most 1.5 x minimum + 0.5 x (maximum - minimum) are kept,
  * and each missing colour is the pixel's own sample plus the mean, over the kept directions,
  * of that colour's difference to the pixel's colour around the neighbour in the direction.

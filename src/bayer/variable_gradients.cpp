@@ -68,47 +68,57 @@ void WidenRow(const uint8_t* pLine, uint32_t x0, uint32_t n, TRow<T>& row)
     }
 }
 
+inline uint8_t Avg(uint32_t a, uint32_t b)
+{
+    return uint8_t((a + b + 1) >> 1);
+}
+
 // The planes of slot r from lines r, r+1 and r+2, columns 2 .. n+4 of one half.
-template <int H, class T>
+template <unsigned Bits, int H, class T>
 __attribute__((optimize("no-tree-pre"))) void PlanesHalf(TStrip<T>& __restrict s, uint32_t r, uint32_t n)
 {
     const TRow<T>&a = s.src[r & 7], &b = s.src[(r + 1) & 7], &c = s.src[(r + 2) & 7];
     const uint32_t slot = r & 3;
     for (int32_t k = 1; k < int32_t(n + 6 - H) / 2; ++k) {
-        auto v2 = [&](int dx) { return Distance(At<H>(a, k, dx), At<H>(c, k, dx)); };
-        s.tv[slot][H][k] = T(2 * v2(0) + v2(-1) + v2(1));
-        s.hv[slot][H][k] = T(Distance(At<H>(b, k, -1), At<H>(b, k, 1)) + Distance(At<H>(b, k, 0), At<H>(b, k, 2)));
-        s.da[slot][H][k] = T(2 * Distance(At<H>(a, k, 1), At<H>(c, k, -1)) + Distance(At<H>(a, k, 0), At<H>(b, k, -1)) +
-                             Distance(At<H>(b, k, 1), At<H>(c, k, 0)));
-        s.dm[slot][H][k] = T(2 * Distance(At<H>(a, k, -1), At<H>(c, k, 1)) + Distance(At<H>(b, k, -1), At<H>(c, k, 0)) +
-                             Distance(At<H>(a, k, 0), At<H>(b, k, 1)));
-        s.a2[slot][H][k] = T(Distance(At<H>(a, k, 0), At<H>(c, k, -2)) + Distance(At<H>(a, k, 1), At<H>(c, k, -1)));
-        s.m2[slot][H][k] = T(Distance(At<H>(a, k, 0), At<H>(c, k, 2)) + Distance(At<H>(a, k, 1), At<H>(c, k, 3)));
+        auto d = [&](const TRow<T>& p, int dp, const TRow<T>& q, int dq) {
+            return uint32_t(Distance(T(At<H>(p, k, dp) >> (Bits - 8)), T(At<H>(q, k, dq) >> (Bits - 8))));
+        };
+        s.tv[slot][H][k] = Avg(d(a, 0, c, 0), Avg(d(a, -1, c, -1), d(a, 1, c, 1)));
+        s.hv[slot][H][k] = Avg(d(b, -1, b, 1), d(b, 0, b, 2));
+        s.da[slot][H][k] = Avg(d(a, 1, c, -1), Avg(d(a, 0, b, -1), d(b, 1, c, 0)));
+        s.dm[slot][H][k] = Avg(d(a, -1, c, 1), Avg(d(b, -1, c, 0), d(a, 0, b, 1)));
+        s.a2[slot][H][k] = Avg(d(a, 0, c, -2), d(a, 1, c, -1));
+        s.m2[slot][H][k] = Avg(d(a, 0, c, 2), d(a, 1, c, 3));
     }
 }
 
-// The eight gradients (in halves) of the pixel at column 2k + Par of line y, directions in the
-// order of the turns: north, west, south, east, then north-east, north-west, south-west,
-// south-east.
+// The eight gradients (in eighths of 8-bit steps, see TStrip) of the pixel at column 2k + Par of
+// line y, directions in the order of the turns: north, west, south, east, then north-east,
+// north-west, south-west, south-east.
 template <bool Green, int Par, class T>
 inline __attribute__((always_inline)) void Gradients(const TStrip<T>& s, uint32_t y, int32_t k, T (&g)[8])
 {
     const uint32_t s0 = (y - 2) & 3, s1 = (y - 1) & 3, s2 = y & 3;
-    auto at = [&](const TRow<T>(&plane)[4], uint32_t slot, int dx) { return At<Par>(plane[slot], k, dx); };
-    g[0] = T(at(s.tv, s0, 0) + at(s.tv, s1, 0));
-    g[1] = T(at(s.hv, s0, -1) + 2 * at(s.hv, s1, -1) + at(s.hv, s2, -1));
-    g[2] = T(at(s.tv, s1, 0) + at(s.tv, s2, 0));
-    g[3] = T(at(s.hv, s0, 0) + 2 * at(s.hv, s1, 0) + at(s.hv, s2, 0));
+    auto at = [&](const TRow<uint8_t>(&plane)[4], uint32_t slot, int dx) {
+        return uint32_t(At<Par>(plane[slot], k, dx));
+    };
+    auto mean3 = [&](const TRow<uint8_t>(&plane)[4], int dx) {
+        return Avg(at(plane, s1, dx), Avg(at(plane, s0, dx), at(plane, s2, dx)));
+    };
+    g[0] = Avg(at(s.tv, s0, 0), at(s.tv, s1, 0));
+    g[1] = mean3(s.hv, -1);
+    g[2] = Avg(at(s.tv, s1, 0), at(s.tv, s2, 0));
+    g[3] = mean3(s.hv, 0);
     if constexpr (Green) {
-        g[4] = T(2 * (at(s.a2, s0, 1) + at(s.a2, s1, 1)));
-        g[5] = T(2 * (at(s.m2, s0, -2) + at(s.m2, s1, -2)));
-        g[6] = T(2 * (at(s.a2, s1, 0) + at(s.a2, s2, 0)));
-        g[7] = T(2 * (at(s.m2, s1, -1) + at(s.m2, s2, -1)));
+        g[4] = Avg(at(s.a2, s0, 1), at(s.a2, s1, 1));
+        g[5] = Avg(at(s.m2, s0, -2), at(s.m2, s1, -2));
+        g[6] = Avg(at(s.a2, s1, 0), at(s.a2, s2, 0));
+        g[7] = Avg(at(s.m2, s1, -1), at(s.m2, s2, -1));
     } else {
-        g[4] = T(at(s.da, s1, 0) + at(s.da, s0, 1));
-        g[5] = T(at(s.dm, s1, 0) + at(s.dm, s0, -1));
-        g[6] = T(at(s.da, s1, 0) + at(s.da, s2, -1));
-        g[7] = T(at(s.dm, s1, 0) + at(s.dm, s2, 1));
+        g[4] = Avg(at(s.da, s1, 0), at(s.da, s0, 1));
+        g[5] = Avg(at(s.dm, s1, 0), at(s.dm, s0, -1));
+        g[6] = Avg(at(s.da, s1, 0), at(s.da, s2, -1));
+        g[7] = Avg(at(s.dm, s1, 0), at(s.dm, s2, 1));
     }
 }
 
@@ -116,8 +126,8 @@ inline __attribute__((always_inline)) void Gradients(const TStrip<T>& s, uint32_
 // directions whose gradient is at most 1.5 min + 0.5 (max - min) are chosen; each output is
 // the pixel's sample plus the mean colour difference over them, rounded once and clamped.
 // `first` is green at red and blue columns and the colour beside the pixel at green ones,
-// `second` the opposite colour and the colour above and below. Gradients stay below 2^15 at
-// every depth; the sums fit 16 bits only with 8-bit samples. The rounded mean is a multiply
+// `second` the opposite colour and the colour above and below. Gradients are bytes at every
+// depth; the sums fit 16 bits only with 8-bit samples. The rounded mean is a multiply
 // by a reciprocal (RoundedMean). Without partial redundancy elimination, which would carry
 // loads from one column to the next, the loop vectorises (WithAvx2 likewise).
 template <unsigned Bits, bool Green, int Par, class T>
@@ -228,7 +238,7 @@ void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint3
             }
             if constexpr (std::is_same_v<T, int16_t>) {
                 if (vec.widen) {
-                    vec.widen(pLine, x0, n, strip.src[r & 7]);
+                    vec.widen(pLine, x0, n, strip.src[r & 7], strip.src8[r & 3]);
                 } else {
                     WidenRow<Bits>(pLine, x0, n, strip.src[r & 7]);
                 }
@@ -254,8 +264,8 @@ void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint3
                     }
                 }
                 AnyAvx2(bAvx2, [&] {
-                    PlanesHalf<0>(strip, y, n);
-                    PlanesHalf<1>(strip, y, n);
+                    PlanesHalf<Bits, 0>(strip, y, n);
+                    PlanesHalf<Bits, 1>(strip, y, n);
                     if (y >= 2) LineEstimates<Bits>(strip, y, n, greenParity, first, second);
                 });
             }();

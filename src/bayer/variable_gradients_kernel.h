@@ -22,6 +22,22 @@ inline __m128i Interleave(__m128i even, __m128i odd)
     return _mm_or_si128(even, _mm_slli_epi16(odd, 8));
 }
 
+// Byte lanes: |a - b| and (a + b + 1) >> 1; a register's worth of words from bytes in memory.
+inline __m128i AbsDiff8(__m128i a, __m128i b)
+{
+    return _mm_or_si128(_mm_subs_epu8(a, b), _mm_subs_epu8(b, a));
+}
+
+inline __m128i Avg8(__m128i a, __m128i b)
+{
+    return _mm_avg_epu8(a, b);
+}
+
+inline __m128i ByteWords(__m128i, const uint8_t* p)
+{
+    return _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)), _mm_setzero_si128());
+}
+
 #if defined(__AVX2__)
 inline __m256i EstimateWords(__m256i, const int16_t* p)
 {
@@ -31,6 +47,21 @@ inline __m256i EstimateWords(__m256i, const int16_t* p)
 inline __m256i Interleave(__m256i even, __m256i odd)
 {
     return _mm256_or_si256(even, _mm256_slli_epi16(odd, 8));
+}
+
+inline __m256i AbsDiff8(__m256i a, __m256i b)
+{
+    return _mm256_sub_epi8(_mm256_max_epu8(a, b), _mm256_min_epu8(a, b));
+}
+
+inline __m256i Avg8(__m256i a, __m256i b)
+{
+    return _mm256_avg_epu8(a, b);
+}
+
+inline __m256i ByteWords(__m256i, const uint8_t* p)
+{
+    return _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
 }
 #endif
 
@@ -159,9 +190,10 @@ TGradientsWriter GradientsWriter(uint32_t dwBits, uint32_t dwDstBytes, bool bIde
 // ---- the estimates of 8-bit strips in 16-bit lanes ----
 
 // A strip's source line split by column parity (like WidenRow): columns x0 - 2 .. x0 + n + 1,
-// whole registers while they stay within them, the last few one by one.
-template <class W, unsigned Bits>
-void WidenLine(const uint8_t* pLine, uint32_t x0, uint32_t n, TRow<int16_t>& row)
+// whole registers while they stay within them, the last few one by one; then the same cut to 8
+// bits into row8.
+template <class W, class V, unsigned Bits>
+void WidenLine(const uint8_t* pLine, uint32_t x0, uint32_t n, TRow<int16_t>& row, TRow<uint8_t>& row8)
 {
     using D = TDepth<Bits>;
     const uint8_t* pIn = pLine + size_t(x0 - 2) * D::kBytes;
@@ -175,32 +207,47 @@ void WidenLine(const uint8_t* pLine, uint32_t x0, uint32_t n, TRow<int16_t>& row
     }
     for (; i < count; ++i) row[i & 1][1 + i / 2] = int16_t(D::At(pIn, uint32_t(i)) & D::kMask1);
     row[0][0] = row[1][0] = row[0][(n + 7) / 2] = row[1][(n + 6) / 2] = 0;
+    for (int h = 0; h < 2; ++h) {
+        for (int32_t k = 0; k <= int32_t(n + 7) / 2; k += 2 * W::N) {
+            auto cut = [&](int32_t at) { return W::template Shr<Bits - 8>(W::Load(&row[h][at])); };
+            W::Store(&row8[h][k], V::PackOrdered(cut(k), cut(k + W::N)));
+        }
+    }
 }
 
-// The planes of slot y (see TStrip) from lines y .. y+2 (a, b, c), straight from the samples
-// (each difference a plane needs is taken where it is needed, which costs fewer loads and
-// stores than keeping them in rows of their own), and from the same loads the terms of line
-// y+1 in half H, whose sites are green if GreenSites (then da and dm are not needed there).
+// The byte planes of slot y (see TStrip) from lines y .. y+2 (a, b, c) in half H, and the terms
+// of line y+1 in that half, whose sites are green if GreenSites (then da and dm are not needed there).
 template <class W, int H, bool GreenSites>
 void PlanesOf(TStrip<int16_t>& s, uint32_t y, int32_t end)
 {
     using T = typename W::T;
-    const TRow<int16_t>&a = s.src[y & 7], &b = s.src[(y + 1) & 7], &c = s.src[(y + 2) & 7];
     const uint32_t slot = y & 3;
+    {
+        const TRow<uint8_t>&a = s.src8[y & 3], &b = s.src8[(y + 1) & 3], &c = s.src8[(y + 2) & 3];
+        for (int32_t k = 1; k < end; k += 2 * W::N) {
+            auto at = [&](const TRow<uint8_t>& row, int dx) { return W::Load(&At<H>(row, k, dx)); };
+            auto put = [&](TRow<uint8_t>& row, T v) { W::Store(&row[H][k], v); };
+            const T al = at(a, -1), a0 = at(a, 0), ar = at(a, 1);
+            const T bl = at(b, -1), b0 = at(b, 0), br = at(b, 1), br2 = at(b, 2);
+            const T cl2 = at(c, -2), cl = at(c, -1), c0 = at(c, 0), cr = at(c, 1), cr2 = at(c, 2), cr3 = at(c, 3);
+            const T rising = AbsDiff8(ar, cl);
+            put(s.tv[slot], Avg8(AbsDiff8(a0, c0), Avg8(AbsDiff8(al, cl), AbsDiff8(ar, cr))));
+            put(s.hv[slot], Avg8(AbsDiff8(bl, br), AbsDiff8(b0, br2)));
+            put(s.a2[slot], Avg8(AbsDiff8(a0, cl2), rising));
+            put(s.m2[slot], Avg8(AbsDiff8(a0, cr2), AbsDiff8(ar, cr3)));
+            if constexpr (!GreenSites) {
+                put(s.da[slot], Avg8(rising, Avg8(AbsDiff8(a0, bl), AbsDiff8(br, c0))));
+                put(s.dm[slot], Avg8(AbsDiff8(al, cr), Avg8(AbsDiff8(bl, c0), AbsDiff8(a0, br))));
+            }
+        }
+    }
+    const TRow<int16_t>&a = s.src[y & 7], &b = s.src[(y + 1) & 7], &c = s.src[(y + 2) & 7];
     auto& terms = s.terms[(y + 1) & 3];
     for (int32_t k = 1; k < end; k += W::N) {
         auto at = [&](const TRow<int16_t>& row, int dx) { return W::Load(&At<H>(row, k, dx)); };
-        auto put = [&](TRow<int16_t>& row, T v) { W::Store(&row[H][k], v); };
         auto site = [&](int16_t* pRow, T v) { W::Store(pRow + k, v); };
         auto twice = [](T v) { return W::Add(v, v); };
-        const T al = at(a, -1), a0 = at(a, 0), ar = at(a, 1);
-        const T bl = at(b, -1), b0 = at(b, 0), br = at(b, 1), br2 = at(b, 2);
-        const T cl2 = at(c, -2), cl = at(c, -1), c0 = at(c, 0), cr = at(c, 1), cr2 = at(c, 2), cr3 = at(c, 3);
-        const T rising = W::AbsDiff(ar, cl);
-        put(s.tv[slot], W::Add(twice(W::AbsDiff(a0, c0)), W::Add(W::AbsDiff(al, cl), W::AbsDiff(ar, cr))));
-        put(s.hv[slot], W::Add(W::AbsDiff(bl, br), W::AbsDiff(b0, br2)));
-        put(s.a2[slot], W::Add(W::AbsDiff(a0, cl2), rising));
-        put(s.m2[slot], W::Add(W::AbsDiff(a0, cr2), W::AbsDiff(ar, cr3)));
+        const T a0 = at(a, 0), c0 = at(c, 0), bl = at(b, -1), b0 = at(b, 0), br = at(b, 1);
         const T v = W::Add(a0, c0), h = W::Add(bl, br);
         if constexpr (GreenSites) {
             const T s2 = twice(b0), dv = twice(W::Sub(s2, v)), dh = twice(W::Sub(s2, h));
@@ -208,8 +255,7 @@ void PlanesOf(TStrip<int16_t>& s, uint32_t y, int32_t end)
             site(terms.green[1], dh);
             site(terms.green[2], W::Sub(dv, dh));
         } else {
-            put(s.da[slot], W::Add(twice(rising), W::Add(W::AbsDiff(a0, bl), W::AbsDiff(br, c0))));
-            put(s.dm[slot], W::Add(twice(W::AbsDiff(al, cr)), W::Add(W::AbsDiff(bl, c0), W::AbsDiff(a0, br))));
+            const T al = at(a, -1), ar = at(a, 1), cl = at(c, -1), cr = at(c, 1);
             const T s4 = W::template Shl<2>(b0), v2 = twice(v), h2 = twice(h), vh = W::Add(v, h);
             const T rise2 = twice(W::Add(ar, cl)), fall2 = twice(W::Add(al, cr));
             const T d4 = W::Add(W::Add(ar, cl), W::Add(al, cr));
@@ -373,34 +419,29 @@ __attribute__((always_inline)) inline void EstimateBlock(const TStrip<int16_t>& 
     using T = typename W::T;
     const uint32_t s0 = (y - 2) & 3, s1 = (y - 1) & 3, s2 = y & 3;
     const int32_t k = j + 2;  // column x0 + 2j + Par is i = 2k + Par
-    auto at = [&](const TRow<int16_t>(&plane)[4], uint32_t slot, int dx) {
-        return W::Load(&At<Par>(plane[slot], k, dx));
+    auto at = [&](const TRow<uint8_t>(&plane)[4], uint32_t slot, int dx) {
+        return ByteWords(T{}, &At<Par>(plane[slot], k, dx));
     };
-    auto sum3 = [&](const TRow<int16_t>(&plane)[4], int dx) {
-        const T mid = at(plane, s1, dx);
-        return W::Add(W::Add(at(plane, s0, dx), at(plane, s2, dx)), W::Add(mid, mid));
+    auto mean3 = [&](const TRow<uint8_t>(&plane)[4], int dx) {
+        return W::Avg(at(plane, s1, dx), W::Avg(at(plane, s0, dx), at(plane, s2, dx)));
     };
     T g[8];
     const T tv1 = at(s.tv, s1, 0);
-    g[0] = W::Add(at(s.tv, s0, 0), tv1);
-    g[1] = sum3(s.hv, -1);
-    g[2] = W::Add(tv1, at(s.tv, s2, 0));
-    g[3] = sum3(s.hv, 0);
+    g[0] = W::Avg(at(s.tv, s0, 0), tv1);
+    g[1] = mean3(s.hv, -1);
+    g[2] = W::Avg(tv1, at(s.tv, s2, 0));
+    g[3] = mean3(s.hv, 0);
     if constexpr (Green) {
-        auto twice = [](T a, T b) {
-            const T v = W::Add(a, b);
-            return W::Add(v, v);
-        };
-        g[4] = twice(at(s.a2, s0, 1), at(s.a2, s1, 1));
-        g[5] = twice(at(s.m2, s0, -2), at(s.m2, s1, -2));
-        g[6] = twice(at(s.a2, s1, 0), at(s.a2, s2, 0));
-        g[7] = twice(at(s.m2, s1, -1), at(s.m2, s2, -1));
+        g[4] = W::Avg(at(s.a2, s0, 1), at(s.a2, s1, 1));
+        g[5] = W::Avg(at(s.m2, s0, -2), at(s.m2, s1, -2));
+        g[6] = W::Avg(at(s.a2, s1, 0), at(s.a2, s2, 0));
+        g[7] = W::Avg(at(s.m2, s1, -1), at(s.m2, s2, -1));
     } else {
         const T da = at(s.da, s1, 0), dm = at(s.dm, s1, 0);
-        g[4] = W::Add(da, at(s.da, s0, 1));
-        g[5] = W::Add(dm, at(s.dm, s0, -1));
-        g[6] = W::Add(da, at(s.da, s2, -1));
-        g[7] = W::Add(dm, at(s.dm, s2, 1));
+        g[4] = W::Avg(da, at(s.da, s0, 1));
+        g[5] = W::Avg(dm, at(s.dm, s0, -1));
+        g[6] = W::Avg(da, at(s.da, s2, -1));
+        g[7] = W::Avg(dm, at(s.dm, s2, 1));
     }
     T lo = g[0], hi = g[0];
     for (int m = 1; m < 8; ++m) lo = W::Min(lo, g[m]), hi = W::Max(hi, g[m]);
@@ -487,7 +528,7 @@ TGradientsVector GradientsVector(uint32_t dwBits, uint32_t dwDstBytes, bool bIde
 {
     TGradientsVector v{nullptr, nullptr, nullptr, false};
     WithDepth(dwBits, [&](auto bits) {
-        v.widen = WidenLine<W, bits>;
+        v.widen = WidenLine<W, V, bits>;
         v.planes = TakePlanes<W>;
         v.estimates = EstimateLine<W, V, bits, 0>;
         if (bIdentity) {

@@ -25,24 +25,26 @@ constexpr uint32_t kHalf = kStrip / 2 + 4 + kSpare;
 template <class T>
 using TRow = T[2][kHalf];
 
-// Every gradient is a sum of absolute differences of samples two apart along its direction
-// (one apart for the diagonals of red and blue pixels); the differences of each line are
-// taken once, into planes, whose slot r & 3 holds at each column i:
-//   tv  vertical pairs from line r: 2 |w(r, i) - w(r+2, i)| plus the same at i-1 and i+1
-//   hv  horizontal pairs on line r+1: |w(r+1, i-1) - w(r+1, i+1)| + |w(r+1, i) - w(r+1, i+2)|
-//   da  rising diagonal around (r+1, i): 2 |w(r, i+1) - w(r+2, i-1)| + |w(r, i) - w(r+1, i-1)|
-//       + |w(r+1, i+1) - w(r+2, i)|
-//   dm  falling diagonal around (r+1, i): 2 |w(r, i-1) - w(r+2, i+1)| + |w(r+1, i-1) - w(r+2, i)|
-//       + |w(r, i) - w(r+1, i+1)|
-//   a2  rising pairs from line r: |w(r, i) - w(r+2, i-2)| + |w(r, i+1) - w(r+2, i-1)|
-//   m2  falling pairs from line r: |w(r, i) - w(r+2, i+2)| + |w(r, i+1) - w(r+2, i+3)|
-// Around line y the north gradient is tv(y-2) + tv(y-1), the west one hv(y-1) + 2 hv(y) +
-// hv(y+1) at the column left of the pixel, and so on (see Gradients). The vector stages take
-// da and dm only at the red and blue columns of line r+1, the only ones read.
+// Every gradient is a rounded mean of absolute differences of samples cut to 8 bits, two apart
+// along its direction (one apart for the diagonals of red and blue pixels), the nearer ones
+// weighted twice, in eighths of an 8-bit step (so it is a byte); with avg(p, q) = (p + q + 1) / 2
+// and d(p, q) = |w(p) - w(q)| the differences of each line are taken once, into byte planes,
+// whose slot r & 3 holds at each column i:
+//   tv  vertical pairs from line r: avg(d(r i, r+2 i), avg(d(r i-1, r+2 i-1), d(r i+1, r+2 i+1)))
+//   hv  horizontal pairs on line r+1: avg(d(r+1 i-1, r+1 i+1), d(r+1 i, r+1 i+2))
+//   da  rising diagonal around (r+1, i): avg(d(r i+1, r+2 i-1), avg(d(r i, r+1 i-1), d(r+1 i+1, r+2 i)))
+//   dm  falling diagonal around (r+1, i): avg(d(r i-1, r+2 i+1), avg(d(r+1 i-1, r+2 i), d(r i, r+1 i+1)))
+//   a2  rising pairs from line r: avg(d(r i, r+2 i-2), d(r i+1, r+2 i-1))
+//   m2  falling pairs from line r: avg(d(r i, r+2 i+2), d(r i+1, r+2 i+3))
+// Around line y the north gradient is avg(tv(y-2), tv(y-1)), the west one avg(hv(y-1), avg(hv(y-2),
+// hv(y))) at the column left of the pixel, and so on (see Gradients). The vector stages take da and
+// dm only at the red and blue columns of line r+1, the only ones read, from the samples cut to 8
+// bits in src8.
 template <class T>
 struct TStrip {
     TRow<T> src[8];
-    TRow<T> tv[4], hv[4], da[4], dm[4], a2[4], m2[4];
+    TRow<uint8_t> src8[4];
+    TRow<uint8_t> tv[4], hv[4], da[4], dm[4], a2[4], m2[4];
     // What a direction adds to a vector estimate is a colour difference at the one site it points
     // to, in quarters, so each site's differences are taken once (slot r & 3 for line r, at the
     // site's index in its half). With s the site's sample, v and h the sums of its vertical and
@@ -93,16 +95,15 @@ TGradientsWriter GradientsWriter_intr(uint32_t dwBits, uint32_t dwDstBytes, bool
 TGradientsWriter GradientsWriter_ssse3(uint32_t dwBits, uint32_t dwDstBytes, bool bIdentity);
 TGradientsWriter GradientsWriter_avx2(uint32_t dwBits, uint32_t dwDstBytes, bool bIdentity);
 
-// The vector stages of strips in 16-bit lanes (at every depth: planes and gradients stay below
-// 2^15): a source line split like WidenRow, the planes of slot y from lines y .. y+2 of a strip
-// of n columns with the terms of line y+1 (green at the columns of parity greenHalf), and the
-// estimates of both parities of line y (whose planes of lines y-2 .. y are taken), green columns
-// of parity greenParity, stored for the scalar writer: the same values as the per-pixel loops, in
-// whole blocks of lanes (the spare entries past n hold garbage). If bWrites, the estimates write
-// the pixels of the stretch's whole blocks themselves (the writer is then not needed); they return
-// the first column left to the scalar writer (x0 if none).
+// The vector stages of strips in 16-bit lanes at every depth (byte lanes for the planes): a source line split like
+// WidenRow (and cut to 8 bits into src8), the planes of slot y from lines y .. y+2 of a strip of n columns with the
+// terms of line y+1 (green at the columns of parity greenHalf), and the estimates of both parities of line y (whose
+// planes of lines y-2 .. y are taken), green columns of parity greenParity, stored for the scalar writer: the same
+// values as the per-pixel loops, in whole blocks of lanes (the spare entries past n hold garbage). If bWrites, the
+// estimates write the pixels of the stretch's whole blocks themselves (the writer is then not needed); they return the
+// first column left to the scalar writer (x0 if none).
 struct TGradientsVector {
-    void (*widen)(const uint8_t* pLine, uint32_t x0, uint32_t n, TRow<int16_t>& row);
+    void (*widen)(const uint8_t* pLine, uint32_t x0, uint32_t n, TRow<int16_t>& row, TRow<uint8_t>& row8);
     void (*planes)(TStrip<int16_t>& s, uint32_t y, uint32_t n, int greenHalf);
     uint32_t (*estimates)(const TStrip<int16_t>& s, uint32_t y, uint32_t n, int greenParity, TEstimates& first,
                           TEstimates& second, const TGradientsStretch& stretch);

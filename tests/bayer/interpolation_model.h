@@ -87,44 +87,57 @@ inline Off Turn(Off p, int quarters)  // a quarter turn maps north to west
     return p;
 }
 
-// One direction: pairs whose absolute differences make the gradient (weight 2 or 1), and the
-// places whose colours are averaged per colour.
-struct DirectionTemplate {
-    struct Pair {
-        Off a, b;
-        int weight;
-    };
-    std::vector<Pair> pairs;
-    std::vector<Off> places;
-};
-
-inline const DirectionTemplate& Template(bool greenCentre, bool diagonal)
+// The places whose colours are averaged, per colour, for the north (or north-east) direction.
+inline const std::vector<Off>& Places(bool greenCentre, bool diagonal)
 {
-    static const DirectionTemplate rbNorth{{{{0, -1}, {0, 1}, 2},
-                                            {{0, -2}, {0, 0}, 2},
-                                            {{-1, -1}, {-1, 1}, 1},
-                                            {{1, -1}, {1, 1}, 1},
-                                            {{-1, -2}, {-1, 0}, 1},
-                                            {{1, -2}, {1, 0}, 1}},
-                                           {{0, -2}, {0, 0}, {0, -1}, {-1, -1}, {1, -1}}};
-    static const DirectionTemplate rbNorthEast{{{{1, -1}, {-1, 1}, 2},
-                                                {{2, -2}, {0, 0}, 2},
-                                                {{0, -1}, {-1, 0}, 1},
-                                                {{1, 0}, {0, 1}, 1},
-                                                {{1, -2}, {0, -1}, 1},
-                                                {{2, -1}, {1, 0}, 1}},
-                                               {{2, -2}, {0, 0}, {1, -2}, {0, -1}, {2, -1}, {1, 0}, {1, -1}}};
-    static const DirectionTemplate gNorth{{{{0, -2}, {0, 0}, 2},
-                                           {{0, -1}, {0, 1}, 2},
-                                           {{-1, -1}, {-1, 1}, 1},
-                                           {{1, -1}, {1, 1}, 1},
-                                           {{-1, -2}, {-1, 0}, 1},
-                                           {{1, -2}, {1, 0}, 1}},
-                                          {{0, -2}, {0, 0}, {0, -1}, {-1, -2}, {1, -2}, {-1, 0}, {1, 0}}};
-    static const DirectionTemplate gNorthEast{
-        {{{1, -1}, {-1, 1}, 2}, {{2, -2}, {0, 0}, 2}, {{1, -2}, {-1, 0}, 2}, {{2, -1}, {0, 1}, 2}},
-        {{1, -1}, {1, -2}, {1, 0}, {0, -1}, {2, -1}}};
+    static const std::vector<Off> rbNorth{{0, -2}, {0, 0}, {0, -1}, {-1, -1}, {1, -1}};
+    static const std::vector<Off> rbNorthEast{{2, -2}, {0, 0}, {1, -2}, {0, -1}, {2, -1}, {1, 0}, {1, -1}};
+    static const std::vector<Off> gNorth{{0, -2}, {0, 0}, {0, -1}, {-1, -2}, {1, -2}, {-1, 0}, {1, 0}};
+    static const std::vector<Off> gNorthEast{{1, -1}, {1, -2}, {1, 0}, {0, -1}, {2, -1}};
     return greenCentre ? (diagonal ? gNorthEast : gNorth) : (diagonal ? rbNorthEast : rbNorth);
+}
+
+inline int32_t Avg(int32_t a, int32_t b)
+{
+    return (a + b + 1) >> 1;
+}
+
+// The eight gradients (north, west, south, east, north-east, north-west, south-west, south-east) in
+// eighths of 8-bit steps: absolute differences of the samples cut to 8 bits, two apart along the
+// direction (one apart for the diagonals of red and blue pixels), the nearer ones weighted twice,
+// combined by rounded-up means in this order.
+inline void Gradients(const Mosaic& m, int x, int y, bool green, int32_t (&g)[8])
+{
+    auto w = [&](int i, int r) { return V(m, uint32_t(i), uint32_t(r)) >> (m.bits - 8); };
+    auto d = [&](int i, int r, int j, int s) { return std::abs(w(i, r) - w(j, s)); };
+    auto tv = [&](int i, int r) {
+        return Avg(d(i, r, i, r + 2), Avg(d(i - 1, r, i - 1, r + 2), d(i + 1, r, i + 1, r + 2)));
+    };
+    auto hv = [&](int i, int r) { return Avg(d(i - 1, r, i + 1, r), d(i, r, i + 2, r)); };
+    auto hv3 = [&](int i) { return Avg(hv(i, y), Avg(hv(i, y - 1), hv(i, y + 1))); };
+    g[0] = Avg(tv(x, y - 2), tv(x, y - 1));
+    g[1] = hv3(x - 1);
+    g[2] = Avg(tv(x, y - 1), tv(x, y));
+    g[3] = hv3(x);
+    if (green) {
+        auto a2 = [&](int i, int r) { return Avg(d(i, r, i - 2, r + 2), d(i + 1, r, i - 1, r + 2)); };
+        auto m2 = [&](int i, int r) { return Avg(d(i, r, i + 2, r + 2), d(i + 1, r, i + 3, r + 2)); };
+        g[4] = Avg(a2(x + 1, y - 2), a2(x + 1, y - 1));
+        g[5] = Avg(m2(x - 2, y - 2), m2(x - 2, y - 1));
+        g[6] = Avg(a2(x, y - 1), a2(x, y));
+        g[7] = Avg(m2(x - 1, y - 1), m2(x - 1, y));
+    } else {
+        auto da = [&](int i, int r) {
+            return Avg(d(i + 1, r, i - 1, r + 2), Avg(d(i, r, i - 1, r + 1), d(i + 1, r + 1, i, r + 2)));
+        };
+        auto dm = [&](int i, int r) {
+            return Avg(d(i - 1, r, i + 1, r + 2), Avg(d(i - 1, r + 1, i, r + 2), d(i, r, i + 1, r + 1)));
+        };
+        g[4] = Avg(da(x, y - 1), da(x + 1, y - 2));
+        g[5] = Avg(dm(x, y - 1), dm(x - 1, y - 2));
+        g[6] = Avg(da(x, y - 1), da(x - 1, y));
+        g[7] = Avg(dm(x, y - 1), dm(x + 1, y));
+    }
 }
 
 inline Px VariableGradients(const Mosaic& m, const Outputs& o, uint32_t x, uint32_t y)
@@ -133,13 +146,11 @@ inline Px VariableGradients(const Mosaic& m, const Outputs& o, uint32_t x, uint3
         const Colour own = m.site(x, y);
         auto v = [&](Off p) { return V(m, x, y, p.dx, p.dy); };
         int32_t grad[8];
+        Gradients(m, int(x), int(y), own == G, grad);
         double mean[8][3];  // per direction and colour; sums of 1, 2 or 4 values, so exact
         for (int d = 0; d < 8; ++d) {
-            const DirectionTemplate& t = Template(own == G, d >= 4);
-            grad[d] = 0;
-            for (const auto& p : t.pairs) grad[d] += p.weight * std::abs(v(Turn(p.a, d % 4)) - v(Turn(p.b, d % 4)));
             double sum[3] = {0, 0, 0}, count[3] = {0, 0, 0};
-            for (Off p : t.places) {
+            for (Off p : Places(own == G, d >= 4)) {
                 const Off q = Turn(p, d % 4);
                 const Colour c = m.site(uint32_t(int(x) + q.dx), uint32_t(int(y) + q.dy));
                 sum[c] += v(q), count[c] += 1;
