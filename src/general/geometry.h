@@ -79,10 +79,13 @@ bool TurnBlocks_intr(unsigned P, const uint8_t* s0, ptrdiff_t dc, ptrdiff_t dr, 
 
 // The left-right mirror's vector blocks for pixels of P bytes. Reverse writes pixels n-1-x of d from
 // pixels x of s; Exchange swaps pixels x of line a with pixels w-1-x of line b (a may be b) for x < n. Both
-// work in whole blocks from the line start and return the first x they left to the scalar rule.
+// work in whole blocks from the line start and return the first x they left to the scalar rule. Stream
+// copies n bytes from s to d with non-temporal stores, which StreamFence orders before later stores.
 struct TMirrorBlocks {
-    size_t (*Reverse)(const uint8_t* s, uint8_t* d, size_t n);
-    size_t (*Exchange)(uint8_t* a, uint8_t* b, size_t w, size_t n);
+    size_t (*Reverse)(const uint8_t* s, uint8_t* d, size_t n) = nullptr;
+    size_t (*Exchange)(uint8_t* a, uint8_t* b, size_t w, size_t n) = nullptr;
+    void (*Stream)(const uint8_t* s, uint8_t* d, size_t n) = nullptr;
+    void (*StreamFence)() = nullptr;
 };
 
 // The blocks of the widest vector set the switches of g_SSEChecker allow; nulls when they are all off or

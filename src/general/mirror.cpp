@@ -129,6 +129,33 @@ void ExchangeLine(uint8_t* a, uint8_t* b, size_t last, size_t n, Map map, TMirro
     }
 }
 
+// Reverses n pixels of s into d through a buffer that stays in the first-level cache, streaming each piece
+// out with non-temporal stores, so that a destination too large for the caches is not read in first.
+template <unsigned P, class Map>
+void ReverseLineStreamed(const uint8_t* s, uint8_t* d, size_t n, Map map, TMirrorBlocks blocks)
+{
+    alignas(64) uint8_t buffer[16384];
+    constexpr size_t kPiece = sizeof buffer / P;
+    for (size_t x = 0; x < n; x += kPiece) {
+        const size_t m = std::min(kPiece, n - x);
+        MapLine<P, true>(s + x * P, buffer, m, map, blocks);
+        blocks.Stream(buffer, d + (n - x - m) * P, m * P);
+    }
+}
+
+// Destinations from 8 MiB on are streamed by a left-right copy. Smaller ones, with their source, may stay in
+// the last-level cache, where plain stores write them faster (measured crossover: 6 to 8 MiB). A half turn
+// is not streamed: it writes the destination in one falling stream that the prefetcher follows, and measured
+// faster with plain stores.
+constexpr size_t kStreamBytes = size_t(8) << 20;
+
+// Whether the buffers of two images share any byte.
+inline bool Overlap(const KaipImgInfo& a, const KaipImgInfo& b)
+{
+    const uint8_t *a1 = Line(a, a.Height), *b1 = Line(b, b.Height);
+    return a.pData < b1 && b.pData < a1;
+}
+
 template <unsigned P, class Map>
 void MirrorPixels(const KaipImgInfo& src, const KaipImgInfo* pDst, bool bTopBottom, bool bLeftRight, Map map)
 {
@@ -141,12 +168,17 @@ void MirrorPixels(const KaipImgInfo& src, const KaipImgInfo* pDst, bool bTopBott
             for (uint32_t y = 0; y < h; ++y) std::memmove(Line(*pDst, y), Line(src, y), bytes);
             return;
         }
-        const auto line = bLeftRight ? MapLine<P, true, Map> : MapLine<P, false, Map>;
+        const bool bStream = blocks.Stream && !bTopBottom && size_t(h) * pDst->LineIncrement >= kStreamBytes &&
+                             !Overlap(src, *pDst);
+        const auto line = bStream      ? ReverseLineStreamed<P, Map>
+                          : bLeftRight ? MapLine<P, true, Map>
+                                       : MapLine<P, false, Map>;
         // The source is read in its own order, one stream for the prefetcher; a top-bottom mirror
         // starts at the last destination line and steps backwards.
         uint8_t* d = bTopBottom ? Line(*pDst, h - 1) : pDst->pData;
         const ptrdiff_t step = bTopBottom ? -ptrdiff_t(pDst->LineIncrement) : ptrdiff_t(pDst->LineIncrement);
         for (uint32_t y = 0; y < h; ++y, d += step) line(Line(src, y), d, w, map, blocks);
+        if (bStream) blocks.StreamFence();
     } else if (bTopBottom) {
         // With both directions the rows run up to and including an odd middle row, which is
         // thereby exchanged with itself twice over: it keeps its order and is mapped twice.

@@ -121,7 +121,7 @@ TEST(Mirror, MatchesModelOverFormatsSizesAndLuts)
 }
 
 // The plain left-right copies run in vector blocks of whole pixels from the line start, then the
-// scalar rest: every width up to a few blocks, and some long lines, for each pixel size.
+// scalar rest: every width up to a few blocks, some long lines, and tall images, for each pixel size.
 TEST(Mirror, LeftRightCopiesOverEveryWidth)
 {
     std::vector<uint32_t> widths = {100, 517, 1000};
@@ -137,6 +137,11 @@ TEST(Mirror, LeftRightCopiesOverEveryWidth)
                 for (bool tb : {false, true})
                     for (uint32_t order : {0u, 4u})
                         CheckMirror(f, w, h, tb, true, nullptr, {}, ((seed += 9) & ~4u) | order);
+    // Destinations of 8 MiB or more go out through a line buffer of 16 KiB: lines longer than that.
+    for (const TFormat& f : formats) {
+        const uint32_t w = 20000 / f.dwPixel + 1;
+        CheckMirror(f, w, (8u << 20) / (w * f.dwPixel) + 1, false, true, nullptr, {}, seed += 7);
+    }
 }
 
 TEST(Mirror, WorkedValues)
