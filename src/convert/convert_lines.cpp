@@ -658,21 +658,25 @@ void Convert_Yuv411_to_MonoWord(KAIP_LINE_PARAMS, uint32_t dwDstBits, bool bReve
 
 void Convert_Yuv411_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_Yuv411_to_BGR24_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYuv411{}, WBGR24{});
 }
 
 void Convert_Yuv411_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_Yuv411_to_RGB24_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYuv411{}, WRGB24{});
 }
 
 void Convert_Yuv411_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_Yuv411_to_BGR32_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYuv411{}, WBGR32{});
 }
 
 void Convert_Yuv411_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_Yuv411_to_RGB32_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYuv411{}, WRGB32{});
 }
 
@@ -688,21 +692,25 @@ void Convert_Yuv411YYuYYv_to_MonoWord(KAIP_LINE_PARAMS, uint32_t dwDstBits, bool
 
 void Convert_Yuv411YYuYYv_to_BGR24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_Yuv411YYuYYv_to_BGR24_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYuv411YYuYYv{}, WBGR24{});
 }
 
 void Convert_Yuv411YYuYYv_to_RGB24(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_Yuv411YYuYYv_to_RGB24_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYuv411YYuYYv{}, WRGB24{});
 }
 
 void Convert_Yuv411YYuYYv_to_BGR32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_Yuv411YYuYYv_to_BGR32_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYuv411YYuYYv{}, WBGR32{});
 }
 
 void Convert_Yuv411YYuYYv_to_RGB32(KAIP_LINE_PARAMS, bool bReverseLines)
 {
+    if (Convert_Yuv411YYuYYv_to_RGB32_vec(KAIP_LINE_ARGS, bReverseLines)) return;
     ConvertImage(KAIP_LINE_ARGS, bReverseLines, RYuv411YYuYYv{}, WRGB32{});
 }
 

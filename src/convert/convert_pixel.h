@@ -254,6 +254,7 @@ struct RChroma444 : TReader<TYuv<K>, 1, 3> {
 // belongs to the format's definition here.
 template <uint32_t kC, uint32_t kY0, uint32_t kY1>
 struct RChroma411 : TReader<TYuv<CYuvCoefficients>, 4, 6> {
+    static constexpr uint32_t kChroma = kC, kLuma0 = kY0, kLuma1 = kY1;
     int32_t iV = 128;
     void StartLine() { iV = 128; }
     TGroup Read(const uint8_t* p)

@@ -466,6 +466,63 @@ struct SYuv444 {
     }
 };
 
+// Each of the 8 words of w over four words: words 0 and 1 in r[0], 2 and 3 in r[1], and so on.
+inline void Repeat4(__m128i w, __m128i r[4])
+{
+    const __m128i lo = _mm_unpacklo_epi16(w, w), hi = _mm_unpackhi_epi16(w, w);
+    r[0] = _mm_unpacklo_epi32(lo, lo), r[1] = _mm_unpackhi_epi32(lo, lo);
+    r[2] = _mm_unpacklo_epi32(hi, hi), r[3] = _mm_unpackhi_epi32(hi, hi);
+}
+
+// 32 pixels of 4:1:1 (16 halves of three bytes, chroma and lumas where R finds them) to 3 or 4 bytes each as W
+// writes them, the fourth byte 0. The chroma bytes alternate U and V: a U serves its four pixels, a V the last
+// two of its four and the first two of the next, so the V words run two pixels behind the U words, the first
+// two taking vPrev.
+template <class R, class W>
+struct SYuv411 {
+    static constexpr uint32_t kPixels = 32, kInBytes = 48, kOutBytes = 32 * W::kBytes;
+    template <bool kStream>
+    void Run(const uint8_t* s, uint8_t* d, uint32_t vPrev) const
+    {
+        __m128i c[3], u[4], v[4];
+        Deinterleave3(s, c[0], c[1], c[2]);
+        const __m128i ch = c[R::kChroma], zero = _mm_setzero_si128();
+        Repeat4(_mm_slli_epi16(ch, 8), u);
+        Repeat4(_mm_and_si128(ch, _mm_set1_epi16(int16_t(0xFF00))), v);
+        for (int i = 3; i > 0; --i) v[i] = _mm_or_si128(_mm_slli_si128(v[i], 4), _mm_srli_si128(v[i - 1], 12));
+        v[0] = _mm_or_si128(_mm_slli_si128(v[0], 4), _mm_cvtsi32_si128(int(vPrev * 0x01000100u)));
+        for (int h = 0; h < 2; ++h) {
+            const __m128i y =
+                h ? _mm_unpackhi_epi8(c[R::kLuma0], c[R::kLuma1]) : _mm_unpacklo_epi8(c[R::kLuma0], c[R::kLuma1]);
+            __m128i b0, g0, r0, b1, g1, r1, p[4];
+            YuvWords<VSse2, CYuvCoefficients>(_mm_unpacklo_epi8(y, zero), u[2 * h], v[2 * h], b0, g0, r0);
+            YuvWords<VSse2, CYuvCoefficients>(_mm_unpackhi_epi8(y, zero), u[2 * h + 1], v[2 * h + 1], b1, g1, r1);
+            const __m128i b = _mm_packus_epi16(b0, b1), g = _mm_packus_epi16(g0, g1), r = _mm_packus_epi16(r0, r1);
+            Interleave(W::kOrder == kBGR ? b : r, g, W::kOrder == kBGR ? r : b, p);
+            StorePixels<kStream, W::kBytes>(d + 16 * h * W::kBytes, p);
+        }
+    }
+};
+
+// A 4:1:1 line: steps of S, each given the V of the four pixels before it (128 at the line start), then the rest
+// by the scalar reader R holding the V of the last group the steps converted.
+template <class S, class R, class W>
+struct KYuv411 {
+    uint32_t dwWidth;
+    template <bool kStream>
+    void Line(const uint8_t* pS, uint8_t* pD) const
+    {
+        const uint32_t covered = dwWidth / S::kPixels * S::kPixels;
+        for (uint32_t x = 0; x < covered; x += S::kPixels) {
+            const uint8_t* s = pS + x / 4 * 6;
+            S{}.template Run<kStream>(s, pD + x * W::kBytes, x ? s[int(R::kChroma) - 3] : 128u);
+        }
+        R rd;
+        rd.iV = covered ? pS[covered / 4 * 6 - 3 + R::kChroma] : 128;
+        ConvertGroups(rd, W{}, covered / 4, dwWidth / 4, pS, pD);
+    }
+};
+
 // 16 pixels of 4 bytes in the order O to their greys: the even bytes (B and R) and the odd ones (G and the
 // fourth) as 16-bit pairs, each pair weighted and summed into 32 bits by one multiply-add.
 template <TOrder O>
@@ -702,6 +759,22 @@ int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRevers
 #define KAIP_DEFINE_YUV444_CONVERTER(name, R, W) KAIP_DEFINE_YUV_CONVERTER(SYuv444, name, R, W)
 KAIP_YUV422_CONVERTERS(KAIP_DEFINE_YUV422_CONVERTER)
 KAIP_YUV444_CONVERTERS(KAIP_DEFINE_YUV444_CONVERTER)
+
+// The 4:1:1 colour converters: name, scalar reader and writer.
+#define KAIP_YUV411_ENTRY(name, R, W)                                                    \
+    int name(KAIP_LINE_PARAMS, bool bReverseLines)                                       \
+    {                                                                                    \
+        return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
+                        KCached<KYuv411<SYuv411<R, W>, R, W>>{{dwWidth}});               \
+    }
+KAIP_YUV411_ENTRY(Convert_Yuv411_to_BGR24, RYuv411, WBGR24)
+KAIP_YUV411_ENTRY(Convert_Yuv411_to_RGB24, RYuv411, WRGB24)
+KAIP_YUV411_ENTRY(Convert_Yuv411_to_BGR32, RYuv411, WBGR32)
+KAIP_YUV411_ENTRY(Convert_Yuv411_to_RGB32, RYuv411, WRGB32)
+KAIP_YUV411_ENTRY(Convert_Yuv411YYuYYv_to_BGR24, RYuv411YYuYYv, WBGR24)
+KAIP_YUV411_ENTRY(Convert_Yuv411YYuYYv_to_RGB24, RYuv411YYuYYv, WRGB24)
+KAIP_YUV411_ENTRY(Convert_Yuv411YYuYYv_to_BGR32, RYuv411YYuYYv, WBGR32)
+KAIP_YUV411_ENTRY(Convert_Yuv411YYuYYv_to_RGB32, RYuv411YYuYYv, WRGB32)
 
 // The members of KAIP_VECTOR_MEMBERS with a step of their own: name, scalar reader and writer, step.
 #define KAIP_SSE2_ENTRY(name, R, W, ...)                                    \

@@ -91,6 +91,10 @@ size_t YCbCr422Bytes(size_t w)
 {
     return 4 * (w / 2);
 }
+size_t Yuv411Bytes(size_t w)
+{
+    return 6 * (w / 4);
+}
 
 // Members and variants with bit counts, bound to one depth (and Mono8 as the destination).
 template <auto F, uint32_t kBits>
@@ -163,6 +167,14 @@ const TCase kCases[] = {
     KAIP_VECTOR_CASE(Convert_BGR32_to_BGR24, Bytes4, 3),
     KAIP_VECTOR_CASE(Convert_RGB32_to_RGB24, Bytes4, 3),
     KAIP_VECTOR_CASE(Convert_BGR32_to_RGB24, Bytes4, 3),
+    KAIP_VECTOR_CASE(Convert_Yuv411_to_BGR24, Yuv411Bytes, 3),
+    KAIP_VECTOR_CASE(Convert_Yuv411_to_RGB24, Yuv411Bytes, 3),
+    KAIP_VECTOR_CASE(Convert_Yuv411_to_BGR32, Yuv411Bytes, 4),
+    KAIP_VECTOR_CASE(Convert_Yuv411_to_RGB32, Yuv411Bytes, 4),
+    KAIP_VECTOR_CASE(Convert_Yuv411YYuYYv_to_BGR24, Yuv411Bytes, 3),
+    KAIP_VECTOR_CASE(Convert_Yuv411YYuYYv_to_RGB24, Yuv411Bytes, 3),
+    KAIP_VECTOR_CASE(Convert_Yuv411YYuYYv_to_BGR32, Yuv411Bytes, 4),
+    KAIP_VECTOR_CASE(Convert_Yuv411YYuYYv_to_RGB32, Yuv411Bytes, 4),
     KAIP_VECTOR_CASE(Convert_Yuv422_to_BGR24, YCbCr422Bytes, 3),
     KAIP_VECTOR_CASE(Convert_Yuv422_to_RGB24, YCbCr422Bytes, 3),
     KAIP_VECTOR_CASE(Convert_Yuv422_to_BGR32, YCbCr422Bytes, 4),
