@@ -168,8 +168,8 @@ void MirrorPixels(const KaipImgInfo& src, const KaipImgInfo* pDst, bool bTopBott
             for (uint32_t y = 0; y < h; ++y) std::memmove(Line(*pDst, y), Line(src, y), bytes);
             return;
         }
-        const bool bStream = blocks.Stream && !bTopBottom && size_t(h) * pDst->LineIncrement >= kStreamBytes &&
-                             !Overlap(src, *pDst);
+        const bool bStream =
+            blocks.Stream && !bTopBottom && size_t(h) * pDst->LineIncrement >= kStreamBytes && !Overlap(src, *pDst);
         const auto line = bStream      ? ReverseLineStreamed<P, Map>
                           : bLeftRight ? MapLine<P, true, Map>
                                        : MapLine<P, false, Map>;
