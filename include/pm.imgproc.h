@@ -392,9 +392,9 @@ KAIP_API KaipStatus KaipBdBilinearInterpolation(const KaipImgInfo* pSrcImgInfo, 
  * and each missing colour is the pixel's own sample plus the mean, over the kept directions,
  * of that colour's difference to the pixel's colour around the neighbour in the direction.
  * Measured at 2448x2048 on one thread: about 4 times the bilinear decoder's time with an
- * 8-bit LUT (SSE2 alone and with AVX2), 7.5 to 9 times without a LUT (the bilinear decoder then
- * only averages bytes), 6.5 to 7.5 times for 12-bit sources.
- * Allocates one strip buffer (about 290 KB; 570 KB for 10- and 12-bit sources with SIMD
+ * 8-bit LUT (SSE2 alone and with AVX2), 6.5 to 8 times without a LUT (the bilinear decoder then
+ * only averages bytes), 6 to 7.5 times for 12-bit sources.
+ * Allocates one strip buffer (about 230 KB; 390 KB for 10- and 12-bit sources with SIMD
  * switched off) per call: when that fails it returns KASTATUS_KAIP_MEMORY_ALLOC_FAILED, after
  * a rebuild of the destination but before any write. */
 KAIP_API KaipStatus KaipBdVariableGradients(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
