@@ -30,9 +30,8 @@ struct Mosaic {
     // (x even) equals (ShiftColumn clear), blue lines hold green there.
     Colour site(uint32_t x, uint32_t y) const
     {
-        const bool redLine = ((y % 2) == 0) == !shiftLine;
         const bool firstKind = ((x % 2) == 0) == !shiftColumn;
-        return redLine ? (firstKind ? R : G) : (firstKind ? G : B);
+        return redLine(y) ? (firstKind ? R : G) : (firstKind ? G : B);
     }
     bool redLine(uint32_t y) const { return ((y % 2) == 0) == !shiftLine; }
 };
@@ -293,15 +292,13 @@ struct TestLut {
             out8 = IdentityOutputs(8), out10 = IdentityOutputs(10), out12 = IdentityOutputs(12);
             return;
         }
-        TKaIpLut8* p8 = &g_Lut8;
-        TKaIpLut10* p10 = &g_Lut10;
-        TKaIpLut12* p12 = &g_Lut12;
-        if (k == LutKind::Global) {
-            handle = reinterpret_cast<KaipHLut>(1);
-        } else {
-            handle = KaipAllocateLut(KAIP_LUT_ALL_DEPTHS | KAIP_LUT_BAYER | KAIP_LUT_BAYER_16);
-            GetLut8(handle, p8), GetLut10(handle, p10), GetLut12(handle, p12);
-        }
+        // The handle 1 resolves to the global bodies.
+        handle = k == LutKind::Global ? reinterpret_cast<KaipHLut>(1)
+                                      : KaipAllocateLut(KAIP_LUT_ALL_DEPTHS | KAIP_LUT_BAYER | KAIP_LUT_BAYER_16);
+        TKaIpLut8* p8 = nullptr;
+        TKaIpLut10* p10 = nullptr;
+        TKaIpLut12* p12 = nullptr;
+        EXPECT_EQ(GetLut8(handle, p8) | GetLut10(handle, p10) | GetLut12(handle, p12), KASTATUS_OK);
         out8 = Randomise(*p8, seed), out10 = Randomise(*p10, seed + 1), out12 = Randomise(*p12, seed + 2);
     }
     ~TestLut()

@@ -16,16 +16,12 @@ namespace {
 
 const KaipHLut kOne = reinterpret_cast<KaipHLut>(1);
 
-unsigned DepthIndex(unsigned bits)
-{
-    return bits == 8 ? 0 : bits == 10 ? 1 : 2;
-}
 const unsigned kDepths[3] = {8, 10, 12};
 
 // What the channel tables of one LUT (global, universal or single-depth) must hold; the
 // 32-bit tables must hold the same, as every set writes both.
 struct LutState {
-    std::array<std::array<std::vector<uint32_t>, 3>, 3> ch;  // [depth][red, green, blue]
+    std::array<std::array<std::vector<uint32_t>, 3>, 3> ch;  // [(bits - 8) / 2][red, green, blue]
     LutState()
     {
         for (unsigned d = 0; d < 3; ++d)
@@ -107,7 +103,7 @@ void ExpectTarget(const Target& t, const char* what)
 void ModelSetValue(Target& t, unsigned bits, unsigned c, uint64_t index, uint32_t value)
 {
     auto put = [&](unsigned toBits, uint64_t i, uint32_t v) {
-        auto& table = t.state.ch[DepthIndex(toBits)][c];
+        auto& table = t.state.ch[(toBits - 8) / 2][c];
         if (i < table.size()) table[i] = v & (toBits == 8 ? 0xFF : 0xFFFF);
     };
     value &= bits == 8 ? 0xFF : 0xFFFF;
@@ -180,7 +176,7 @@ TEST_F(LutContents, RandomSetSequencesMatchTheModel)
                 if (!given[c]) continue;
                 for (unsigned to : kDepths) {
                     if (!t.Reaches(to) || (t.depth < 0 && to != bits)) continue;
-                    t.state.ch[DepthIndex(to)][c] = to == bits ? values[c] : ConvertModel(values[c], bits, to);
+                    t.state.ch[(to - 8) / 2][c] = to == bits ? values[c] : ConvertModel(values[c], bits, to);
                 }
             }
         } else {
