@@ -39,6 +39,7 @@ struct V128 {
     static T Or(T a, T b) { return _mm_or_si128(a, b); }
     static T Set8(int8_t v) { return _mm_set1_epi8(v); }
     static T Avg(T a, T b) { return _mm_avg_epu8(a, b); }  // (a + b + 1) >> 1 per byte
+    static T AbsDiff(T a, T b) { return _mm_or_si128(_mm_subs_epu8(a, b), _mm_subs_epu8(b, a)); }  // |a - b| per byte
     static T Xor(T a, T b) { return _mm_xor_si128(a, b); }
     static T And(T a, T b) { return _mm_and_si128(a, b); }
     static T AndNot(T a, T b) { return _mm_andnot_si128(a, b); }  // ~a & b
@@ -161,6 +162,7 @@ struct V256 {
     static T Or(T a, T b) { return _mm256_or_si256(a, b); }
     static T Set8(int8_t v) { return _mm256_set1_epi8(v); }
     static T Avg(T a, T b) { return _mm256_avg_epu8(a, b); }
+    static T AbsDiff(T a, T b) { return _mm256_sub_epi8(_mm256_max_epu8(a, b), _mm256_min_epu8(a, b)); }
     static T Xor(T a, T b) { return _mm256_xor_si256(a, b); }
     static T And(T a, T b) { return _mm256_and_si256(a, b); }
     static T AndNot(T a, T b) { return _mm256_andnot_si256(a, b); }

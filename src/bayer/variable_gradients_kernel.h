@@ -22,22 +22,6 @@ inline __m128i Interleave(__m128i even, __m128i odd)
     return _mm_or_si128(even, _mm_slli_epi16(odd, 8));
 }
 
-// Byte lanes: |a - b| and (a + b + 1) >> 1; a register's worth of words from bytes in memory.
-inline __m128i AbsDiff8(__m128i a, __m128i b)
-{
-    return _mm_or_si128(_mm_subs_epu8(a, b), _mm_subs_epu8(b, a));
-}
-
-inline __m128i Avg8(__m128i a, __m128i b)
-{
-    return _mm_avg_epu8(a, b);
-}
-
-inline __m128i ByteWords(__m128i, const uint8_t* p)
-{
-    return _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)), _mm_setzero_si128());
-}
-
 #if defined(__AVX2__)
 inline __m256i EstimateWords(__m256i, const int16_t* p)
 {
@@ -47,21 +31,6 @@ inline __m256i EstimateWords(__m256i, const int16_t* p)
 inline __m256i Interleave(__m256i even, __m256i odd)
 {
     return _mm256_or_si256(even, _mm256_slli_epi16(odd, 8));
-}
-
-inline __m256i AbsDiff8(__m256i a, __m256i b)
-{
-    return _mm256_sub_epi8(_mm256_max_epu8(a, b), _mm256_min_epu8(a, b));
-}
-
-inline __m256i Avg8(__m256i a, __m256i b)
-{
-    return _mm256_avg_epu8(a, b);
-}
-
-inline __m256i ByteWords(__m256i, const uint8_t* p)
-{
-    return _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
 }
 #endif
 
@@ -217,7 +186,7 @@ void WidenLine(const uint8_t* pLine, uint32_t x0, uint32_t n, TRow<int16_t>& row
 
 // The byte planes of slot y (see TStrip) from lines y .. y+2 (a, b, c) in half H, and the terms
 // of line y+1 in that half, whose sites are green if GreenSites (then da and dm are not needed there).
-template <class W, int H, bool GreenSites>
+template <class W, class V, int H, bool GreenSites>
 void PlanesOf(TStrip<int16_t>& s, uint32_t y, int32_t end)
 {
     using T = typename W::T;
@@ -230,14 +199,14 @@ void PlanesOf(TStrip<int16_t>& s, uint32_t y, int32_t end)
             const T al = at(a, -1), a0 = at(a, 0), ar = at(a, 1);
             const T bl = at(b, -1), b0 = at(b, 0), br = at(b, 1), br2 = at(b, 2);
             const T cl2 = at(c, -2), cl = at(c, -1), c0 = at(c, 0), cr = at(c, 1), cr2 = at(c, 2), cr3 = at(c, 3);
-            const T rising = AbsDiff8(ar, cl);
-            put(s.tv[slot], Avg8(AbsDiff8(a0, c0), Avg8(AbsDiff8(al, cl), AbsDiff8(ar, cr))));
-            put(s.hv[slot], Avg8(AbsDiff8(bl, br), AbsDiff8(b0, br2)));
-            put(s.a2[slot], Avg8(AbsDiff8(a0, cl2), rising));
-            put(s.m2[slot], Avg8(AbsDiff8(a0, cr2), AbsDiff8(ar, cr3)));
+            const T rising = V::AbsDiff(ar, cl);
+            put(s.tv[slot], V::Avg(V::AbsDiff(a0, c0), V::Avg(V::AbsDiff(al, cl), V::AbsDiff(ar, cr))));
+            put(s.hv[slot], V::Avg(V::AbsDiff(bl, br), V::AbsDiff(b0, br2)));
+            put(s.a2[slot], V::Avg(V::AbsDiff(a0, cl2), rising));
+            put(s.m2[slot], V::Avg(V::AbsDiff(a0, cr2), V::AbsDiff(ar, cr3)));
             if constexpr (!GreenSites) {
-                put(s.da[slot], Avg8(rising, Avg8(AbsDiff8(a0, bl), AbsDiff8(br, c0))));
-                put(s.dm[slot], Avg8(AbsDiff8(al, cr), Avg8(AbsDiff8(bl, c0), AbsDiff8(a0, br))));
+                put(s.da[slot], V::Avg(rising, V::Avg(V::AbsDiff(a0, bl), V::AbsDiff(br, c0))));
+                put(s.dm[slot], V::Avg(V::AbsDiff(al, cr), V::Avg(V::AbsDiff(bl, c0), V::AbsDiff(a0, br))));
             }
         }
     }
@@ -273,16 +242,16 @@ void PlanesOf(TStrip<int16_t>& s, uint32_t y, int32_t end)
 
 // The planes of slot y over columns 2 .. n+4 of each half, like PlanesHalf, and the terms of
 // line y+1, whose green sites lie in half greenHalf.
-template <class W>
+template <class W, class V>
 void TakePlanes(TStrip<int16_t>& s, uint32_t y, uint32_t n, int greenHalf)
 {
     const int32_t end = int32_t(n + 6) / 2 + 1;
     if (greenHalf == 0) {
-        PlanesOf<W, 0, true>(s, y, end);
-        PlanesOf<W, 1, false>(s, y, end);
+        PlanesOf<W, V, 0, true>(s, y, end);
+        PlanesOf<W, V, 1, false>(s, y, end);
     } else {
-        PlanesOf<W, 0, false>(s, y, end);
-        PlanesOf<W, 1, true>(s, y, end);
+        PlanesOf<W, V, 0, false>(s, y, end);
+        PlanesOf<W, V, 1, true>(s, y, end);
     }
 }
 
@@ -420,7 +389,7 @@ __attribute__((always_inline)) inline void EstimateBlock(const TStrip<int16_t>& 
     const uint32_t s0 = (y - 2) & 3, s1 = (y - 1) & 3, s2 = y & 3;
     const int32_t k = j + 2;  // column x0 + 2j + Par is i = 2k + Par
     auto at = [&](const TRow<uint8_t>(&plane)[4], uint32_t slot, int dx) {
-        return ByteWords(T{}, &At<Par>(plane[slot], k, dx));
+        return W::LoadBytes(&At<Par>(plane[slot], k, dx));
     };
     auto mean3 = [&](const TRow<uint8_t>(&plane)[4], int dx) {
         return W::Avg(at(plane, s1, dx), W::Avg(at(plane, s0, dx), at(plane, s2, dx)));
@@ -529,7 +498,7 @@ TGradientsVector GradientsVector(uint32_t dwBits, uint32_t dwDstBytes, bool bIde
     TGradientsVector v{nullptr, nullptr, nullptr, false};
     WithDepth(dwBits, [&](auto bits) {
         v.widen = WidenLine<W, V, bits>;
-        v.planes = TakePlanes<W>;
+        v.planes = TakePlanes<W, V>;
         v.estimates = EstimateLine<W, V, bits, 0>;
         if (bIdentity) {
             WithPixelBytes(dwDstBytes, [&](auto bytes) { v.estimates = EstimateLine<W, V, bits, bytes>; });

@@ -18,6 +18,10 @@ struct W128 {
     using T = __m128i;
     static constexpr int32_t N = 8;
     static T Load(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
+    static T LoadBytes(const uint8_t* p)  // N bytes as words, in memory order
+    {
+        return _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)), _mm_setzero_si128());
+    }
     static void Store(void* p, T v) { _mm_storeu_si128(static_cast<__m128i*>(p), v); }
     static T Set(int16_t v) { return _mm_set1_epi16(v); }
     static T Add(T a, T b) { return _mm_add_epi16(a, b); }
@@ -73,6 +77,10 @@ struct W256 {
     using T = __m256i;
     static constexpr int32_t N = 16;
     static T Load(const void* p) { return _mm256_loadu_si256(static_cast<const __m256i*>(p)); }
+    static T LoadBytes(const uint8_t* p)
+    {
+        return _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
+    }
     static void Store(void* p, T v) { _mm256_storeu_si256(static_cast<__m256i*>(p), v); }
     static T Set(int16_t v) { return _mm256_set1_epi16(v); }
     static T Add(T a, T b) { return _mm256_add_epi16(a, b); }
