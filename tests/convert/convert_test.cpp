@@ -107,25 +107,6 @@ TEST(ConvertRefusals, DispatcherRefusalsWriteNothing)
     }
 }
 
-TEST(ConvertRefusals, DescriptorsAreChecked)
-{
-    GuardedImage src(4, 2, KaipPixelFormat_Mono8, 4), dst(4, 2, KaipPixelFormat_Mono8, 4);
-    EXPECT_EQ(KaipConvertToPixelFormat(nullptr, &dst.info, KaipPixelFormat_Mono8, 0),
-              KASTATUS_KAIP_INVALID_SRC_POINTER);
-    EXPECT_EQ(KaipConvertToPixelFormat(&src.info, nullptr, KaipPixelFormat_Mono8, 0),
-              KASTATUS_KAIP_INVALID_DST_POINTER);
-    KaipImgInfo empty{};
-    EXPECT_EQ(KaipConvertToPixelFormat(&empty, &dst.info, KaipPixelFormat_Mono8, 0),
-              KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED);
-    GuardedImage planes(4, 2, KaipPixelFormat_Mono8, 4, KaipImgFlag_ColorPlanes);
-    planes.info.pDataR = planes.info.pDataG = planes.info.pDataB = planes.buffer.data();
-    EXPECT_EQ(KaipConvertToPixelFormat(&planes.info, &dst.info, KaipPixelFormat_Mono8, 0),
-              KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED);
-    GuardedImage wide(5, 2, KaipPixelFormat_Mono8, 5);
-    EXPECT_EQ(KaipConvertToPixelFormat(&wide.info, &dst.info, KaipPixelFormat_Mono8, 0),
-              KASTATUS_KAIP_INCOMPATIBLE_SIZE);
-}
-
 TEST(ConvertRefusals, BufferGuardRefusesAShortLineIncrement)
 {
     GuardedImage src(4, 2, KaipPixelFormat_RGB8Packed, 12);

@@ -186,30 +186,18 @@ TEST(ApplyRgbColorCorrection, Refusals)
 {
     const int32_t m[9] = {1000, 0, 0, 0, 1000, 0, 0, 0, 1000};
     RandomLut lut8(8, 5);
-    // Each case spoils the valid call (3x2 BGR8 into 3x2 BGR8) in one way.
+    // Each case spoils the valid call (3x2 BGR8 into 3x2 BGR8) in one way (the refusals every image
+    // function shares are in the hostile-input test).
     using Spoil = void (*)(KaipImgInfo * &s, KaipImgInfo * &d, const int32_t*& matrix, bool& useLut8);
     const struct Case {
         const char* what;
         KaipStatus status;
         Spoil spoil;
     } cases[] = {
-        {"null source", KASTATUS_KAIP_INVALID_SRC_POINTER, [](auto& s, auto&, auto&, auto&) { s = nullptr; }},
-        {"source not initialised", KASTATUS_KAIP_IMGINFO_NOT_INITIALIZED,
-         [](auto& s, auto&, auto&, auto&) { s->LineIncrement = 0; }},
-        {"source without buffer", KASTATUS_KAIP_SRC_NOT_ALLOCATED,
-         [](auto& s, auto&, auto&, auto&) { s->pData = nullptr; }},
         {"mono source", KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT,
          [](auto& s, auto& d, auto&, auto&) { s->PixelFormat = d->PixelFormat = KaipPixelFormat_Mono8; }},
-        {"colour planes", KASTATUS_KAIP_COLOR_PLANES_NOT_SUPPORTED,
-         [](auto& s, auto&, auto&, auto&) {
-             s->Flags = KaipImgFlag_ColorPlanes;
-             s->pDataR = s->pDataG = s->pDataB = s->pData;
-         }},
-        {"size", KASTATUS_KAIP_INCOMPATIBLE_SIZE, [](auto&, auto& d, auto&, auto&) { d->Height = 1; }},
         {"pixel format", KASTATUS_KAIP_INCOMPATIBLE_SRC_DST_PIXEL_FORMAT,
          [](auto&, auto& d, auto&, auto&) { d->PixelFormat = KaipPixelFormat_RGB8Packed; }},
-        {"destination without buffer", KASTATUS_KAIP_DST_NOT_ALLOCATED,
-         [](auto&, auto& d, auto&, auto&) { d->pData = nullptr; }},
         {"orientation", KASTATUS_KAIP_INCOMPATIBLE_FLAGS,
          [](auto&, auto& d, auto&, auto&) { d->Flags = KaipImgFlag_BottomUp; }},
         {"null matrix", KASTATUS_KAIP_INVALID_POINTER, [](auto&, auto&, auto& matrix, auto&) { matrix = nullptr; }},
