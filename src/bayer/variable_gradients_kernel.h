@@ -268,6 +268,72 @@ inline __m256i MulHi(__m256i a, __m256i b)
 }
 #endif
 
+// Unsigned bytes: the larger, the saturated sum, all ones where equal, the half (truncated); and
+// half Half of a register of byte masks (0 or -1) or of counts as words.
+inline __m128i MaxU8(__m128i a, __m128i b)
+{
+    return _mm_max_epu8(a, b);
+}
+inline __m128i MinU8(__m128i a, __m128i b)
+{
+    return _mm_min_epu8(a, b);
+}
+inline __m128i AddSatU8(__m128i a, __m128i b)
+{
+    return _mm_adds_epu8(a, b);
+}
+inline __m128i EqU8(__m128i a, __m128i b)
+{
+    return _mm_cmpeq_epi8(a, b);
+}
+inline __m128i HalfU8(__m128i a)
+{
+    return _mm_and_si128(_mm_srli_epi16(a, 1), _mm_set1_epi8(0x7F));
+}
+template <int Half>
+inline __m128i MaskWords(__m128i m)
+{
+    return Half ? _mm_unpackhi_epi8(m, m) : _mm_unpacklo_epi8(m, m);
+}
+template <int Half>
+inline __m128i CountWords(__m128i n)
+{
+    return Half ? _mm_unpackhi_epi8(n, _mm_setzero_si128()) : _mm_unpacklo_epi8(n, _mm_setzero_si128());
+}
+
+#if defined(__AVX2__)
+inline __m256i MaxU8(__m256i a, __m256i b)
+{
+    return _mm256_max_epu8(a, b);
+}
+inline __m256i MinU8(__m256i a, __m256i b)
+{
+    return _mm256_min_epu8(a, b);
+}
+inline __m256i AddSatU8(__m256i a, __m256i b)
+{
+    return _mm256_adds_epu8(a, b);
+}
+inline __m256i EqU8(__m256i a, __m256i b)
+{
+    return _mm256_cmpeq_epi8(a, b);
+}
+inline __m256i HalfU8(__m256i a)
+{
+    return _mm256_and_si256(_mm256_srli_epi16(a, 1), _mm256_set1_epi8(0x7F));
+}
+template <int Half>
+inline __m256i MaskWords(__m256i m)
+{
+    return _mm256_cvtepi8_epi16(Half ? _mm256_extracti128_si256(m, 1) : _mm256_castsi256_si128(m));
+}
+template <int Half>
+inline __m256i CountWords(__m256i n)
+{
+    return _mm256_cvtepu8_epi16(Half ? _mm256_extracti128_si256(n, 1) : _mm256_castsi256_si128(n));
+}
+#endif
+
 // ceil(2^K / n) for n = 1..8 lane by lane, as Reciprocal<K> builds it; with AVX2 the words of a
 // table picked by a byte shuffle (bytes 2 (n-1) and 2 (n-1) + 1 of each word's lane). For K = 14
 // SSE2 divides in floats instead: floor(2^14 / n) + 1, one more where n divides 2^14, serves
@@ -296,8 +362,8 @@ inline typename W::T Reciprocals(typename W::T n)
     return m;
 }
 
-// The count of the chosen directions (gradient <= min + max / 2) and the signed sums of their
-// terms (S = +1 adds a term, -1 subtracts it), and the rounded means they give. With 8-bit
+// The signed sums of the terms of the chosen directions (S = +1 adds a term, -1 subtracts it;
+// take: all ones where chosen), and the rounded means they give with their count n. With 8-bit
 // samples a sum s of terms lies within +-8160 and the numerator of the per-pixel loop is num =
 // 4 n c + s; its mean floor((num + 2n) / 4n) is floor(u m / 2^14), u = floor((num + 2n) / 4), m
 // from Reciprocals<W, 14>: m n - 2^14 is at most 3 (8 with SSE2's m where n = 8), so that is
@@ -306,19 +372,17 @@ inline typename W::T Reciprocals(typename W::T n)
 template <class W, unsigned Bits>
 struct TChosen {
     using T = typename W::T;
-    T limit, n = W::Set(8), a = W::Set(0), b = W::Set(0);
-    TChosen(T lo, T hi) : limit(W::Add(lo, W::template Shr<1>(hi))) {}
+    T n, a = W::Set(0), b = W::Set(0);
+    explicit TChosen(T count) : n(count) {}
     template <int SA, int SB>
-    void Take2(T g0, T a0, T b0, T g1, T a1, T b1)
+    void Take2(T t0, T a0, T b0, T t1, T a1, T b1)
     {
-        auto take = [&](T gradient, T ta, T tb) {
-            const T skip = W::Gt(gradient, limit);
-            n = W::Add(n, skip);
-            a = SA > 0 ? W::Add(a, W::AndNot(skip, ta)) : W::Sub(a, W::AndNot(skip, ta));
-            b = SB > 0 ? W::Add(b, W::AndNot(skip, tb)) : W::Sub(b, W::AndNot(skip, tb));
+        auto take = [&](T t, T ta, T tb) {
+            a = SA > 0 ? W::Add(a, W::And(t, ta)) : W::Sub(a, W::And(t, ta));
+            b = SB > 0 ? W::Add(b, W::And(t, tb)) : W::Sub(b, W::And(t, tb));
         };
-        take(g0, a0, b0);
-        take(g1, a1, b1);
+        take(t0, a0, b0);
+        take(t1, a1, b1);
     }
     void Finish(T c, T& first, T& second) const
     {
@@ -330,9 +394,8 @@ struct TChosen {
     }
 };
 
-// Deeper samples: gradients and terms still fit words, min + max / 2 may not (the test is
-// gradient - min < max / 2 + 1), and the sums are 32-bit: the terms of two directions, paired
-// word by word with their take masks (-1), give minus their chosen sum in one multiply-add.
+// Deeper samples: the terms still fit words, their sums are 32-bit: the terms of two directions,
+// paired word by word with their take masks (-1), give minus their chosen sum in one multiply-add.
 // The mean floor((num + 2n) / 4n) rises with num, so the clamp of num to 0 .. 4n mask may come
 // after it as a clamp to 0 .. mask; u = (num + 2n) >> 2 = n c + (s + 2n) >> 2 is therefore
 // narrowed to words with saturation (32767 / n still clamps to mask), and floor(u / n) is the
@@ -341,14 +404,12 @@ struct TChosen {
 template <class W, unsigned Bits>
 struct TChosenDeep {
     using T = typename W::T;
-    T lo, half1, n = W::Set(0);
+    T n;
     T a[2] = {W::Set(0), W::Set(0)}, b[2] = {W::Set(0), W::Set(0)};  // pixels of UnpackLo, UnpackHi
-    TChosenDeep(T lo_, T hi) : lo(lo_), half1(W::Add(W::template Shr<1>(hi), W::Set(1))) {}
+    explicit TChosenDeep(T count) : n(count) {}
     template <int SA, int SB>
-    void Take2(T g0, T a0, T b0, T g1, T a1, T b1)
+    void Take2(T t0, T a0, T b0, T t1, T a1, T b1)
     {
-        const T t0 = W::Gt(half1, W::Sub(g0, lo)), t1 = W::Gt(half1, W::Sub(g1, lo));
-        n = W::Sub(W::Sub(n, t0), t1);
         const T tLo = W::UnpackLo(t0, t1), tHi = W::UnpackHi(t0, t1);
         auto add = [&](T(&minus)[2], int sign, T e0, T e1) {
             const T lo = W::MAdd(W::UnpackLo(e0, e1), tLo), hi = W::MAdd(W::UnpackHi(e0, e1), tHi);
@@ -374,64 +435,82 @@ struct TChosenDeep {
     }
 };
 
-// The two estimates of the W::N columns of one parity of line y from column x0 + 2j + Par on (see
-// Estimates in variable_gradients.cpp): the gradients from the planes, the terms of the site each
-// direction points to from the terms' rows (at a red or blue pixel dv and dv - dh of the green
-// sites above and below, dh and dh - dv of those beside, the rising terms of the sites up right
-// and down left, the falling ones of the others; at a green pixel d4 - 2v and 4s - 2v of the sites
-// above and below, 4s - 2h and d4 - 2h of those beside, minus dv and dh of the green diagonal
-// ones), unclamped at 8 bits (see TChosen).
-template <class W, unsigned Bits, bool Green, int Par>
-__attribute__((always_inline)) inline void EstimateBlock(const TStrip<int16_t>& s, uint32_t y, int32_t j,
-                                                         typename W::T& first, typename W::T& second)
+// The choices of the V::N columns of one parity of line y from column x0 + 2j + Par on (see
+// Estimates in variable_gradients.cpp), in byte lanes: the gradients from the planes, then take
+// (all ones where a direction is chosen: gradient <= min + max / 2, a sum that saturates at 255
+// like no gradient can) and the count of the chosen ones.
+template <class V, bool Green, int Par>
+__attribute__((always_inline)) inline void Choose(const TStrip<int16_t>& s, uint32_t y, int32_t j,
+                                                  typename V::T (&take)[8], typename V::T& count)
 {
-    using T = typename W::T;
+    using T = typename V::T;
     const uint32_t s0 = (y - 2) & 3, s1 = (y - 1) & 3, s2 = y & 3;
     const int32_t k = j + 2;  // column x0 + 2j + Par is i = 2k + Par
     auto at = [&](const TRow<uint8_t>(&plane)[4], uint32_t slot, int dx) {
-        return W::LoadBytes(&At<Par>(plane[slot], k, dx));
+        return V::Load(&At<Par>(plane[slot], k, dx));
     };
     auto mean3 = [&](const TRow<uint8_t>(&plane)[4], int dx) {
-        return W::Avg(at(plane, s1, dx), W::Avg(at(plane, s0, dx), at(plane, s2, dx)));
+        return V::Avg(at(plane, s1, dx), V::Avg(at(plane, s0, dx), at(plane, s2, dx)));
     };
     T g[8];
     const T tv1 = at(s.tv, s1, 0);
-    g[0] = W::Avg(at(s.tv, s0, 0), tv1);
+    g[0] = V::Avg(at(s.tv, s0, 0), tv1);
     g[1] = mean3(s.hv, -1);
-    g[2] = W::Avg(tv1, at(s.tv, s2, 0));
+    g[2] = V::Avg(tv1, at(s.tv, s2, 0));
     g[3] = mean3(s.hv, 0);
     if constexpr (Green) {
-        g[4] = W::Avg(at(s.a2, s0, 1), at(s.a2, s1, 1));
-        g[5] = W::Avg(at(s.m2, s0, -2), at(s.m2, s1, -2));
-        g[6] = W::Avg(at(s.a2, s1, 0), at(s.a2, s2, 0));
-        g[7] = W::Avg(at(s.m2, s1, -1), at(s.m2, s2, -1));
+        g[4] = V::Avg(at(s.a2, s0, 1), at(s.a2, s1, 1));
+        g[5] = V::Avg(at(s.m2, s0, -2), at(s.m2, s1, -2));
+        g[6] = V::Avg(at(s.a2, s1, 0), at(s.a2, s2, 0));
+        g[7] = V::Avg(at(s.m2, s1, -1), at(s.m2, s2, -1));
     } else {
         const T da = at(s.da, s1, 0), dm = at(s.dm, s1, 0);
-        g[4] = W::Avg(da, at(s.da, s0, 1));
-        g[5] = W::Avg(dm, at(s.dm, s0, -1));
-        g[6] = W::Avg(da, at(s.da, s2, -1));
-        g[7] = W::Avg(dm, at(s.dm, s2, 1));
+        g[4] = V::Avg(da, at(s.da, s0, 1));
+        g[5] = V::Avg(dm, at(s.dm, s0, -1));
+        g[6] = V::Avg(da, at(s.da, s2, -1));
+        g[7] = V::Avg(dm, at(s.dm, s2, 1));
     }
     T lo = g[0], hi = g[0];
-    for (int m = 1; m < 8; ++m) lo = W::Min(lo, g[m]), hi = W::Max(hi, g[m]);
+    for (int m = 1; m < 8; ++m) lo = MinU8(lo, g[m]), hi = MaxU8(hi, g[m]);
+    const T limit = AddSatU8(lo, HalfU8(hi));
+    count = V::Zero();
+    for (int m = 0; m < 8; ++m) {
+        take[m] = EqU8(MaxU8(g[m], limit), limit);
+        count = V::Sub(count, take[m]);
+    }
+}
+
+// The two estimates of the W::N columns of half Half of a Choose block (columns x0 + 2j + Par on,
+// j counted in the half): the terms of the site each direction points to from the terms' rows
+// (at a red or blue pixel dv and dv - dh of the green sites above and below, dh and dh - dv of
+// those beside, the rising terms of the sites up right and down left, the falling ones of the
+// others; at a green pixel d4 - 2v and 4s - 2v of the sites above and below, 4s - 2h and d4 - 2h
+// of those beside, minus dv and dh of the green diagonal ones), unclamped at 8 bits (see TChosen).
+template <class W, class V, unsigned Bits, bool Green, int Par, int Half>
+__attribute__((always_inline)) inline void EstimateHalf(const TStrip<int16_t>& s, uint32_t y, int32_t j,
+                                                        const typename V::T (&take)[8], typename V::T count,
+                                                        typename W::T& first, typename W::T& second)
+{
+    const int32_t k = j + 2;
     auto green = [&](int term, int dy, int dx) {
         return W::Load(&s.terms[(y + dy) & 3].green[term][k + ((Par + dx) >> 1)]);
     };
     auto other = [&](int term, int dy, int dx) {
         return W::Load(&s.terms[(y + dy) & 3].other[term][k + ((Par + dx) >> 1)]);
     };
-    std::conditional_t<Bits == 8, TChosen<W, Bits>, TChosenDeep<W, Bits>> chosen(lo, hi);
-    // Directions in the order of g: north, west, south, east, north-east, north-west, south-west, south-east.
+    auto t = [&](int m) { return MaskWords<Half>(take[m]); };
+    std::conditional_t<Bits == 8, TChosen<W, Bits>, TChosenDeep<W, Bits>> chosen(CountWords<Half>(count));
+    // Directions in the order of take: north, west, south, east, north-east, north-west, south-west, south-east.
     if constexpr (Green) {
-        chosen.template Take2<1, 1>(g[0], other(2, -1, 0), other(0, -1, 0), g[2], other(2, 1, 0), other(0, 1, 0));
-        chosen.template Take2<1, 1>(g[1], other(1, 0, -1), other(3, 0, -1), g[3], other(1, 0, 1), other(3, 0, 1));
-        chosen.template Take2<-1, -1>(g[4], green(0, -1, 1), green(1, -1, 1), g[5], green(0, -1, -1), green(1, -1, -1));
-        chosen.template Take2<-1, -1>(g[6], green(0, 1, -1), green(1, 1, -1), g[7], green(0, 1, 1), green(1, 1, 1));
+        chosen.template Take2<1, 1>(t(0), other(2, -1, 0), other(0, -1, 0), t(2), other(2, 1, 0), other(0, 1, 0));
+        chosen.template Take2<1, 1>(t(1), other(1, 0, -1), other(3, 0, -1), t(3), other(1, 0, 1), other(3, 0, 1));
+        chosen.template Take2<-1, -1>(t(4), green(0, -1, 1), green(1, -1, 1), t(5), green(0, -1, -1), green(1, -1, -1));
+        chosen.template Take2<-1, -1>(t(6), green(0, 1, -1), green(1, 1, -1), t(7), green(0, 1, 1), green(1, 1, 1));
     } else {
-        chosen.template Take2<1, 1>(g[0], green(0, -1, 0), green(2, -1, 0), g[2], green(0, 1, 0), green(2, 1, 0));
-        chosen.template Take2<1, -1>(g[1], green(1, 0, -1), green(2, 0, -1), g[3], green(1, 0, 1), green(2, 0, 1));
-        chosen.template Take2<1, 1>(g[4], other(4, -1, 1), other(5, -1, 1), g[6], other(4, 1, -1), other(5, 1, -1));
-        chosen.template Take2<1, 1>(g[5], other(6, -1, -1), other(7, -1, -1), g[7], other(6, 1, 1), other(7, 1, 1));
+        chosen.template Take2<1, 1>(t(0), green(0, -1, 0), green(2, -1, 0), t(2), green(0, 1, 0), green(2, 1, 0));
+        chosen.template Take2<1, -1>(t(1), green(1, 0, -1), green(2, 0, -1), t(3), green(1, 0, 1), green(2, 0, 1));
+        chosen.template Take2<1, 1>(t(4), other(4, -1, 1), other(5, -1, 1), t(6), other(4, 1, -1), other(5, 1, -1));
+        chosen.template Take2<1, 1>(t(5), other(6, -1, -1), other(7, -1, -1), t(7), other(6, 1, 1), other(7, 1, 1));
     }
     chosen.Finish(W::Load(&At<Par>(s.src[y & 7], k, 0)), first, second);
 }
@@ -441,16 +520,24 @@ __attribute__((always_inline)) inline void EstimateBlock(const TStrip<int16_t>& 
 // second, even) takes the estimates of columns x0 + 2j + parity, x0 + 2j + 2 + parity, ...;
 // what it returns for the even ones comes back as `even` with the odd ones. The odd columns may
 // be one fewer: their last block may then run past them into the spare entries.
-template <class W, unsigned Bits, bool Green0, class F>
+template <class W, class V, unsigned Bits, bool Green0, class F>
 void EstimateBlocks(const TStrip<int16_t>& s, uint32_t y, uint32_t n, const F& out)
 {
     using T = typename W::T;
-    for (int32_t j = 0; j < int32_t(n + 1) / 2; j += W::N) {
+    static_assert(int32_t(V::N) == 2 * W::N, "a block of bytes is two of words");
+    for (int32_t j = 0; j < int32_t(n + 1) / 2; j += int32_t(V::N)) {
+        typename V::T take[8], count;
         T first, second;
-        EstimateBlock<W, Bits, Green0, 0>(s, y, j, first, second);
-        const T even = out(j, 0, first, second, first);
-        EstimateBlock<W, Bits, !Green0, 1>(s, y, j, first, second);
-        out(j, 1, first, second, even);
+        Choose<V, Green0, 0>(s, y, j, take, count);
+        EstimateHalf<W, V, Bits, Green0, 0, 0>(s, y, j, take, count, first, second);
+        const T even0 = out(j, 0, first, second, first);
+        EstimateHalf<W, V, Bits, Green0, 0, 1>(s, y, j + W::N, take, count, first, second);
+        const T even1 = out(j + W::N, 0, first, second, first);
+        Choose<V, !Green0, 1>(s, y, j, take, count);
+        EstimateHalf<W, V, Bits, !Green0, 1, 0>(s, y, j, take, count, first, second);
+        out(j, 1, first, second, even0);
+        EstimateHalf<W, V, Bits, !Green0, 1, 1>(s, y, j + W::N, take, count, first, second);
+        out(j + W::N, 1, first, second, even1);
     }
 }
 
@@ -484,9 +571,9 @@ uint32_t EstimateLine(const TStrip<int16_t>& s, uint32_t y, uint32_t n, int gree
         return f;
     };
     if (greenParity == 0) {
-        EstimateBlocks<W, Bits, true>(s, y, n, out);
+        EstimateBlocks<W, V, Bits, true>(s, y, n, out);
     } else {
-        EstimateBlocks<W, Bits, false>(s, y, n, out);
+        EstimateBlocks<W, V, Bits, false>(s, y, n, out);
     }
     return st.x0 + 2 * uint32_t(whole);
 }
