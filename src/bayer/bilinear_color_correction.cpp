@@ -116,7 +116,8 @@ void ScalarSpan(const TKernel& k, const TSiteLines<TKernel> (&lines)[2], const T
 }
 
 // Interior lines 2..h-3: vector blocks from the first red or blue column (2 or 3) where the
-// switches allow, the scalar rule for the columns before and after them. The vector blocks read
+// switches allow, the scalar rule for the columns before and after them; then the second ring
+// by the bilinear rule, its columns while their lines are still in the cache. The vector blocks read
 // the source lines split by column parity, each line split once into a ring of five (pRing:
 // 10 halves of dwHalf words); without a ring the scalar rule decodes everything.
 template <unsigned Bits, uint32_t DstBytes>
@@ -125,6 +126,7 @@ void RunColorCorrection(const TBayerPlanes& p, const TBayerLut& lut, TColorCorre
 {
     using TKernel = TColorCorrection<Bits, DstBytes>;
     const TKernel k{lut};
+    const TBilinear<Bits, DstBytes> ring2{lut};
     const TSiteLines<TKernel> lines[2] = {{0, p.bShiftColumn}, {1, p.bShiftColumn}};
     auto ring = [&](uint32_t y) {
         return TSplitLine{{pRing + (y % 5) * 2 * dwHalf, pRing + ((y % 5) * 2 + 1) * dwHalf}};
@@ -150,20 +152,25 @@ void RunColorCorrection(const TBayerPlanes& p, const TBayerLut& lut, TColorCorre
         if (!pRing || xv + vec.dwBlock > w - 2) {
             if (pRing) split(y + 2);
             ScalarSpan(k, lines, s, bRedLine, pOut, 2, w - 2);
-            continue;
+        } else {
+            // Whole blocks, the last one moved back to end at the last red or blue column that
+            // leaves room for it (it writes some pixels twice, with the same bytes). Bytes a
+            // block writes beyond its end are rewritten by what follows it, column w-2 included.
+            const uint32_t xe = xv + (w - 2 - xv) / vec.dwBlock * vec.dwBlock;
+            const uint32_t xl = (w - 2 - vec.dwBlock - xv) / 2 * 2 + xv;  // start of the last block
+            const TSplitLine rows[5] = {ring(y - 2), ring(y - 1), ring(y), ring(y + 1), ring(y + 2)};
+            ScalarSpan(k, lines, s, bRedLine, pOut, 2, xv);
+            vec.line(rows, pOut, xv, xe, bRedLine, lut, source(y + 2));
+            if (xe < w - 2) vec.line(rows, pOut, xl, xl + vec.dwBlock, bRedLine, lut, source(y + 2));
+            splitColumns(y + 2, 0, xv);
+            splitColumns(y + 2, std::max(xe, xl + vec.dwBlock), w);
+            ScalarSpan(k, lines, s, bRedLine, pOut, xl + vec.dwBlock, w - 2);
         }
-        // Whole blocks, the last one moved back to end at the last red or blue column that
-        // leaves room for it (it writes some pixels twice, with the same bytes).
-        const uint32_t xe = xv + (w - 2 - xv) / vec.dwBlock * vec.dwBlock;
-        const uint32_t xl = (w - 2 - vec.dwBlock - xv) / 2 * 2 + xv;  // start of the last block
-        const TSplitLine rows[5] = {ring(y - 2), ring(y - 1), ring(y), ring(y + 1), ring(y + 2)};
-        ScalarSpan(k, lines, s, bRedLine, pOut, 2, xv);
-        vec.line(rows, pOut, xv, xe, bRedLine, lut, source(y + 2));
-        if (xe < w - 2) vec.line(rows, pOut, xl, xl + vec.dwBlock, bRedLine, lut, source(y + 2));
-        splitColumns(y + 2, 0, xv);
-        splitColumns(y + 2, std::max(xe, xl + vec.dwBlock), w);
-        ScalarSpan(k, lines, s, bRedLine, pOut, xl + vec.dwBlock, w - 2);
+        RunInterior(ring2, p, h, 1, 2, y, y + 1);
+        RunInterior(ring2, p, h, w - 2, w - 1, y, y + 1);
     }
+    RunInterior(ring2, p, h, 1, w - 1, 1, 2);
+    RunInterior(ring2, p, h, 1, w - 1, h - 2, h - 1);
 }
 
 }  // namespace
@@ -189,7 +196,10 @@ KaipStatus BdBilinearColorCorrection(const KaipImgInfo* pSrcImgInfo, KaipImgInfo
                            [&](auto bytes) { RunColorCorrection<bits, bytes>(planes, lut, vec, pRing, dwHalf, w, h); });
         });
         if (pRing) oxOsBufferFree(pRing);
+        CalculateFrame1(job.src.pData, w, h, job.src.LineIncrement, job.dwBits, job.bShiftLine, job.bShiftColumn,
+                        job.pDst->pData, job.pDst->LineIncrement, dwDstBytes * 8, hLut);
+    } else {
+        FinishFrames(job, dwDstBytes, hLut);
     }
-    FinishFrames(job, dwDstBytes, hLut);
     return KASTATUS_OK;
 }

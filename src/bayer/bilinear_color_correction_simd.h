@@ -17,7 +17,8 @@ using TColorCorrectionSplit = void (*)(const uint8_t* pLine, uint32_t dwWidth, c
 
 // Decodes the pixels x0..x1-1 of one interior line from the split lines around it (rows[2] the
 // line itself). x0 must be a red or blue column, x1 - x0 a multiple of the block, x0 >= 2 and
-// x1 <= width - 2. bRedLine: the line holds red sites. The bytes are those of the scalar rule.
+// x1 <= width - 2. bRedLine: the line holds red sites. The bytes are those of the scalar rule;
+// three-byte pixels may also spill two bytes into pixel x1, which the caller rewrites later.
 // pBelow: the source line of rows[4] (two below), whose columns x0..x1-1 the worker splits into
 // rows[4] as it reads them (the caller splits the others).
 using TColorCorrectionLine = void (*)(const TSplitLine (&rows)[5], uint8_t* pOut, uint32_t x0, uint32_t x1,

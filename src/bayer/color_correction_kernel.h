@@ -18,8 +18,12 @@ namespace {
 // width (W) for the filters.
 struct C128 : V128<false> {
     using W = W128;
-    // Three-byte pixels from words of 0..255 in pairs (e, o).
-    static void StorePairs(uint8_t* p, T be, T ge, T re, T bo, T go, T ro) { StoreBgrPairs(p, be, ge, re, bo, go, ro); }
+    // Three-byte pixels from words of 0..255 in pairs (e, o); the two bytes after them are
+    // rewritten later (see Blocks).
+    static void StorePairs(uint8_t* p, T be, T ge, T re, T bo, T go, T ro)
+    {
+        StoreBgrPairs<true>(p, be, ge, re, bo, go, ro);
+    }
 };
 
 #if defined(__AVX2__)

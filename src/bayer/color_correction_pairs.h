@@ -12,9 +12,12 @@ namespace {
 
 // Three-byte pixels from words of 0..255 in pairs (e, o: pixels 2k and 2k + 1 in lane k): each
 // pair's six bytes are put together as the words blue | green of e, red of e | blue of o,
-// green | red of o, and stored eight bytes at a time at six-byte steps, each store's two spare
-// bytes rewritten by the next; the last pair goes out as four and two bytes, so nothing beyond
-// the 16 pixels is touched.
+// green | red of o, and stored eight bytes at a time at six-byte steps (the high halves
+// straight from the register), each store's two spare bytes rewritten by the next. The last
+// pair goes out as four and two bytes, so nothing beyond the 16 pixels is touched, unless
+// bSpareAfter: then the caller has the two bytes after them rewritten later, and the last
+// store is eight bytes too.
+template <bool bSpareAfter = false>
 inline void StoreBgrPairs(uint8_t* p, __m128i be, __m128i ge, __m128i re, __m128i bo, __m128i go, __m128i ro)
 {
     const __m128i w0 = _mm_or_si128(be, _mm_slli_epi16(ge, 8)), w1 = _mm_or_si128(re, _mm_slli_epi16(bo, 8));
@@ -25,13 +28,15 @@ inline void StoreBgrPairs(uint8_t* p, __m128i be, __m128i ge, __m128i re, __m128
                           _mm_unpackhi_epi32(hi01, hi2)};
     for (int i = 0; i < 4; ++i) {
         _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 12 * i), q[i]);
-        if (i < 3) _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 12 * i + 6), _mm_unpackhi_epi64(q[i], q[i]));
+        if (i < 3 || bSpareAfter) _mm_storeh_pd(reinterpret_cast<double*>(p + 12 * i + 6), _mm_castsi128_pd(q[i]));
     }
-    const __m128i last = _mm_unpackhi_epi64(q[3], q[3]);
-    const uint32_t four = uint32_t(_mm_cvtsi128_si32(last));
-    const uint16_t two = uint16_t(_mm_extract_epi16(last, 2));
-    std::memcpy(p + 42, &four, 4);
-    std::memcpy(p + 46, &two, 2);
+    if constexpr (!bSpareAfter) {
+        const __m128i last = _mm_unpackhi_epi64(q[3], q[3]);
+        const uint32_t four = uint32_t(_mm_cvtsi128_si32(last));
+        const uint16_t two = uint16_t(_mm_extract_epi16(last, 2));
+        std::memcpy(p + 42, &four, 4);
+        std::memcpy(p + 46, &two, 2);
+    }
 }
 
 }  // namespace
