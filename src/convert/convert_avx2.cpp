@@ -205,22 +205,26 @@ struct KMonoWordToMono8 {
     }
 };
 
-// 32 pixels of byte planes b, g, r as two 16-pixel packs leave them (pixels 0-7, 16-23 | 8-15, 24-31) stored
-// as 3 or 4 bytes each as W writes them, the fourth byte 0.
-template <bool kStream, class W>
+// 32 pixels of byte planes b, g, r stored as 3 or 4 bytes each as W writes them, the fourth byte 0. The planes
+// hold the pixels as two 16-pixel packs leave them (pixels 0-7, 16-23 | 8-15, 24-31), or, with kQuads, as the
+// packs leave sources whose 4-pixel quarters were swapped into the order 0, 2, 1, 3 (quads 0, 2, 4, 6 | 1, 3,
+// 5, 7), which the unpacks below turn into pixel order without a lane crossing.
+template <bool kStream, class W, bool kQuads = false>
 KAIP_AVX2 inline void StorePlanes(uint8_t* d, __m256i b, __m256i g, __m256i r)
 {
     // The byte unpacks undo the packs' lane order, leaving pixels 0-15 in the low halves and 16-31 in the
-    // high ones.
+    // high ones (with kQuads pixels 0-7, 8-15, 16-23 and 24-31 in p0 to p3).
     const __m256i zero = _mm256_setzero_si256();
     const __m256i first = W::kOrder == kBGR ? b : r, third = W::kOrder == kBGR ? r : b;
     const __m256i fg0 = _mm256_unpacklo_epi8(first, g), fg1 = _mm256_unpackhi_epi8(first, g);
     const __m256i t0 = _mm256_unpacklo_epi8(third, zero), t1 = _mm256_unpackhi_epi8(third, zero);
     const __m256i p0 = _mm256_unpacklo_epi16(fg0, t0), p1 = _mm256_unpackhi_epi16(fg0, t0);
     const __m256i p2 = _mm256_unpacklo_epi16(fg1, t1), p3 = _mm256_unpackhi_epi16(fg1, t1);
-    const __m256i q0 = _mm256_permute2x128_si256(p0, p1, 0x20), q1 = _mm256_permute2x128_si256(p0, p1, 0x31);
-    const __m256i q2 = _mm256_permute2x128_si256(p2, p3, 0x20), q3 = _mm256_permute2x128_si256(p2, p3, 0x31);
-    if constexpr (W::kBytes == 4 && kStream) {
+    const __m256i q0 = kQuads ? p0 : _mm256_permute2x128_si256(p0, p1, 0x20);
+    const __m256i q1 = kQuads ? p1 : _mm256_permute2x128_si256(p0, p1, 0x31);
+    const __m256i q2 = kQuads ? p2 : _mm256_permute2x128_si256(p2, p3, 0x20);
+    const __m256i q3 = kQuads ? p3 : _mm256_permute2x128_si256(p2, p3, 0x31);
+    if constexpr (W::kBytes == 4 && kStream && !kQuads) {
         // Streamed 16 bytes at a time anyway, so each lane goes to its place without crossing lanes first.
         const __m256i p[] = {p0, p1, p2, p3};
         for (int i = 0; i < 4; ++i) {
@@ -251,13 +255,17 @@ KAIP_AVX2 inline void StorePlanes(uint8_t* d, __m256i b, __m256i g, __m256i r)
     }
 }
 
-// The byte planes of 32 pixels of 4:2:2 read as R reads them (64 source bytes).
+// The byte planes of 32 pixels of 4:2:2 read as R reads them (64 source bytes), in the order of kQuads: each load's
+// quarters swapped so that its pixels 8-11 sit in the low lane and 4-7 in the high one (a pair never spans two
+// quarters, so each pixel keeps its chroma), which saves the store its lane crossings.
 template <class R>
 struct SYuv422 {
     static constexpr uint32_t kInBytes = 64;
+    static constexpr bool kQuads = true;
     KAIP_AVX2 static void Planes(const uint8_t* s, __m256i& b, __m256i& g, __m256i& r)
     {
-        YuvPlanes<VAvx2, typename R::TCoefficients, R::kLumaFirst>(Load(s), Load(s + 32), b, g, r);
+        YuvPlanes<VAvx2, typename R::TCoefficients, R::kLumaFirst>(_mm256_permute4x64_epi64(Load(s), 0xD8),
+                                                                   _mm256_permute4x64_epi64(Load(s + 32), 0xD8), b, g, r);
     }
 };
 
@@ -267,6 +275,7 @@ struct SYuv422 {
 template <class R>
 struct SYuv444 {
     static constexpr uint32_t kInBytes = 96;
+    static constexpr bool kQuads = false;
     KAIP_AVX2 static void Planes(const uint8_t* s, __m256i& b, __m256i& g, __m256i& r)
     {
         using L = TLayout444<R>;
@@ -289,6 +298,7 @@ struct SYuv444 {
 template <bool k565>
 struct SShort {
     static constexpr uint32_t kInBytes = 64;
+    static constexpr bool kQuads = false;
     KAIP_AVX2 static void Channels(__m256i w, __m256i& r, __m256i& g, __m256i& b)
     {
         r = k565 ? _mm256_and_si256(_mm256_srli_epi16(w, 8), _mm256_set1_epi16(0xF8))
@@ -319,7 +329,7 @@ struct KPlanes {
             const uint32_t at = StepAt(x, covered);
             __m256i b, g, r;
             S::Planes(pS + size_t(at) * S::kInBytes / 32, b, g, r);
-            StorePlanes<kStream, W>(pD + at * W::kBytes, b, g, r);
+            StorePlanes<kStream, W, S::kQuads>(pD + at * W::kBytes, b, g, r);
         }
         R rd;
         ConvertGroups(rd, W{}, covered / R::kPixels, dwWidth / R::kPixels, pS, pD);
