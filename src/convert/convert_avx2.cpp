@@ -264,14 +264,27 @@ struct SYuv422 {
     static constexpr bool kQuads = true;
     KAIP_AVX2 static void Planes(const uint8_t* s, __m256i& b, __m256i& g, __m256i& r)
     {
-        YuvPlanes<VAvx2, typename R::TCoefficients, R::kLumaFirst>(_mm256_permute4x64_epi64(Load(s), 0xD8),
-                                                                   _mm256_permute4x64_epi64(Load(s + 32), 0xD8), b, g, r);
+        YuvPlanes<VAvx2, typename R::TCoefficients, R::kLumaFirst>(
+            _mm256_permute4x64_epi64(Load(s), 0xD8), _mm256_permute4x64_epi64(Load(s + 32), 0xD8), b, g, r);
     }
 };
 
+// The 96 bytes at s as groups of three, 16 to a lane (the first 48 bytes in the low lanes), split into byte planes
+// c[0], c[1], c[2] by four rounds of byte unpacks, as the SSE2 build splits 48 bytes.
+KAIP_AVX2 inline void Deinterleave3(const uint8_t* s, __m256i c[3])
+{
+    c[0] = Load2(s, s + 48), c[1] = Load2(s + 16, s + 64), c[2] = Load2(s + 32, s + 80);
+    for (int round = 0; round < 4; ++round) {
+        const __m256i bSwapped = _mm256_shuffle_epi32(c[1], 0x4E);
+        const __m256i x = _mm256_unpacklo_epi8(c[0], bSwapped);
+        const __m256i y = _mm256_unpackhi_epi8(c[0], _mm256_slli_si256(c[2], 8));
+        const __m256i z = _mm256_unpackhi_epi8(bSwapped, c[2]);
+        c[0] = x, c[1] = y, c[2] = z;
+    }
+}
+
 // The byte planes of 32 pixels of 4:4:4 read as R reads them (96 source bytes): pixels 0-15 and 16-31 split
-// into byte planes in the two lanes by four rounds of byte unpacks, as the SSE2 build splits 16, then set out
-// as the 16-pixel packs leave them.
+// into byte planes in the two lanes, then set out as the 16-pixel packs leave them.
 template <class R>
 struct SYuv444 {
     static constexpr uint32_t kInBytes = 96;
@@ -279,14 +292,8 @@ struct SYuv444 {
     KAIP_AVX2 static void Planes(const uint8_t* s, __m256i& b, __m256i& g, __m256i& r)
     {
         using L = TLayout444<R>;
-        __m256i c[3] = {Load2(s, s + 48), Load2(s + 16, s + 64), Load2(s + 32, s + 80)};
-        for (int round = 0; round < 4; ++round) {
-            const __m256i bSwapped = _mm256_shuffle_epi32(c[1], 0x4E);
-            const __m256i x = _mm256_unpacklo_epi8(c[0], bSwapped);
-            const __m256i y = _mm256_unpackhi_epi8(c[0], _mm256_slli_si256(c[2], 8));
-            const __m256i z = _mm256_unpackhi_epi8(bSwapped, c[2]);
-            c[0] = x, c[1] = y, c[2] = z;
-        }
+        __m256i c[3];
+        Deinterleave3(s, c);
         YuvPlanes444<VAvx2, typename L::K>(c[L::kY], c[L::kU], c[L::kV], b, g, r);
         b = _mm256_permute4x64_epi64(b, 0xD8), g = _mm256_permute4x64_epi64(g, 0xD8);
         r = _mm256_permute4x64_epi64(r, 0xD8);
@@ -333,6 +340,58 @@ struct KPlanes {
         }
         R rd;
         ConvertGroups(rd, W{}, covered / R::kPixels, dwWidth / R::kPixels, pS, pD);
+    }
+};
+
+// Each of the 8 words of each lane of w over four words: words 0 and 1 in r[0], 2 and 3 in r[1], and so on.
+KAIP_AVX2 inline void Repeat4(__m256i w, __m256i r[4])
+{
+    const __m256i lo = _mm256_unpacklo_epi16(w, w), hi = _mm256_unpackhi_epi16(w, w);
+    r[0] = _mm256_unpacklo_epi32(lo, lo), r[1] = _mm256_unpackhi_epi32(lo, lo);
+    r[2] = _mm256_unpacklo_epi32(hi, hi), r[3] = _mm256_unpackhi_epi32(hi, hi);
+}
+
+// 64 pixels of 4:1:1 (32 halves of three bytes, chroma and lumas where R finds them) to 3 or 4 bytes each as W
+// writes them, the fourth byte 0: each lane converts 32 pixels as the SSE2 build does (U words over four pixels,
+// V words two pixels behind, the first two taking vPrev in the low lane and the low lane's last V in the high
+// one), and each 32-pixel half of the destination takes its planes from the two lanes' packs.
+template <class R, class W>
+struct SYuv411 {
+    static constexpr uint32_t kPixels = 64;
+    // The planes of pixels 0-31 (kSelect 0x20) or 32-63 (0x31) of the packs of pixels 0-15 | 32-47 and 16-31 |
+    // 48-63, in the order StorePlanes<.., true> takes.
+    template <int kSelect>
+    KAIP_AVX2 static __m256i Half(__m256i a, __m256i b)
+    {
+        return _mm256_permutevar8x32_epi32(_mm256_permute2x128_si256(a, b, kSelect),
+                                           _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7));
+    }
+    template <bool kStream>
+    KAIP_AVX2 void Run(const uint8_t* s, uint8_t* d, uint32_t vPrev) const
+    {
+        __m256i c[3], u[4], v[4], planes[2][3];
+        Deinterleave3(s, c);
+        const __m256i ch = c[R::kChroma], zero = _mm256_setzero_si256();
+        Repeat4(_mm256_slli_epi16(ch, 8), u);
+        Repeat4(_mm256_and_si256(ch, _mm256_set1_epi16(int16_t(0xFF00))), v);
+        const __m256i fill =
+            _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_cvtsi32_si128(int(vPrev * 0x01000100u))),
+                                    _mm256_castsi256_si128(_mm256_srli_si256(v[3], 12)), 1);
+        for (int i = 3; i > 0; --i) v[i] = _mm256_or_si256(_mm256_slli_si256(v[i], 4), _mm256_srli_si256(v[i - 1], 12));
+        v[0] = _mm256_or_si256(_mm256_slli_si256(v[0], 4), fill);
+        for (int h = 0; h < 2; ++h) {
+            const __m256i y =
+                h ? _mm256_unpackhi_epi8(c[R::kLuma0], c[R::kLuma1]) : _mm256_unpacklo_epi8(c[R::kLuma0], c[R::kLuma1]);
+            __m256i b0, g0, r0, b1, g1, r1;
+            YuvWords<VAvx2, CYuvCoefficients>(_mm256_unpacklo_epi8(y, zero), u[2 * h], v[2 * h], b0, g0, r0);
+            YuvWords<VAvx2, CYuvCoefficients>(_mm256_unpackhi_epi8(y, zero), u[2 * h + 1], v[2 * h + 1], b1, g1, r1);
+            planes[h][0] = _mm256_packus_epi16(b0, b1), planes[h][1] = _mm256_packus_epi16(g0, g1);
+            planes[h][2] = _mm256_packus_epi16(r0, r1);
+        }
+        const __m256i(&a)[3] = planes[0], (&b)[3] = planes[1];
+        StorePlanes<kStream, W, true>(d, Half<0x20>(a[0], b[0]), Half<0x20>(a[1], b[1]), Half<0x20>(a[2], b[2]));
+        StorePlanes<kStream, W, true>(d + 32 * W::kBytes, Half<0x31>(a[0], b[0]), Half<0x31>(a[1], b[1]),
+                                      Half<0x31>(a[2], b[2]));
     }
 };
 
@@ -393,6 +452,7 @@ int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRevers
 #define KAIP_DEFINE_YUV444_CONVERTER(name, R, W) KAIP_DEFINE_YUV_CONVERTER(SYuv444, name, R, W)
 KAIP_YUV422_CONVERTERS(KAIP_DEFINE_YUV422_CONVERTER)
 KAIP_YUV444_CONVERTERS(KAIP_DEFINE_YUV444_CONVERTER)
+KAIP_YUV411_CONVERTERS(KAIP_DEFINE_YUV411_CONVERTER)
 
 // The 15/16-bit to 24/32-bit members of KAIP_VECTOR_MEMBERS.
 #define KAIP_AVX2_ENTRY(name, R, W, S)                                                                               \

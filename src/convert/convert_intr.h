@@ -54,14 +54,14 @@ int Convert_YCbCr422_8_to_RGB32_intr(KAIP_LINE_PARAMS, bool bReverseLines);
     X(Convert_BGR32_to_BGR24, 1, 1)        \
     X(Convert_RGB32_to_RGB24, 1, 1)        \
     X(Convert_BGR32_to_RGB24, 1, 1)        \
-    X(Convert_Yuv411_to_BGR24, 0, 0)       \
-    X(Convert_Yuv411_to_RGB24, 0, 0)       \
-    X(Convert_Yuv411_to_BGR32, 0, 0)       \
-    X(Convert_Yuv411_to_RGB32, 0, 0)       \
-    X(Convert_Yuv411YYuYYv_to_BGR24, 0, 0) \
-    X(Convert_Yuv411YYuYYv_to_RGB24, 0, 0) \
-    X(Convert_Yuv411YYuYYv_to_BGR32, 0, 0) \
-    X(Convert_Yuv411YYuYYv_to_RGB32, 0, 0) \
+    X(Convert_Yuv411_to_BGR24, 0, 1)       \
+    X(Convert_Yuv411_to_RGB24, 0, 1)       \
+    X(Convert_Yuv411_to_BGR32, 0, 1)       \
+    X(Convert_Yuv411_to_RGB32, 0, 1)       \
+    X(Convert_Yuv411YYuYYv_to_BGR24, 0, 1) \
+    X(Convert_Yuv411YYuYYv_to_RGB24, 0, 1) \
+    X(Convert_Yuv411YYuYYv_to_BGR32, 0, 1) \
+    X(Convert_Yuv411YYuYYv_to_RGB32, 0, 1) \
     X(Convert_Yuv422_to_BGR24, 0, 1)       \
     X(Convert_Yuv422_to_RGB24, 0, 1)       \
     X(Convert_Yuv422_to_BGR32, 0, 1)       \

@@ -504,25 +504,6 @@ struct SYuv411 {
     }
 };
 
-// A 4:1:1 line: steps of S, each given the V of the four pixels before it (128 at the line start), then the rest
-// by the scalar reader R holding the V of the last group the steps converted.
-template <class S, class R, class W>
-struct KYuv411 {
-    uint32_t dwWidth;
-    template <bool kStream>
-    void Line(const uint8_t* pS, uint8_t* pD) const
-    {
-        const uint32_t covered = dwWidth / S::kPixels * S::kPixels;
-        for (uint32_t x = 0; x < covered; x += S::kPixels) {
-            const uint8_t* s = pS + x / 4 * 6;
-            S{}.template Run<kStream>(s, pD + x * W::kBytes, x ? s[int(R::kChroma) - 3] : 128u);
-        }
-        R rd;
-        rd.iV = covered ? pS[covered / 4 * 6 - 3 + R::kChroma] : 128;
-        ConvertGroups(rd, W{}, covered / 4, dwWidth / 4, pS, pD);
-    }
-};
-
 // 16 pixels of 4 bytes in the order O to their greys: the even bytes (B and R) and the odd ones (G and the
 // fourth) as 16-bit pairs, each pair weighted and summed into 32 bits by one multiply-add.
 template <TOrder O>
@@ -760,21 +741,7 @@ int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRevers
 KAIP_YUV422_CONVERTERS(KAIP_DEFINE_YUV422_CONVERTER)
 KAIP_YUV444_CONVERTERS(KAIP_DEFINE_YUV444_CONVERTER)
 
-// The 4:1:1 colour converters: name, scalar reader and writer.
-#define KAIP_YUV411_ENTRY(name, R, W)                                                    \
-    int name(KAIP_LINE_PARAMS, bool bReverseLines)                                       \
-    {                                                                                    \
-        return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
-                        KCached<KYuv411<SYuv411<R, W>, R, W>>{{dwWidth}});               \
-    }
-KAIP_YUV411_ENTRY(Convert_Yuv411_to_BGR24, RYuv411, WBGR24)
-KAIP_YUV411_ENTRY(Convert_Yuv411_to_RGB24, RYuv411, WRGB24)
-KAIP_YUV411_ENTRY(Convert_Yuv411_to_BGR32, RYuv411, WBGR32)
-KAIP_YUV411_ENTRY(Convert_Yuv411_to_RGB32, RYuv411, WRGB32)
-KAIP_YUV411_ENTRY(Convert_Yuv411YYuYYv_to_BGR24, RYuv411YYuYYv, WBGR24)
-KAIP_YUV411_ENTRY(Convert_Yuv411YYuYYv_to_RGB24, RYuv411YYuYYv, WRGB24)
-KAIP_YUV411_ENTRY(Convert_Yuv411YYuYYv_to_BGR32, RYuv411YYuYYv, WBGR32)
-KAIP_YUV411_ENTRY(Convert_Yuv411YYuYYv_to_RGB32, RYuv411YYuYYv, WRGB32)
+KAIP_YUV411_CONVERTERS(KAIP_DEFINE_YUV411_CONVERTER)
 
 // The members of KAIP_VECTOR_MEMBERS with a step of their own: name, scalar reader and writer, step.
 #define KAIP_SSE2_ENTRY(name, R, W, ...)                                    \

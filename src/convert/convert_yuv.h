@@ -116,6 +116,25 @@ struct TLayout444<RYCbCr444> {
     static constexpr int kY = 0, kU = 1, kV = 2;
 };
 
+// A 4:1:1 line: steps of S, each given the V of the four pixels before it (128 at the line start), then the rest
+// by the scalar reader R holding the V of the last group the steps converted.
+template <class S, class R, class W>
+struct KYuv411 {
+    uint32_t dwWidth;
+    template <bool kStream>
+    KAIP_VECTOR_TARGET void Line(const uint8_t* pS, uint8_t* pD) const
+    {
+        const uint32_t covered = dwWidth / S::kPixels * S::kPixels;
+        for (uint32_t x = 0; x < covered; x += S::kPixels) {
+            const uint8_t* s = pS + x / 4 * 6;
+            S{}.template Run<kStream>(s, pD + x * W::kBytes, x ? s[int(R::kChroma) - 3] : 128u);
+        }
+        R rd;
+        rd.iV = covered ? pS[covered / 4 * 6 - 3 + R::kChroma] : 128;
+        ConvertGroups(rd, W{}, covered / 4, dwWidth / 4, pS, pD);
+    }
+};
+
 // The line kernel K with ordinary stores whatever the image size: 4:2:2 colour is arithmetic rather than a move,
 // and at full frames its destination measured faster through the cache than streamed past it.
 template <class K>
@@ -130,3 +149,21 @@ struct KCached {
 
 }  // namespace
 }  // namespace convert
+
+// The 4:1:1 colour converters (name, scalar reader and writer) and, in a vector file next to its step SYuv411,
+// the entry point of one of them.
+#define KAIP_YUV411_CONVERTERS(X)                           \
+    X(Convert_Yuv411_to_BGR24, RYuv411, WBGR24)             \
+    X(Convert_Yuv411_to_RGB24, RYuv411, WRGB24)             \
+    X(Convert_Yuv411_to_BGR32, RYuv411, WBGR32)             \
+    X(Convert_Yuv411_to_RGB32, RYuv411, WRGB32)             \
+    X(Convert_Yuv411YYuYYv_to_BGR24, RYuv411YYuYYv, WBGR24) \
+    X(Convert_Yuv411YYuYYv_to_RGB24, RYuv411YYuYYv, WRGB24) \
+    X(Convert_Yuv411YYuYYv_to_BGR32, RYuv411YYuYYv, WBGR32) \
+    X(Convert_Yuv411YYuYYv_to_RGB32, RYuv411YYuYYv, WRGB32)
+#define KAIP_DEFINE_YUV411_CONVERTER(name, R, W)                                         \
+    int name(KAIP_LINE_PARAMS, bool bReverseLines)                                       \
+    {                                                                                    \
+        return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
+                        KCached<KYuv411<SYuv411<R, W>, R, W>>{{dwWidth}});               \
+    }
