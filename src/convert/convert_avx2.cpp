@@ -205,26 +205,66 @@ struct KMonoWordToMono8 {
     }
 };
 
-// 32 pixels of byte planes b, g, r stored as 3 or 4 bytes each as W writes them, the fourth byte 0. The planes
-// hold the pixels as two 16-pixel packs leave them (pixels 0-7, 16-23 | 8-15, 24-31), or, with kQuads, as the
-// packs leave sources whose 4-pixel quarters were swapped into the order 0, 2, 1, 3 (quads 0, 2, 4, 6 | 1, 3,
-// 5, 7), which the unpacks below turn into pixel order without a lane crossing.
-template <bool kStream, class W, bool kQuads = false>
+// How byte planes of 32 pixels hold them: as two 16-pixel packs leave them (pixels 0-7, 16-23 | 8-15, 24-31); as
+// the packs leave sources whose 4-pixel quarters were swapped into the order 0, 2, 1, 3 (quads 0, 2, 4, 6 | 1, 3,
+// 5, 7), which the unpacks of 4-byte pixels turn into pixel order without a lane crossing; or in pixel order
+// (0-15 | 16-31), from which each lane's 3-byte pixels are shuffled directly.
+enum TPlaneOrder { kPacked, kQuads, kInOrder };
+
+// Byte shuffle controls that set the 16 pixels of a lane of planes in pixel order out as their 48 bytes of 3-byte
+// pixels: c[j][k] takes from the plane of the pixels' k-th byte what falls in bytes 16 j to 16 j + 15 (the rest 0).
+struct TBytes3 {
+    int8_t c[3][3][32];
+};
+constexpr TBytes3 MakeBytes3()
+{
+    TBytes3 t{};
+    for (int j = 0; j < 3; ++j)
+        for (int k = 0; k < 3; ++k)
+            for (int i = 0; i < 32; ++i) {
+                const int n = 16 * j + i % 16;
+                t.c[j][k][i] = n % 3 == k ? int8_t(n / 3) : int8_t(-128);
+            }
+    return t;
+}
+constexpr TBytes3 kBytes3 = MakeBytes3();
+
+// 32 pixels of byte planes b, g, r in the order kOrder (kInOrder for 3-byte pixels only) stored as 3 or 4 bytes
+// each as W writes them, the fourth byte 0.
+template <bool kStream, class W, TPlaneOrder kOrder = kPacked>
 KAIP_AVX2 inline void StorePlanes(uint8_t* d, __m256i b, __m256i g, __m256i r)
 {
-    // The byte unpacks undo the packs' lane order, leaving pixels 0-15 in the low halves and 16-31 in the
-    // high ones (with kQuads pixels 0-7, 8-15, 16-23 and 24-31 in p0 to p3).
-    const __m256i zero = _mm256_setzero_si256();
     const __m256i first = W::kOrder == kBGR ? b : r, third = W::kOrder == kBGR ? r : b;
+    if constexpr (kOrder == kInOrder) {
+        static_assert(W::kBytes == 3, "4-byte pixels come from packed or quad order");
+        // Three 16-byte chunks per lane (pixels 0-15 in the low lane, 16-31 in the high one), each the OR of one
+        // shuffle per plane; the lanes' chunks 0-2 then go to bytes 0-47 and 48-95.
+        __m256i o[3];
+        for (int j = 0; j < 3; ++j) {
+            const auto& c = kBytes3.c[j];
+            o[j] = _mm256_or_si256(
+                _mm256_or_si256(_mm256_shuffle_epi8(first, Load(reinterpret_cast<const uint8_t*>(c[0]))),
+                                _mm256_shuffle_epi8(g, Load(reinterpret_cast<const uint8_t*>(c[1])))),
+                _mm256_shuffle_epi8(third, Load(reinterpret_cast<const uint8_t*>(c[2]))));
+        }
+        Store<kStream>(d, _mm256_permute2x128_si256(o[0], o[1], 0x20));
+        Store<kStream>(d + 32, _mm256_blend_epi32(o[2], o[0], 0xF0));
+        Store<kStream>(d + 64, _mm256_permute2x128_si256(o[1], o[2], 0x31));
+        return;
+    }
+    // The byte unpacks undo the packs' lane order, leaving pixels 0-15 in the low halves and 16-31 in the
+    // high ones (in quad order pixels 0-7, 8-15, 16-23 and 24-31 in p0 to p3).
+    constexpr bool kQuad = kOrder == kQuads;
+    const __m256i zero = _mm256_setzero_si256();
     const __m256i fg0 = _mm256_unpacklo_epi8(first, g), fg1 = _mm256_unpackhi_epi8(first, g);
     const __m256i t0 = _mm256_unpacklo_epi8(third, zero), t1 = _mm256_unpackhi_epi8(third, zero);
     const __m256i p0 = _mm256_unpacklo_epi16(fg0, t0), p1 = _mm256_unpackhi_epi16(fg0, t0);
     const __m256i p2 = _mm256_unpacklo_epi16(fg1, t1), p3 = _mm256_unpackhi_epi16(fg1, t1);
-    const __m256i q0 = kQuads ? p0 : _mm256_permute2x128_si256(p0, p1, 0x20);
-    const __m256i q1 = kQuads ? p1 : _mm256_permute2x128_si256(p0, p1, 0x31);
-    const __m256i q2 = kQuads ? p2 : _mm256_permute2x128_si256(p2, p3, 0x20);
-    const __m256i q3 = kQuads ? p3 : _mm256_permute2x128_si256(p2, p3, 0x31);
-    if constexpr (W::kBytes == 4 && kStream && !kQuads) {
+    const __m256i q0 = kQuad ? p0 : _mm256_permute2x128_si256(p0, p1, 0x20);
+    const __m256i q1 = kQuad ? p1 : _mm256_permute2x128_si256(p0, p1, 0x31);
+    const __m256i q2 = kQuad ? p2 : _mm256_permute2x128_si256(p2, p3, 0x20);
+    const __m256i q3 = kQuad ? p3 : _mm256_permute2x128_si256(p2, p3, 0x31);
+    if constexpr (W::kBytes == 4 && kStream && !kQuad) {
         // Streamed 16 bytes at a time anyway, so each lane goes to its place without crossing lanes first.
         const __m256i p[] = {p0, p1, p2, p3};
         for (int i = 0; i < 4; ++i) {
@@ -255,17 +295,24 @@ KAIP_AVX2 inline void StorePlanes(uint8_t* d, __m256i b, __m256i g, __m256i r)
     }
 }
 
-// The byte planes of 32 pixels of 4:2:2 read as R reads them (64 source bytes), in the order of kQuads: each load's
-// quarters swapped so that its pixels 8-11 sit in the low lane and 4-7 in the high one (a pair never spans two
-// quarters, so each pixel keeps its chroma), which saves the store its lane crossings.
+// The byte planes of 32 pixels of 4:2:2 read as R reads them (64 source bytes), in the order that saves the store
+// its lane crossings: for 4-byte pixels each load's quarters swapped so that its pixels 8-11 sit in the low lane
+// and 4-7 in the high one, for 3-byte pixels the loads' lanes taken 16 bytes apart (a pair never spans two
+// quarters, so each pixel keeps its chroma).
 template <class R>
 struct SYuv422 {
     static constexpr uint32_t kInBytes = 64;
-    static constexpr bool kQuads = true;
+    template <class W>
+    static constexpr TPlaneOrder kOrder = W::kBytes == 3 ? kInOrder : kQuads;
+    template <TPlaneOrder kOrder>
     KAIP_AVX2 static void Planes(const uint8_t* s, __m256i& b, __m256i& g, __m256i& r)
     {
-        YuvPlanes<VAvx2, typename R::TCoefficients, R::kLumaFirst>(
-            _mm256_permute4x64_epi64(Load(s), 0xD8), _mm256_permute4x64_epi64(Load(s + 32), 0xD8), b, g, r);
+        using K = typename R::TCoefficients;
+        if constexpr (kOrder == kInOrder)
+            YuvPlanes<VAvx2, K, R::kLumaFirst>(Load2(s, s + 32), Load2(s + 16, s + 48), b, g, r);
+        else
+            YuvPlanes<VAvx2, K, R::kLumaFirst>(_mm256_permute4x64_epi64(Load(s), 0xD8),
+                                               _mm256_permute4x64_epi64(Load(s + 32), 0xD8), b, g, r);
     }
 };
 
@@ -284,19 +331,24 @@ KAIP_AVX2 inline void Deinterleave3(const uint8_t* s, __m256i c[3])
 }
 
 // The byte planes of 32 pixels of 4:4:4 read as R reads them (96 source bytes): pixels 0-15 and 16-31 split
-// into byte planes in the two lanes, then set out as the 16-pixel packs leave them.
+// into byte planes in the two lanes, which is pixel order, then for 4-byte pixels set out as the 16-pixel packs
+// leave them.
 template <class R>
 struct SYuv444 {
     static constexpr uint32_t kInBytes = 96;
-    static constexpr bool kQuads = false;
+    template <class W>
+    static constexpr TPlaneOrder kOrder = W::kBytes == 3 ? kInOrder : kPacked;
+    template <TPlaneOrder kOrder>
     KAIP_AVX2 static void Planes(const uint8_t* s, __m256i& b, __m256i& g, __m256i& r)
     {
         using L = TLayout444<R>;
         __m256i c[3];
         Deinterleave3(s, c);
         YuvPlanes444<VAvx2, typename L::K>(c[L::kY], c[L::kU], c[L::kV], b, g, r);
-        b = _mm256_permute4x64_epi64(b, 0xD8), g = _mm256_permute4x64_epi64(g, 0xD8);
-        r = _mm256_permute4x64_epi64(r, 0xD8);
+        if constexpr (kOrder == kPacked) {
+            b = _mm256_permute4x64_epi64(b, 0xD8), g = _mm256_permute4x64_epi64(g, 0xD8);
+            r = _mm256_permute4x64_epi64(r, 0xD8);
+        }
     }
 };
 
@@ -305,7 +357,8 @@ struct SYuv444 {
 template <bool k565>
 struct SShort {
     static constexpr uint32_t kInBytes = 64;
-    static constexpr bool kQuads = false;
+    template <class W>
+    static constexpr TPlaneOrder kOrder = kPacked;
     KAIP_AVX2 static void Channels(__m256i w, __m256i& r, __m256i& g, __m256i& b)
     {
         r = k565 ? _mm256_and_si256(_mm256_srli_epi16(w, 8), _mm256_set1_epi16(0xF8))
@@ -313,6 +366,7 @@ struct SShort {
         g = _mm256_srli_epi16(_mm256_and_si256(w, _mm256_set1_epi16(k565 ? 0x7E0 : 0x3E0)), k565 ? 3 : 2);
         b = _mm256_and_si256(_mm256_slli_epi16(w, 3), _mm256_set1_epi16(0xFF));
     }
+    template <TPlaneOrder>
     KAIP_AVX2 static void Planes(const uint8_t* s, __m256i& b, __m256i& g, __m256i& r)
     {
         __m256i r0, g0, b0, r1, g1, b1;
@@ -334,9 +388,10 @@ struct KPlanes {
         const uint32_t covered = Covered(dwWidth);
         for (uint32_t x = 0; x < covered; x += 32) {
             const uint32_t at = StepAt(x, covered);
+            constexpr TPlaneOrder kOrder = S::template kOrder<W>;
             __m256i b, g, r;
-            S::Planes(pS + size_t(at) * S::kInBytes / 32, b, g, r);
-            StorePlanes<kStream, W, S::kQuads>(pD + at * W::kBytes, b, g, r);
+            S::template Planes<kOrder>(pS + size_t(at) * S::kInBytes / 32, b, g, r);
+            StorePlanes<kStream, W, kOrder>(pD + at * W::kBytes, b, g, r);
         }
         R rd;
         ConvertGroups(rd, W{}, covered / R::kPixels, dwWidth / R::kPixels, pS, pD);
@@ -358,13 +413,14 @@ KAIP_AVX2 inline void Repeat4(__m256i w, __m256i r[4])
 template <class R, class W>
 struct SYuv411 {
     static constexpr uint32_t kPixels = 64;
+    static constexpr TPlaneOrder kOrder = W::kBytes == 3 ? kInOrder : kQuads;
     // The planes of pixels 0-31 (kSelect 0x20) or 32-63 (0x31) of the packs of pixels 0-15 | 32-47 and 16-31 |
-    // 48-63, in the order StorePlanes<.., true> takes.
+    // 48-63, in kOrder.
     template <int kSelect>
     KAIP_AVX2 static __m256i Half(__m256i a, __m256i b)
     {
-        return _mm256_permutevar8x32_epi32(_mm256_permute2x128_si256(a, b, kSelect),
-                                           _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7));
+        const __m256i v = _mm256_permute2x128_si256(a, b, kSelect);
+        return kOrder == kInOrder ? v : _mm256_permutevar8x32_epi32(v, _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7));
     }
     template <bool kStream>
     KAIP_AVX2 void Run(const uint8_t* s, uint8_t* d, uint32_t vPrev) const
@@ -389,9 +445,9 @@ struct SYuv411 {
             planes[h][2] = _mm256_packus_epi16(r0, r1);
         }
         const __m256i(&a)[3] = planes[0], (&b)[3] = planes[1];
-        StorePlanes<kStream, W, true>(d, Half<0x20>(a[0], b[0]), Half<0x20>(a[1], b[1]), Half<0x20>(a[2], b[2]));
-        StorePlanes<kStream, W, true>(d + 32 * W::kBytes, Half<0x31>(a[0], b[0]), Half<0x31>(a[1], b[1]),
-                                      Half<0x31>(a[2], b[2]));
+        StorePlanes<kStream, W, kOrder>(d, Half<0x20>(a[0], b[0]), Half<0x20>(a[1], b[1]), Half<0x20>(a[2], b[2]));
+        StorePlanes<kStream, W, kOrder>(d + 32 * W::kBytes, Half<0x31>(a[0], b[0]), Half<0x31>(a[1], b[1]),
+                                        Half<0x31>(a[2], b[2]));
     }
 };
 
