@@ -10,6 +10,13 @@
 
 namespace {
 
+// The high eight bytes of v at p, any alignment, straight from the register (movhpd).
+inline void StoreHigh(uint8_t* p, __m128i v)
+{
+    using TUnalignedDouble = double __attribute__((aligned(1), may_alias));
+    *reinterpret_cast<TUnalignedDouble*>(p) = _mm_castsi128_pd(v)[1];
+}
+
 // Three-byte pixels from words of 0..255 in pairs (e, o: pixels 2k and 2k + 1 in lane k): each
 // pair's six bytes are put together as the words blue | green of e, red of e | blue of o,
 // green | red of o, and stored eight bytes at a time at six-byte steps (the high halves
@@ -28,7 +35,7 @@ inline void StoreBgrPairs(uint8_t* p, __m128i be, __m128i ge, __m128i re, __m128
                           _mm_unpackhi_epi32(hi01, hi2)};
     for (int i = 0; i < 4; ++i) {
         _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 12 * i), q[i]);
-        if (i < 3 || bSpareAfter) _mm_storeh_pd(reinterpret_cast<double*>(p + 12 * i + 6), _mm_castsi128_pd(q[i]));
+        if (i < 3 || bSpareAfter) StoreHigh(p + 12 * i + 6, q[i]);
     }
     if constexpr (!bSpareAfter) {
         const __m128i last = _mm_unpackhi_epi64(q[3], q[3]);
