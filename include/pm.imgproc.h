@@ -391,9 +391,9 @@ KAIP_API KaipStatus KaipBdBilinearInterpolation(const KaipImgInfo* pSrcImgInfo, 
  * the directions whose gradient is at most 1.5 x minimum + 0.5 x (maximum - minimum) are kept,
  * and each missing colour is the pixel's own sample plus the mean, over the kept directions,
  * of that colour's difference to the pixel's colour around the neighbour in the direction.
- * Measured at 2448x2048 on one thread: about 3 to 4 times the bilinear decoder's time with an
- * 8-bit LUT (SSE2 alone and with AVX2), 6.5 to 9 times without a LUT (the bilinear decoder then
- * only averages bytes), 6 to 8 times for 12-bit sources.
+ * Measured at 2448x2048 on one thread: about 2.5 to 4 times the bilinear decoder's time with an
+ * 8-bit LUT (SSE2 alone and with AVX2), 5.5 to 8 times without a LUT (the bilinear decoder then
+ * only averages bytes), 5.5 to 8 times for 12-bit sources.
  * Allocates one strip buffer (about 230 KB; 390 KB for 10- and 12-bit sources with SIMD
  * switched off) per call: when that fails it returns KASTATUS_KAIP_MEMORY_ALLOC_FAILED, after
  * a rebuild of the destination but before any write. */
