@@ -1,5 +1,5 @@
 // apply_lut_avx2_test.cpp: the AVX2 worker of the 8-bit LUT does whole blocks only (its lines against the
-// model, at SIMD levels 0 and 4, are in apply_lut_test.cpp).
+// model, at every SIMD level, are in apply_lut_test.cpp).
 #include <gtest/gtest.h>
 
 #include <vector>
