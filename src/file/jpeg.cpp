@@ -1,6 +1,8 @@
 // jpeg.cpp: baseline JPEG files through the system's IJG libjpeg interface.
 #include <csetjmp>
 #include <cstdio>
+#include <memory>
+#include <new>
 
 // clang-format off
 #include <jpeglib.h>  // after <cstdio>: it uses FILE and size_t without declaring them
@@ -173,10 +175,15 @@ KaipStatus SaveToJpeg(const char* pszFileName, const KaipImgInfo* pSrcImgInfo, u
     if (pSrcImgInfo->Flags & KaipImgFlag_ColorPlanes)
         return Refuse(KASTATUS_KAIP_NOT_SUPPORTED, "%s: color planes not supported", pszFunc);
     g_szErrorMessage[0] = 0;
+    // libjpeg hands the file 4 KiB at a time, each a write call through a stream buffer of that
+    // size; a large buffer of our own (freed after the file is closed) makes a few of them.
+    constexpr size_t kStreamBuffer = size_t(1) << 20;
+    const std::unique_ptr<char[]> pStreamBuffer(new (std::nothrow) char[kStreamBuffer]);
     CFileWriter file;
     if (!pszFileName || !file.Open(pszFileName))
         return Refuse(KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE, "%s: KASTATUS_KAIP_CANNOT_CREATE_WRITE_FILE: %s", pszFunc,
                       pszFileName ? pszFileName : "(null)");
+    if (pStreamBuffer) std::setvbuf(file.Stream(), pStreamBuffer.get(), _IOFBF, kStreamBuffer);
 
     CTempImage converted;
     const KaipImgInfo* pImage = pSrcImgInfo;
