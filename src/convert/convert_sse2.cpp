@@ -690,15 +690,15 @@ struct TStepOf<MBGR32ToRGB24> {
 template <class S, class R, class W>
 int Run(KAIP_LINE_PARAMS, bool bReverseLines, S step, R rd, W wr)
 {
-    return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines,
-                    KSteps<S, R, W>{dwWidth, step, rd, wr});
+    return RunLines<kStreamAbove<R, W>>(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines,
+                                        KSteps<S, R, W>{dwWidth, step, rd, wr});
 }
 
 template <class M, class R, class W, bool kCut = false>
 int Run(KAIP_LINE_PARAMS, bool bReverseLines)
 {
-    return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines,
-                    KSteps<typename TStepOf<M>::T, R, W, kCut>{dwWidth, {}, {}, {}});
+    return RunLines<kStreamAbove<R, W>>(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines,
+                                        KSteps<typename TStepOf<M>::T, R, W, kCut>{dwWidth, {}, {}, {}});
 }
 
 }  // namespace
