@@ -40,6 +40,21 @@ struct V128 {
     static T Set8(int8_t v) { return _mm_set1_epi8(v); }
     static T Avg(T a, T b) { return _mm_avg_epu8(a, b); }  // (a + b + 1) >> 1 per byte
     static T AbsDiff(T a, T b) { return _mm_or_si128(_mm_subs_epu8(a, b), _mm_subs_epu8(b, a)); }  // |a - b| per byte
+    static T MaxU(T a, T b) { return _mm_max_epu8(a, b); }
+    static T MinU(T a, T b) { return _mm_min_epu8(a, b); }
+    static T AddSat(T a, T b) { return _mm_adds_epu8(a, b); }  // unsigned, saturated
+    static T Eq(T a, T b) { return _mm_cmpeq_epi8(a, b); }
+    static T Half(T a) { return _mm_and_si128(_mm_srli_epi16(a, 1), _mm_set1_epi8(0x7F)); }  // a >> 1 per byte
+    template <int H>
+    static T Words(T a)  // bytes of half H as words, in memory order
+    {
+        return H ? _mm_unpackhi_epi8(a, Zero()) : _mm_unpacklo_epi8(a, Zero());
+    }
+    template <int H>
+    static T MaskWords(T m)  // byte masks (0 or -1) of half H as word masks
+    {
+        return H ? _mm_unpackhi_epi8(m, m) : _mm_unpacklo_epi8(m, m);
+    }
     static T Xor(T a, T b) { return _mm_xor_si128(a, b); }
     static T And(T a, T b) { return _mm_and_si128(a, b); }
     static T AndNot(T a, T b) { return _mm_andnot_si128(a, b); }  // ~a & b
@@ -163,6 +178,21 @@ struct V256 {
     static T Set8(int8_t v) { return _mm256_set1_epi8(v); }
     static T Avg(T a, T b) { return _mm256_avg_epu8(a, b); }
     static T AbsDiff(T a, T b) { return _mm256_sub_epi8(_mm256_max_epu8(a, b), _mm256_min_epu8(a, b)); }
+    static T MaxU(T a, T b) { return _mm256_max_epu8(a, b); }
+    static T MinU(T a, T b) { return _mm256_min_epu8(a, b); }
+    static T AddSat(T a, T b) { return _mm256_adds_epu8(a, b); }
+    static T Eq(T a, T b) { return _mm256_cmpeq_epi8(a, b); }
+    static T Half(T a) { return _mm256_and_si256(_mm256_srli_epi16(a, 1), _mm256_set1_epi8(0x7F)); }
+    template <int H>
+    static T Words(T a)
+    {
+        return _mm256_cvtepu8_epi16(H ? _mm256_extracti128_si256(a, 1) : _mm256_castsi256_si128(a));
+    }
+    template <int H>
+    static T MaskWords(T m)
+    {
+        return _mm256_cvtepi8_epi16(H ? _mm256_extracti128_si256(m, 1) : _mm256_castsi256_si128(m));
+    }
     static T Xor(T a, T b) { return _mm256_xor_si256(a, b); }
     static T And(T a, T b) { return _mm256_and_si256(a, b); }
     static T AndNot(T a, T b) { return _mm256_andnot_si256(a, b); }

@@ -268,72 +268,6 @@ inline __m256i MulHi(__m256i a, __m256i b)
 }
 #endif
 
-// Unsigned bytes: the larger, the saturated sum, all ones where equal, the half (truncated); and
-// half Half of a register of byte masks (0 or -1) or of counts as words.
-inline __m128i MaxU8(__m128i a, __m128i b)
-{
-    return _mm_max_epu8(a, b);
-}
-inline __m128i MinU8(__m128i a, __m128i b)
-{
-    return _mm_min_epu8(a, b);
-}
-inline __m128i AddSatU8(__m128i a, __m128i b)
-{
-    return _mm_adds_epu8(a, b);
-}
-inline __m128i EqU8(__m128i a, __m128i b)
-{
-    return _mm_cmpeq_epi8(a, b);
-}
-inline __m128i HalfU8(__m128i a)
-{
-    return _mm_and_si128(_mm_srli_epi16(a, 1), _mm_set1_epi8(0x7F));
-}
-template <int Half>
-inline __m128i MaskWords(__m128i m)
-{
-    return Half ? _mm_unpackhi_epi8(m, m) : _mm_unpacklo_epi8(m, m);
-}
-template <int Half>
-inline __m128i CountWords(__m128i n)
-{
-    return Half ? _mm_unpackhi_epi8(n, _mm_setzero_si128()) : _mm_unpacklo_epi8(n, _mm_setzero_si128());
-}
-
-#if defined(__AVX2__)
-inline __m256i MaxU8(__m256i a, __m256i b)
-{
-    return _mm256_max_epu8(a, b);
-}
-inline __m256i MinU8(__m256i a, __m256i b)
-{
-    return _mm256_min_epu8(a, b);
-}
-inline __m256i AddSatU8(__m256i a, __m256i b)
-{
-    return _mm256_adds_epu8(a, b);
-}
-inline __m256i EqU8(__m256i a, __m256i b)
-{
-    return _mm256_cmpeq_epi8(a, b);
-}
-inline __m256i HalfU8(__m256i a)
-{
-    return _mm256_and_si256(_mm256_srli_epi16(a, 1), _mm256_set1_epi8(0x7F));
-}
-template <int Half>
-inline __m256i MaskWords(__m256i m)
-{
-    return _mm256_cvtepi8_epi16(Half ? _mm256_extracti128_si256(m, 1) : _mm256_castsi256_si128(m));
-}
-template <int Half>
-inline __m256i CountWords(__m256i n)
-{
-    return _mm256_cvtepu8_epi16(Half ? _mm256_extracti128_si256(n, 1) : _mm256_castsi256_si128(n));
-}
-#endif
-
 // ceil(2^K / n) for n = 1..8 lane by lane, as Reciprocal<K> builds it; with AVX2 the words of a
 // table picked by a byte shuffle (bytes 2 (n-1) and 2 (n-1) + 1 of each word's lane). For K = 14
 // SSE2 divides in floats instead: floor(2^14 / n) + 1, one more where n divides 2^14, serves
@@ -471,11 +405,11 @@ __attribute__((always_inline)) inline void Choose(const TStrip<int16_t>& s, uint
         g[7] = V::Avg(dm, at(s.dm, s2, 1));
     }
     T lo = g[0], hi = g[0];
-    for (int m = 1; m < 8; ++m) lo = MinU8(lo, g[m]), hi = MaxU8(hi, g[m]);
-    const T limit = AddSatU8(lo, HalfU8(hi));
+    for (int m = 1; m < 8; ++m) lo = V::MinU(lo, g[m]), hi = V::MaxU(hi, g[m]);
+    const T limit = V::AddSat(lo, V::Half(hi));
     count = V::Zero();
     for (int m = 0; m < 8; ++m) {
-        take[m] = EqU8(MaxU8(g[m], limit), limit);
+        take[m] = V::Eq(V::MaxU(g[m], limit), limit);
         count = V::Sub(count, take[m]);
     }
 }
@@ -498,8 +432,8 @@ __attribute__((always_inline)) inline void EstimateHalf(const TStrip<int16_t>& s
     auto other = [&](int term, int dy, int dx) {
         return W::Load(&s.terms[(y + dy) & 3].other[term][k + ((Par + dx) >> 1)]);
     };
-    auto t = [&](int m) { return MaskWords<Half>(take[m]); };
-    std::conditional_t<Bits == 8, TChosen<W, Bits>, TChosenDeep<W, Bits>> chosen(CountWords<Half>(count));
+    auto t = [&](int m) { return V::template MaskWords<Half>(take[m]); };
+    std::conditional_t<Bits == 8, TChosen<W, Bits>, TChosenDeep<W, Bits>> chosen(V::template Words<Half>(count));
     // Directions in the order of take: north, west, south, east, north-east, north-west, south-west, south-east.
     if constexpr (Green) {
         chosen.template Take2<1, 1>(t(0), other(2, -1, 0), other(0, -1, 0), t(2), other(2, 1, 0), other(0, 1, 0));
