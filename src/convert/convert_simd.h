@@ -283,7 +283,7 @@ struct TShiftPlan : TStep<M, kStepPixels> {
 constexpr uint64_t kNeverStream = ~uint64_t(0);
 template <class R, class W>
 constexpr uint64_t kStreamAbove = 0x100000;
-// 24-bit to 15/16-bit words: cached 0.48-0.64 of memcpy at full frames, streamed 0.43-0.51.
+// 24-bit to 15/16-bit words: cached 0.39-0.64 of memcpy at full frames, streamed 0.34-0.51.
 template <TOrder O>
 constexpr uint64_t kStreamAbove<RBytes<O, 3>, WBGR15> = kNeverStream;
 template <TOrder O>
@@ -299,9 +299,6 @@ template <TOrder O>
 constexpr uint64_t kStreamAbove<RBGR15, WBytes<O, kFourthZero>> = 0x800000;
 template <TOrder O>
 constexpr uint64_t kStreamAbove<RBGR16, WBytes<O, kFourthZero>> = 0x800000;
-// The swap: cached 1.02-1.37 of memcpy at full frames, streamed 0.84-1.12.
-template <>
-constexpr uint64_t kStreamAbove<RRGB24, WBGR24> = kNeverStream;
 
 // Converts every line with K::Line<kStream>(source line, destination line). Non-temporal stores for a
 // destination line that starts on 16 bytes when the image exceeds kAbove bytes, so a large frame does not
