@@ -280,6 +280,8 @@ struct TShiftPlan : TStep<M, kStepPixels> {
 // the reader R's pixels go out by the writer W: 1 MiB, the rule of the named variants, unless measured otherwise
 // (frames of 2448x2048 and 641x479, streamed against cached, same runs). The wider builds keep 1 MiB: with
 // SIMD.Level 4 these families measured faster streamed.
+// The YUV colour converters never stream, in every build: they are arithmetic rather than moves, and at full
+// frames their destinations measured faster through the cache than streamed past it.
 constexpr uint64_t kNeverStream = ~uint64_t(0);
 template <class R, class W>
 constexpr uint64_t kStreamAbove = 0x100000;

@@ -135,18 +135,6 @@ struct KYuv411 {
     }
 };
 
-// The line kernel K with ordinary stores whatever the image size: 4:2:2 colour is arithmetic rather than a move,
-// and at full frames its destination measured faster through the cache than streamed past it.
-template <class K>
-struct KCached {
-    K kernel;
-    template <bool kStream>
-    KAIP_VECTOR_TARGET void Line(const uint8_t* pS, uint8_t* pD) const
-    {
-        kernel.template Line<false>(pS, pD);
-    }
-};
-
 }  // namespace
 }  // namespace convert
 
@@ -164,6 +152,6 @@ struct KCached {
 #define KAIP_DEFINE_YUV411_CONVERTER(name, R, W)                                         \
     int name(KAIP_LINE_PARAMS, bool bReverseLines)                                       \
     {                                                                                    \
-        return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
-                        KCached<KYuv411<SYuv411<R, W>, R, W>>{{dwWidth}});               \
+        return RunLines<kNeverStream>(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
+                                      KYuv411<SYuv411<R, W>, R, W>{dwWidth});                         \
     }
