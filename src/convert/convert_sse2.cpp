@@ -730,11 +730,11 @@ int Convert_MonoWord_to_Mono8(KAIP_LINE_PARAMS, uint32_t dwSrcBits, bool bRevers
 }
 
 // The 4:2:2 and 4:4:4 colour converters, S the family's step.
-#define KAIP_DEFINE_YUV_CONVERTER(S, name, R, W)                                         \
-    int name(KAIP_LINE_PARAMS, bool bReverseLines)                                       \
-    {                                                                                    \
+#define KAIP_DEFINE_YUV_CONVERTER(S, name, R, W)                                                       \
+    int name(KAIP_LINE_PARAMS, bool bReverseLines)                                                     \
+    {                                                                                                  \
         return RunLines<kNeverStream>(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
-                                      KSteps<S<R, W>, R, W>{dwWidth, {}, {}, {}});                    \
+                                      KSteps<S<R, W>, R, W>{dwWidth, {}, {}, {}});                     \
     }
 #define KAIP_DEFINE_YUV422_CONVERTER(name, R, W) KAIP_DEFINE_YUV_CONVERTER(SYuv422, name, R, W)
 #define KAIP_DEFINE_YUV444_CONVERTER(name, R, W) KAIP_DEFINE_YUV_CONVERTER(SYuv444, name, R, W)

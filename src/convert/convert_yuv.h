@@ -149,9 +149,9 @@ struct KYuv411 {
     X(Convert_Yuv411YYuYYv_to_RGB24, RYuv411YYuYYv, WRGB24) \
     X(Convert_Yuv411YYuYYv_to_BGR32, RYuv411YYuYYv, WBGR32) \
     X(Convert_Yuv411YYuYYv_to_RGB32, RYuv411YYuYYv, WRGB32)
-#define KAIP_DEFINE_YUV411_CONVERTER(name, R, W)                                         \
-    int name(KAIP_LINE_PARAMS, bool bReverseLines)                                       \
-    {                                                                                    \
+#define KAIP_DEFINE_YUV411_CONVERTER(name, R, W)                                                       \
+    int name(KAIP_LINE_PARAMS, bool bReverseLines)                                                     \
+    {                                                                                                  \
         return RunLines<kNeverStream>(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
-                                      KYuv411<SYuv411<R, W>, R, W>{dwWidth});                         \
+                                      KYuv411<SYuv411<R, W>, R, W>{dwWidth});                          \
     }
