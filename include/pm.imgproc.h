@@ -392,8 +392,8 @@ KAIP_API KaipStatus KaipBdBilinearInterpolation(const KaipImgInfo* pSrcImgInfo, 
  * and each missing colour is the pixel's own sample plus the mean, over the kept directions,
  * of that colour's difference to the pixel's colour around the neighbour in the direction.
  * Measured at 2448x2048 on one thread: about 2.5 to 4 times the bilinear decoder's time with an
- * 8-bit LUT (SSE2 alone and with AVX2), 5.5 to 8 times without a LUT (the bilinear decoder then
- * only averages bytes), 5.5 to 8 times for 12-bit sources.
+ * 8-bit LUT (SSE2 alone and with AVX2), 5.5 to 9 times without a LUT (the bilinear decoder then
+ * only averages bytes), 5.5 to 9 times for 12-bit sources.
  * Allocates one strip buffer (about 230 KB; 390 KB for 10- and 12-bit sources with SIMD
  * switched off) per call: when that fails it returns KASTATUS_KAIP_MEMORY_ALLOC_FAILED, after
  * a rebuild of the destination but before any write. */
@@ -420,8 +420,8 @@ KAIP_API KaipStatus KaipBdPixelGrouping(const KaipImgInfo* pSrcImgInfo, KaipImgI
  * 2004, in integer sixteenths): each bilinear estimate plus a share of the Laplacian of the
  * pixel's own colour, rounded once; the result is then kept within the range of the samples
  * the bilinear estimate averages, which removes the coloured zipper the plain filters leave
- * beside saturated edges. About 1.6 to 2.3 times the bilinear decoder's time for 8-bit mosaics
- * without a LUT (1.1 to 2.2 for 12-bit ones, 0.9 to 1.6 with a LUT). */
+ * beside saturated edges. About 1.6 to 2.6 times the bilinear decoder's time for 8-bit mosaics
+ * without a LUT (1.1 to 2.3 for 12-bit ones, 0.9 to 1.7 with a LUT). */
 KAIP_API KaipStatus KaipBdBilinearColorCorrection(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
                                                   uint32_t dwDstPixelFormat, uint32_t dwOptions, KaipHLut hLut);
 
