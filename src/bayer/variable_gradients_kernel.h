@@ -255,10 +255,15 @@ void TakePlanes(TStrip<int16_t>& s, uint32_t y, uint32_t n, int greenHalf)
     }
 }
 
-// Signed words of a times b, the high halves of the products.
+// Signed words of a times b, the high halves of the products; a + b saturated.
 inline __m128i MulHi(__m128i a, __m128i b)
 {
     return _mm_mulhi_epi16(a, b);
+}
+
+inline __m128i AddSat(__m128i a, __m128i b)
+{
+    return _mm_adds_epi16(a, b);
 }
 
 #if defined(__AVX2__)
@@ -266,48 +271,53 @@ inline __m256i MulHi(__m256i a, __m256i b)
 {
     return _mm256_mulhi_epi16(a, b);
 }
+
+inline __m256i AddSat(__m256i a, __m256i b)
+{
+    return _mm256_adds_epi16(a, b);
+}
 #endif
 
 // ceil(2^K / n) for n = 1..8 lane by lane, as Reciprocal<K> builds it; with AVX2 the words of a
-// table picked by a byte shuffle (bytes 2 (n-1) and 2 (n-1) + 1 of each word's lane). For K = 14
-// SSE2 divides in floats instead: floor(2^14 / n) + 1, one more where n divides 2^14, serves
-// TChosen's mean as well (see there).
+// table picked by a byte shuffle (bytes 2 (n-1) and 2 (n-1) + 1 of each word's lane). SSE2 divides
+// in floats instead: floor(2^K / n) + 1, one more where n divides 2^K, serves both means as well
+// (see TChosen and TChosenDeep); for K = 15 the quotients are narrowed less 2^15, so that 2^15
+// itself fits, and the words wrap back to 2^15 / n + 1 (unsigned).
 template <class W, int K>
 inline typename W::T Reciprocals(typename W::T n)
 {
-    auto r = [](int32_t t) { return int16_t(((1 << K) + t - 1) / t); };
 #if defined(__AVX2__)
     if constexpr (W::N == 16) {
+        auto r = [](int32_t t) { return int16_t(((1 << K) + t - 1) / t); };
         const __m256i table = _mm256_setr_epi16(r(1), r(2), r(3), r(4), r(5), r(6), r(7), r(8), r(1), r(2), r(3), r(4),
                                                 r(5), r(6), r(7), r(8));
         return _mm256_shuffle_epi8(table, W::Add(W::MulLo(n, W::Set(0x0202)), W::Set(-0x0102)));
-    }
+    } else
 #endif
-    if constexpr (K == 14 && W::N == 8) {
+    {
         const __m128i zero = _mm_setzero_si128();
         auto quotient = [](__m128i d) {
-            return _mm_cvttps_epi32(_mm_div_ps(_mm_set1_ps(16384.0f), _mm_cvtepi32_ps(d)));
+            const __m128i q = _mm_cvttps_epi32(_mm_div_ps(_mm_set1_ps(float(1 << K)), _mm_cvtepi32_ps(d)));
+            return K == 15 ? _mm_sub_epi32(q, _mm_set1_epi32(32768)) : q;
         };
-        return W::Add(W::Pack32(quotient(W::UnpackLo(n, zero)), quotient(W::UnpackHi(n, zero))), W::Set(1));
+        return W::Add(W::Pack32(quotient(W::UnpackLo(n, zero)), quotient(W::UnpackHi(n, zero))),
+                      W::Set(int16_t(K == 15 ? -32767 : 1)));
     }
-    typename W::T m = W::Set(r(8));
-    for (int t = 1; t < 8; ++t)
-        m = W::Add(m, W::And(W::Gt(W::Set(int16_t(t + 1)), n), W::Set(int16_t(r(t) - r(t + 1)))));
-    return m;
 }
 
 // The signed sums of the terms of the chosen directions (S = +1 adds a term, -1 subtracts it;
-// take: all ones where chosen), and the rounded means they give with their count n. With 8-bit
-// samples a sum s of terms lies within +-8160 and the numerator of the per-pixel loop is num =
-// 4 n c + s; its mean floor((num + 2n) / 4n) is floor(u m / 2^14), u = floor((num + 2n) / 4), m
-// from Reciprocals<W, 14>: m n - 2^14 is at most 3 (8 with SSE2's m where n = 8), so that is
-// exact while u < 255 n, and at or above 255 beyond. The result is left unclamped: below 0 for a
-// negative numerator, at least 255 for one above 4n 255, as packing to bytes wants it.
+// take: all ones where chosen) of pixels with sample c, and the rounded means they give with their
+// count n. With 8-bit samples a sum s of terms lies within +-8160 and the numerator of the
+// per-pixel loop is num = 4 n c + s; its mean floor((num + 2n) / 4n) is floor(u m / 2^14), u =
+// floor((num + 2n) / 4), m from Reciprocals<W, 14>: m n - 2^14 is at most 3 (8 with SSE2's m where
+// n = 8), so that is exact while u < 255 n, and at or above 255 beyond. The sums start at 4 n c +
+// 2n, so they end as num + 2n, within a word. The result is left unclamped: below 0 for a negative
+// numerator, at least 255 for one above 4n 255, as packing to bytes wants it.
 template <class W, unsigned Bits>
 struct TChosen {
     using T = typename W::T;
-    T n, a = W::Set(0), b = W::Set(0);
-    explicit TChosen(T count) : n(count) {}
+    T n, a, b;
+    TChosen(T count, T c) : n(count), a(W::MulLo(n, W::Add(W::template Shl<2>(c), W::Set(2)))), b(a) {}
     template <int SA, int SB>
     void Take2(T t0, T a0, T b0, T t1, T a1, T b1)
     {
@@ -318,11 +328,10 @@ struct TChosen {
         take(t0, a0, b0);
         take(t1, a1, b1);
     }
-    void Finish(T c, T& first, T& second) const
+    void Finish(T& first, T& second) const
     {
-        // (num + 2n) & ~3 is 4u: 4 n c + 2n + s, within a word.
-        const T base = W::MulLo(n, W::Add(W::template Shl<2>(c), W::Set(2))), m = Reciprocals<W, 14>(n);
-        auto mean = [&](T sum) { return MulHi(W::And(W::Add(sum, base), W::Set(~3)), m); };
+        const T m = Reciprocals<W, 14>(n);
+        auto mean = [&](T sum) { return MulHi(W::And(sum, W::Set(~3)), m); };  // (num + 2n) & ~3 is 4u
         first = mean(a);
         second = mean(b);
     }
@@ -330,37 +339,41 @@ struct TChosen {
 
 // Deeper samples: the terms still fit words, their sums are 32-bit: the terms of two directions,
 // paired word by word with their take masks (-1), give minus their chosen sum in one multiply-add.
-// The mean floor((num + 2n) / 4n) rises with num, so the clamp of num to 0 .. 4n mask may come
-// after it as a clamp to 0 .. mask; u = (num + 2n) >> 2 = n c + (s + 2n) >> 2 is therefore
-// narrowed to words with saturation (32767 / n still clamps to mask), and floor(u / n) is the
-// high word of 2u ceil(2^15 / n) (u / n at least, less than u / n + 1 as u < 2^15), less one
-// where it times n exceeds u.
+// The sums start at 2n. The mean floor((num + 2n) / 4n) rises with num, so the clamp of num to
+// 0 .. 4n mask may come after it as a clamp to 0 .. mask; u = (num + 2n) >> 2 = n c + (s + 2n) >> 2
+// is therefore taken in words with saturation ((s + 2n) >> 2 narrowed, then n c added; 32767 / n
+// still clamps to mask, and below -32768 the sum stays negative), and floor(u / n) is the high
+// word of 2u m, m from Reciprocals<W, 15> (u / n at least, less than u / n + 1 as u < 2^15),
+// less one where it times n exceeds u.
 template <class W, unsigned Bits>
 struct TChosenDeep {
     using T = typename W::T;
-    T n;
-    T a[2] = {W::Set(0), W::Set(0)}, b[2] = {W::Set(0), W::Set(0)};  // pixels of UnpackLo, UnpackHi
-    explicit TChosenDeep(T count) : n(count) {}
+    T n, c;
+    T a[2], b[2];  // pixels of UnpackLo, UnpackHi
+    TChosenDeep(T count, T sample) : n(count), c(sample)
+    {
+        const T twoN = W::Add(n, n), zero = W::Set(0);
+        a[0] = b[0] = W::UnpackLo(twoN, zero);
+        a[1] = b[1] = W::UnpackHi(twoN, zero);
+    }
     template <int SA, int SB>
     void Take2(T t0, T a0, T b0, T t1, T a1, T b1)
     {
         const T tLo = W::UnpackLo(t0, t1), tHi = W::UnpackHi(t0, t1);
-        auto add = [&](T(&minus)[2], int sign, T e0, T e1) {
-            const T lo = W::MAdd(W::UnpackLo(e0, e1), tLo), hi = W::MAdd(W::UnpackHi(e0, e1), tHi);
-            minus[0] = sign > 0 ? W::Add32(minus[0], lo) : W::Sub32(minus[0], lo);
-            minus[1] = sign > 0 ? W::Add32(minus[1], hi) : W::Sub32(minus[1], hi);
+        auto add = [&](T(&sum)[2], int sign, T e0, T e1) {
+            const T lo = W::MAdd(W::UnpackLo(e0, e1), tLo), hi = W::MAdd(W::UnpackHi(e0, e1), tHi);  // minus
+            sum[0] = sign > 0 ? W::Sub32(sum[0], lo) : W::Add32(sum[0], lo);
+            sum[1] = sign > 0 ? W::Sub32(sum[1], hi) : W::Add32(sum[1], hi);
         };
         add(a, SA, a0, a1);
         add(b, SB, b0, b1);
     }
-    void Finish(T c, T& first, T& second) const
+    __attribute__((always_inline)) void Finish(T& first, T& second) const
     {
-        const T zero = W::Set(0), twoN = W::Add(n, n), nc = W::MulLo(n, c), m = Reciprocals<W, 15>(n);
-        const T twoN32[2] = {W::UnpackLo(twoN, zero), W::UnpackHi(twoN, zero)};
-        const T nc32[2] = {W::UnpackLo(nc, zero), W::UnpackHi(nc, zero)};
-        auto mean = [&](const T(&minus)[2]) {
-            auto u32 = [&](int h) { return W::Add32(nc32[h], W::template Sar32<2>(W::Sub32(twoN32[h], minus[h]))); };
-            const T u = W::Max(W::Pack32(u32(0), u32(1)), zero), q = W::MulHiU(W::Add(u, u), m);
+        const T zero = W::Set(0), nc = W::MulLo(n, c), m = Reciprocals<W, 15>(n);
+        auto mean = [&](const T(&sum)[2]) {
+            const T part = W::Pack32(W::template Sar32<2>(sum[0]), W::template Sar32<2>(sum[1]));
+            const T u = W::Max(AddSat(part, nc), zero), q = W::MulHiU(W::Add(u, u), m);
             const T low = W::Add(q, W::template Sar<15>(W::Sub(u, W::MulLo(q, n))));
             return W::Min(low, W::Set(int16_t(TDepth<Bits>::kMask1)));
         };
@@ -433,7 +446,8 @@ __attribute__((always_inline)) inline void EstimateHalf(const TStrip<int16_t>& s
         return W::Load(&s.terms[(y + dy) & 3].other[term][k + ((Par + dx) >> 1)]);
     };
     auto t = [&](int m) { return V::template MaskWords<Half>(take[m]); };
-    std::conditional_t<Bits == 8, TChosen<W, Bits>, TChosenDeep<W, Bits>> chosen(V::template Words<Half>(count));
+    std::conditional_t<Bits == 8, TChosen<W, Bits>, TChosenDeep<W, Bits>> chosen(
+        V::template Words<Half>(count), W::Load(&At<Par>(s.src[y & 7], k, 0)));
     // Directions in the order of take: north, west, south, east, north-east, north-west, south-west, south-east.
     if constexpr (Green) {
         chosen.template Take2<1, 1>(t(0), other(2, -1, 0), other(0, -1, 0), t(2), other(2, 1, 0), other(0, 1, 0));
@@ -446,7 +460,7 @@ __attribute__((always_inline)) inline void EstimateHalf(const TStrip<int16_t>& s
         chosen.template Take2<1, 1>(t(4), other(4, -1, 1), other(5, -1, 1), t(6), other(4, 1, -1), other(5, 1, -1));
         chosen.template Take2<1, 1>(t(5), other(6, -1, -1), other(7, -1, -1), t(7), other(6, 1, 1), other(7, 1, 1));
     }
-    chosen.Finish(W::Load(&At<Par>(s.src[y & 7], k, 0)), first, second);
+    chosen.Finish(first, second);
 }
 
 // Both parities of a line of n columns block by block, so that the second finds the rows both
