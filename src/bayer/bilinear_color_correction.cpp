@@ -115,11 +115,12 @@ void ScalarSpan(const TKernel& k, const TSiteLines<TKernel> (&lines)[2], const T
     }
 }
 
-// Interior lines 2..h-3: vector blocks from the first red or blue column (2 or 3) where the
-// switches allow, the scalar rule for the columns before and after them; then the second ring
-// by the bilinear rule, its columns while their lines are still in the cache. The vector blocks read
-// the source lines split by column parity, each line split once into a ring of five (pRing:
-// 10 halves of dwHalf words); without a ring the scalar rule decodes everything.
+// Interior lines 2..h-3: vector blocks from the first red or blue column (1 or 2) to column w-2
+// or w-3 where the switches allow (the pixels they write in the second ring are rewritten), the
+// scalar rule elsewhere; then the columns of both rings while their lines are still in the cache.
+// The vector blocks read the source lines split by column parity, each line split once into a
+// ring of five (pRing: 10 halves of dwHalf words, and the words around them for the second
+// ring's pixels); without a ring the scalar rule decodes everything.
 template <unsigned Bits, uint32_t DstBytes>
 void RunColorCorrection(const TBayerPlanes& p, const TBayerLut& lut, TColorCorrectionVector vec, uint16_t* pRing,
                         uint32_t dwHalf, uint32_t w, uint32_t h)
@@ -146,31 +147,33 @@ void RunColorCorrection(const TBayerPlanes& p, const TBayerLut& lut, TColorCorre
         const bool bRedLine = IsRedLine(y, p.bShiftLine);
         uint8_t* pOut = p.pDst + size_t(y) * p.dwDstLineIncrement;
         // Column 2 holds red in a red line when the column toggle is clear, blue in a blue line when it is set.
-        const uint32_t xv = bRedLine == !p.bShiftColumn ? 2 : 3;
+        const uint32_t xv = bRedLine == !p.bShiftColumn ? 2 : 1;
         // Every line splits the one two below, also where it has no block but the next has; the
         // blocks split the columns they span themselves.
         if (!pRing || xv + vec.dwBlock > w - 2) {
             if (pRing) split(y + 2);
             ScalarSpan(k, lines, s, bRedLine, pOut, 2, w - 2);
         } else {
-            // Whole blocks, the last one moved back to end at the last red or blue column that
-            // leaves room for it (it writes some pixels twice, with the same bytes). Bytes a
-            // block writes beyond its end are rewritten by what follows it, column w-2 included.
+            // Whole blocks, the last one moved back to start at the last red or blue column that
+            // leaves it room up to column w-2 (it writes some pixels twice, with the same bytes;
+            // column w-2, read beyond, and the bytes a block writes after its end are rewritten
+            // by what follows it).
             const uint32_t xe = xv + (w - 2 - xv) / vec.dwBlock * vec.dwBlock;
-            const uint32_t xl = (w - 2 - vec.dwBlock - xv) / 2 * 2 + xv;  // start of the last block
+            const uint32_t xl = (w - 1 - vec.dwBlock - xv) / 2 * 2 + xv;  // start of the last block
             const TSplitLine rows[5] = {ring(y - 2), ring(y - 1), ring(y), ring(y + 1), ring(y + 2)};
-            ScalarSpan(k, lines, s, bRedLine, pOut, 2, xv);
             vec.line(rows, pOut, xv, xe, bRedLine, lut, source(y + 2));
             if (xe < w - 2) vec.line(rows, pOut, xl, xl + vec.dwBlock, bRedLine, lut, source(y + 2));
             splitColumns(y + 2, 0, xv);
             splitColumns(y + 2, std::max(xe, xl + vec.dwBlock), w);
-            ScalarSpan(k, lines, s, bRedLine, pOut, xl + vec.dwBlock, w - 2);
         }
         RunInterior(ring2, p, h, 1, 2, y, y + 1);
         RunInterior(ring2, p, h, w - 2, w - 1, y, y + 1);
+        FrameColumns(p, lut, Bits, DstBytes, w, y);
     }
-    RunInterior(ring2, p, h, 1, w - 1, 1, 2);
-    RunInterior(ring2, p, h, 1, w - 1, h - 2, h - 1);
+    for (const uint32_t y : {1u, h - 2}) {
+        RunInterior(ring2, p, h, 1, w - 1, y, y + 1);
+        FrameColumns(p, lut, Bits, DstBytes, w, y);
+    }
 }
 
 }  // namespace
@@ -189,15 +192,16 @@ KaipStatus BdBilinearColorCorrection(const KaipImgInfo* pSrcImgInfo, KaipImgInfo
     if (w > 4 && h > 4) {
         const TColorCorrectionVector vec = ColorCorrectionVector_intr(job.dwBits, dwDstBytes, hLut == nullptr);
         const uint32_t dwHalf = (w / 2 + 16) / 16 * 16;  // words per half line, the reads one beyond included
-        auto* pRing =
-            vec.line ? static_cast<uint16_t*>(oxOsBufferCreateAligned(uint64_t(10) * dwHalf * 2, 64, 0)) : nullptr;
+        const uint64_t qwRingBytes = uint64_t(10) * dwHalf * 2;
+        auto* pRing = vec.line ? static_cast<uint16_t*>(oxOsBufferCreateAligned(qwRingBytes, 64, 0)) : nullptr;
+        if (pRing) std::memset(pRing, 0, qwRingBytes);  // the words around the halves are read too
         WithDepth(job.dwBits, [&](auto bits) {
             WithPixelBytes(dwDstBytes,
                            [&](auto bytes) { RunColorCorrection<bits, bytes>(planes, lut, vec, pRing, dwHalf, w, h); });
         });
         if (pRing) oxOsBufferFree(pRing);
         CalculateFrame1(job.src.pData, w, h, job.src.LineIncrement, job.dwBits, job.bShiftLine, job.bShiftColumn,
-                        job.pDst->pData, job.pDst->LineIncrement, dwDstBytes * 8, hLut);
+                        job.pDst->pData, job.pDst->LineIncrement, dwDstBytes * 8, hLut, false);
     } else {
         FinishFrames(job, dwDstBytes, hLut);
     }

@@ -16,9 +16,11 @@ struct TSplitLine {
 using TColorCorrectionSplit = void (*)(const uint8_t* pLine, uint32_t dwWidth, const TSplitLine& out);
 
 // Decodes the pixels x0..x1-1 of one interior line from the split lines around it (rows[2] the
-// line itself). x0 must be a red or blue column, x1 - x0 a multiple of the block, x0 >= 2 and
-// x1 <= width - 2. bRedLine: the line holds red sites. The bytes are those of the scalar rule;
-// three-byte pixels may also spill two bytes into pixel x1, which the caller rewrites later.
+// line itself). x0 must be a red or blue column, x1 - x0 a multiple of the block, x0 >= 1 and
+// x1 <= width - 1. bRedLine: the line holds red sites. The bytes are those of the scalar rule,
+// except in columns 1 and width-2, whose neighbours two away lie outside the image (the words
+// before and after a split line's halves are read instead); three-byte pixels may also spill
+// two bytes into pixel x1. The caller rewrites all of these later.
 // pBelow: the source line of rows[4] (two below), whose columns x0..x1-1 the worker splits into
 // rows[4] as it reads them (the caller splits the others).
 using TColorCorrectionLine = void (*)(const TSplitLine (&rows)[5], uint8_t* pOut, uint32_t x0, uint32_t x1,

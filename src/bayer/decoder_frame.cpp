@@ -198,60 +198,51 @@ void FramePixel(const TFrameArgs& a, uint32_t x, uint32_t y)
     }
 }
 
-// Line 0 and the last line whole, then the first and last column of the lines between.
+// Line 0 and the last line whole, then (bColumns) the first and last column of the lines between.
 template <unsigned Bits, uint32_t DstBytes>
-void RunFrame(const TFrameArgs& a, uint32_t dwWidth, uint32_t dwHeight)
+void RunFrame(const TFrameArgs& a, uint32_t dwWidth, uint32_t dwHeight, bool bColumns)
 {
     const uint32_t yLast = dwHeight - 1, xLast = dwWidth - 1;
     for (uint32_t x = 0; x < dwWidth; ++x) FramePixel<Bits, DstBytes>(a, x, 0);
     if (yLast > 0) {
         for (uint32_t x = 0; x < dwWidth; ++x) FramePixel<Bits, DstBytes>(a, x, yLast);
     }
-    for (uint32_t y = 1; y < yLast; ++y) {
+    for (uint32_t y = 1; bColumns && y < yLast; ++y) {
         FramePixel<Bits, DstBytes>(a, 0, y);
         if (xLast > 0) FramePixel<Bits, DstBytes>(a, xLast, y);
     }
 }
 
-template <unsigned Bits>
-void RunFrameOfDepth(const TFrameArgs& a, uint32_t dwDstBitsPerPixel, uint32_t dwWidth, uint32_t dwHeight)
+// Calls f with the depth (8, 10, 12) and the destination pixel size (1, 3, 4) as compile-time constants.
+template <class F>
+void WithFrameKind(uint32_t dwSrcBits, uint32_t dwDstBytes, F&& f)
 {
-    switch (dwDstBitsPerPixel) {
-        case 8:
-            RunFrame<Bits, 1>(a, dwWidth, dwHeight);
-            break;
-        case 24:
-            RunFrame<Bits, 3>(a, dwWidth, dwHeight);
-            break;
-        case 32:
-            RunFrame<Bits, 4>(a, dwWidth, dwHeight);
-            break;
-        default:
-            break;
-    }
+    WithDepth(dwSrcBits, [&](auto bits) {
+        if (dwDstBytes == 1) f(bits, std::integral_constant<uint32_t, 1>{});
+        WithPixelBytes(dwDstBytes, [&](auto bytes) { f(bits, bytes); });
+    });
 }
 
 }  // namespace
 
 void CalculateFrame1(const uint8_t* pSrc, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwSrcLineIncrement,
                      uint32_t dwSrcBits, bool bShiftLine, bool bShiftColumn, uint8_t* pDst, uint32_t dwDstLineIncrement,
-                     uint32_t dwDstBitsPerPixel, KaipHLut hLut)
+                     uint32_t dwDstBitsPerPixel, KaipHLut hLut, bool bColumns)
 {
     TFrameArgs a{{pSrc, dwSrcLineIncrement, pDst, dwDstLineIncrement, bShiftLine, bShiftColumn}, {}};
-    if (dwWidth == 0 || dwHeight == 0 || !ResolveBayerLut(hLut, dwSrcBits, a.lut)) return;
-    switch (dwSrcBits) {
-        case 8:
-            RunFrameOfDepth<8>(a, dwDstBitsPerPixel, dwWidth, dwHeight);
-            break;
-        case 10:
-            RunFrameOfDepth<10>(a, dwDstBitsPerPixel, dwWidth, dwHeight);
-            break;
-        case 12:
-            RunFrameOfDepth<12>(a, dwDstBitsPerPixel, dwWidth, dwHeight);
-            break;
-        default:
-            break;
-    }
+    if (dwWidth == 0 || dwHeight == 0 || dwDstBitsPerPixel % 8 || !ResolveBayerLut(hLut, dwSrcBits, a.lut)) return;
+    WithFrameKind(dwSrcBits, dwDstBitsPerPixel / 8,
+                  [&](auto bits, auto bytes) { RunFrame<bits, bytes>(a, dwWidth, dwHeight, bColumns); });
+}
+
+void FrameColumns(const TBayerPlanes& p, const TBayerLut& lut, uint32_t dwBits, uint32_t dwDstBytes, uint32_t dwWidth,
+                  uint32_t y)
+{
+    const TFrameArgs a{p, lut};
+    WithFrameKind(dwBits, dwDstBytes, [&](auto bits, auto bytes) {
+        FramePixel<bits, bytes>(a, 0, y);
+        FramePixel<bits, bytes>(a, dwWidth - 1, y);
+    });
 }
 
 void CalculateFrame2(const uint8_t* pSrc, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwSrcLineIncrement,

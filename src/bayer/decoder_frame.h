@@ -53,10 +53,11 @@ KaipStatus SelectBayerLut(const char* pszFunc, KaipHLut hLut, uint32_t dwBits, T
 // Writes line 0, line height-1, column 0 and column width-1 from 2x2 blocks (see the .cpp).
 // Colour destinations (24 or 32 bits per pixel) get blue, green, red (and 0) whatever
 // their channel order; Mono8 (8 bits) gets the green output of the block's mean.
-// The image must be at least 2x2: the blocks reach one pixel inwards.
+// The image must be at least 2x2: the blocks reach one pixel inwards. bColumns false leaves the
+// columns of lines 1..height-2 to FrameColumns.
 void CalculateFrame1(const uint8_t* pSrc, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwSrcLineIncrement,
                      uint32_t dwSrcBits, bool bShiftLine, bool bShiftColumn, uint8_t* pDst, uint32_t dwDstLineIncrement,
-                     uint32_t dwDstBitsPerPixel, KaipHLut hLut);
+                     uint32_t dwDstBitsPerPixel, KaipHLut hLut, bool bColumns = true);
 
 // The second ring (line 1, line height-2, column 1 and column width-2 between them) by the
 // bilinear interior rule, for decoders whose interior reads two pixels on each side. Same
@@ -190,6 +191,11 @@ void RunInterior(const Kernel& k, const TBayerPlanes& p, uint32_t dwHeight, uint
         (bRedLine ? redLine : blueLine)(k, pUp, pCur, pDown, p.pDst + size_t(y) * p.dwDstLineIncrement, x0, x1);
     }
 }
+
+// Column 0 and column width-1 of line y (0 < y < height-1) as CalculateFrame1 writes them, for
+// decoders that write them while the line is still in the cache. dwDstBytes: 3 or 4.
+void FrameColumns(const TBayerPlanes& p, const TBayerLut& lut, uint32_t dwBits, uint32_t dwDstBytes, uint32_t dwWidth,
+                  uint32_t y);
 
 // The planes of a checked job: source mosaic in, destination pixels out.
 inline TBayerPlanes JobPlanes(const TBayerJob& job)
