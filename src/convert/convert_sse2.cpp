@@ -525,12 +525,13 @@ struct SGrey32 {
     }
 };
 
-// 16 pixels of 3 bytes in the order O to 15-bit (k565 false) or 16-bit words, as Pack555 and Pack565 do, 8 at a
-// time. Lane i of X holds the source word with pixel i's first byte, lane i of Z the one with its third (each
-// gathered by dword unpacks of loads 0, 6 or 2, 8 bytes into the 24), so every channel byte is the low or the
-// high byte of X or Z. Each channel's top bits reach their field by a multiply per lane (by 2^s for a shift left
-// by s, the high half of a multiply by 2^(16 - s) for a shift right) and a mask; fields of one source and one
-// direction in different lanes share a multiply (a slot).
+// 16 pixels of 3 bytes in the order O to 15-bit (k565 false) or 16-bit words, as Pack555 and Pack565 do, the even
+// pixel pairs (0-1, 4-5, 8-9, 12-13) in one register and the odd ones in another, interleaved by dwords at the end.
+// Dword k of X holds the source bytes 0-3 of its pair, those of Z bytes 2-5 (each picked by one dword shuffle from
+// two loads 24 bytes apart), so lane i of X holds the source word with pixel i's first byte, lane i of Z the one
+// with its third, and every channel byte is the low or the high byte of X or Z. Each channel's top bits reach
+// their field by a multiply per lane (by 2^s for a shift left by s, the high half of a multiply by 2^(16 - s) for a
+// shift right) and a mask; fields of one source and one direction in different lanes share a multiply (a slot).
 template <bool k565, TOrder O>
 struct SBytesToShort {
     static constexpr uint32_t kPixels = 16, kInBytes = 48, kOutBytes = 32;
@@ -561,12 +562,20 @@ struct SBytesToShort {
     }
     static constexpr TSlots kSlots = Make();
     static __m128i Row(const uint16_t (&v)[8]) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(v)); }
+    // A slot whose fields are all in place already needs its mask alone (the lanes it leaves out are masked to 0).
+    static constexpr bool InPlace(const uint16_t (&mul)[8], int kDir)
+    {
+        bool b = kDir == 0;
+        for (uint16_t m : mul) b = b && m <= 1;
+        return b;
+    }
     template <int kSrc, int kDir, int kSlot>
     static void Add(__m128i& w, __m128i v)
     {
+        constexpr auto& mul = kSlots.mul[kSrc][kDir][kSlot];
         if constexpr (kSlots.used[kSrc][kDir][kSlot]) {
-            const __m128i m = Row(kSlots.mul[kSrc][kDir][kSlot]);
-            const __m128i x = kDir ? _mm_mulhi_epu16(v, m) : _mm_mullo_epi16(v, m);
+            __m128i x = v;
+            if constexpr (!InPlace(mul, kDir)) x = kDir ? _mm_mulhi_epu16(v, Row(mul)) : _mm_mullo_epi16(v, Row(mul));
             w = _mm_or_si128(w, _mm_and_si128(x, Row(kSlots.mask[kSrc][kDir][kSlot])));
         }
     }
@@ -576,24 +585,26 @@ struct SBytesToShort {
         Add<kSrc, 0, 0>(w, v), Add<kSrc, 0, 1>(w, v), Add<kSrc, 0, 2>(w, v);
         Add<kSrc, 1, 0>(w, v), Add<kSrc, 1, 1>(w, v), Add<kSrc, 1, 2>(w, v);
     }
-    // Lanes 0-3 of unpacklo32(a, b) and 4-7 of unpackhi32(a, b).
-    static __m128i Gather(__m128i a, __m128i b)
+    // Dwords 0 and 3 of the 16 bytes at a, then of those at b.
+    static __m128i Ends(const uint8_t* a, const uint8_t* b)
     {
-        return _mm_castpd_si128(
-            _mm_move_sd(_mm_castsi128_pd(_mm_unpackhi_epi32(a, b)), _mm_castsi128_pd(_mm_unpacklo_epi32(a, b))));
+        return _mm_castps_si128(
+            _mm_shuffle_ps(_mm_castsi128_ps(Load(a)), _mm_castsi128_ps(Load(b)), (kPick<0, 3, 0, 3>)));
     }
-    static __m128i Eight(const uint8_t* s)
+    // The words of the four pixel pairs starting at s, s + 12, s + 24 and s + 36.
+    static __m128i Pairs(const uint8_t* s)
     {
         __m128i w = _mm_setzero_si128();
-        AddAll<0>(w, Gather(Load(s), Load(s + 6)));
-        AddAll<1>(w, Gather(Load(s + 2), Load(s + 8)));
+        AddAll<0>(w, Ends(s, s + 24));
+        AddAll<1>(w, Ends(s + 2, s + 26));
         return w;
     }
     template <bool kStream>
     void Run(const uint8_t* s, uint8_t* d) const
     {
-        Store<kStream>(d, Eight(s));
-        Store<kStream>(d + 16, Eight(s + 24));
+        const __m128i even = Pairs(s), odd = Pairs(s + 6);
+        Store<kStream>(d, _mm_unpacklo_epi32(even, odd));
+        Store<kStream>(d + 16, _mm_unpackhi_epi32(even, odd));
     }
 };
 
