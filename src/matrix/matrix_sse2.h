@@ -106,98 +106,123 @@ struct TVec128 {
     KAIP_MATRIX_REGISTER_OPS(_mm, si128)
 };
 
-// Colour correction of 8-bit pixels of iStep bytes (red at byte iRed), 16 at a time, a pixel in each
-// 32-bit lane. Each weight is split as c = 128 x h + l (l = c & 127), and three pmaddwd give the
-// scalar sum modulo 2^32: the words (byte 0 x 128, byte 2 x 128) by (h0, h2), (byte 0, byte 2) by
-// (l0, l2) and (byte 1 x 128, byte 1) by (h1, l1); exact while every h fits 16 bits (entries within
-// about +-64000; else nothing is done here and 0 returned). >> 16 is arithmetic and the saturating packs
-// clamp to 0..255. Three-byte pixels are read 8 bytes (two pixels) at a time and written 8 bytes at a
-// time, in order, each store's last two bytes rewritten by the next; the last two pixels are written
-// 4 bytes each, the fourth byte as read (the next pixel's first), so a block runs only while a pixel
+// Colour correction of 8-bit pixels of iStep bytes (red at byte iRed), 8 at a time, a pixel in each
+// 32-bit lane; the pmaddwd sums equal the scalar ones modulo 2^32, >> 16 is arithmetic and the
+// saturating packs clamp to 0..255. With bPairs (every weight off the diagonal fits 16 bits, and each
+// on it less 65536: the saturation matrices' case), output o is two pmaddwd, the words (byte 0,
+// byte 2) and (byte 1, byte 1 x 128) by 16-bit weights, plus its own byte x 65536 taken from the
+// lanes themselves (byte 0 + byte 2 x 65536 is x02 as a 32-bit number, its weight on byte 0 one less).
+// Else each weight is split as c = 128 x h + l (l = c & 127) and three pmaddwd take the words (byte 0
+// x 128, byte 2 x 128) by (h0, h2), (byte 0, byte 2) by (l0, l2) and (byte 1 x 128, byte 1) by (h1, l1).
+// Three-byte pixels are read 4 bytes each and written 8 bytes (two pixels and two more) at a time, in
+// order, each store's last two bytes rewritten by the next; the last store's two extra bytes are the
+// source's own (the next pixel's first two, read before any store), so a block runs only while a pixel
 // follows it. Returns the pixels done.
-template <class TIsa, int iStep>
+template <class TIsa, int iStep, bool bPairs>
 uint32_t CorrectBytesSse2(const uint8_t* pSrc, uint8_t* pDst, uint32_t dwWidth, const int32_t* c, int iRed)
 {
-    for (int i = 0; i < 9; ++i)
-        if ((c[i] >> 7) != int16_t(c[i] >> 7)) return 0;
     auto pair = [](int32_t lo, int32_t hi) {
         return _mm_set1_epi32(int32_t((uint32_t(lo) & 0xFFFF) | uint32_t(hi) << 16));
     };
     // Matrix row (output) and column (input) of byte position o.
     auto index = [&](int o) { return o == iRed ? 0 : o == 1 ? 1 : 2; };
-    __m128i hi02[3], lo02[3], hilo1[3];
+    __m128i w02[3], w02s[3], w1[3];
     for (int o = 0; o < 3; ++o) {
         const int32_t* w = c + 3 * index(o);
-        const int32_t w0 = w[index(0)], w1 = w[index(1)], w2 = w[index(2)];
-        hi02[o] = pair(w0 >> 7, w2 >> 7), lo02[o] = pair(w0 & 127, w2 & 127);
-        hilo1[o] = pair(w1 >> 7, w1 & 127);
+        const int32_t c0 = w[index(0)], c1 = w[index(1)], c2 = w[index(2)];
+        if constexpr (bPairs) {
+            w02[o] = pair(c0 - (o == 0 ? 65536 : o == 2), c2 - (o == 2 ? 65536 : 0));
+            w1[o] = pair(c1 & 127, c1 >> 7);
+        } else {
+            w02s[o] = pair(c0 >> 7, c2 >> 7), w02[o] = pair(c0 & 127, c2 & 127), w1[o] = pair(c1 >> 7, c1 & 127);
+        }
     }
     auto load = [](const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); };
     const __m128i zero = _mm_setzero_si128(), lowBytes = _mm_set1_epi32(0x00FF00FF), byte1 = _mm_set1_epi32(0xFF00);
-    const __m128i fourth = _mm_set1_epi32(int32_t(0xFF000000)), even = _mm_set_epi32(0, -1, 0, -1);
-    const __m128i low3 = _mm_set1_epi64x(0xFFFFFF), next3 = _mm_set1_epi64x(0xFFFFFF000000);
-    // 4 pixels from p in 32-bit lanes: with three bytes, two 8-byte halves, the odd pixel of each moved
-    // up by a byte.
-    auto lanes = [&](const uint8_t* p) {
-        if constexpr (iStep == 4) {
-            return load(p);
-        } else {
-            const __m128i u = _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)),
-                                                 _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + 6)));
-            return _mm_or_si128(_mm_and_si128(even, u), _mm_andnot_si128(even, _mm_slli_epi64(u, 8)));
-        }
-    };
-    // The sums of byte position o of 4 pixels, >> 16.
+    const __m128i even = _mm_set_epi32(0, -1, 0, -1);
+    // The sums of byte position o of 4 pixels (their bytes 0 to 2 in v's 32-bit lanes), >> 16.
     auto sums = [&](__m128i v, __m128i out[3]) {
         const __m128i b1 = _mm_and_si128(v, byte1), x02 = _mm_and_si128(v, lowBytes);
-        const __m128i x02s = _mm_slli_epi16(x02, 7), x1 = _mm_or_si128(_mm_srli_epi32(b1, 1), _mm_slli_epi32(b1, 8));
-        for (int o = 0; o < 3; ++o) {
-            const __m128i s02 = _mm_add_epi32(_mm_madd_epi16(x02s, hi02[o]), _mm_madd_epi16(x02, lo02[o]));
-            out[o] = _mm_srai_epi32(_mm_add_epi32(s02, _mm_madd_epi16(x1, hilo1[o])), 16);
+        if constexpr (bPairs) {
+            // The words (byte 1, byte 1 x 128) and, as 32-bit lanes, byte 0 x 65536 and x02 itself,
+            // byte 0 + byte 2 x 65536.
+            const __m128i x1 = _mm_or_si128(_mm_srli_epi32(b1, 8), _mm_slli_epi32(b1, 15));
+            const __m128i extra[3] = {_mm_slli_epi32(x02, 16), zero, x02};
+            for (int o = 0; o < 3; ++o) {
+                __m128i s = _mm_add_epi32(_mm_madd_epi16(x02, w02[o]), _mm_madd_epi16(x1, w1[o]));
+                if (o != 1) s = _mm_add_epi32(s, extra[o]);
+                out[o] = _mm_srai_epi32(s, 16);
+            }
+        } else {
+            const __m128i x02s = _mm_slli_epi16(x02, 7),
+                          x1 = _mm_or_si128(_mm_srli_epi32(b1, 1), _mm_slli_epi32(b1, 8));
+            for (int o = 0; o < 3; ++o) {
+                const __m128i s02 = _mm_add_epi32(_mm_madd_epi16(x02s, w02s[o]), _mm_madd_epi16(x02, w02[o]));
+                out[o] = _mm_srai_epi32(_mm_add_epi32(s02, _mm_madd_epi16(x1, w1[o])), 16);
+            }
         }
     };
+    // 4 pixels from p in 32-bit lanes; three-byte pixels each with the next one's first byte, from
+    // 4-byte loads.
+    auto load4 = [](const uint8_t* p) {
+        int32_t i;
+        std::memcpy(&i, p, 4);
+        return _mm_cvtsi32_si128(i);
+    };
+    auto lanes = [&](const uint8_t* p) {
+        if constexpr (iStep == 4) return load(p);
+        return _mm_unpacklo_epi64(_mm_unpacklo_epi32(load4(p), load4(p + 3)),
+                                  _mm_unpacklo_epi32(load4(p + 6), load4(p + 9)));
+    };
     uint32_t x = 0;
-    for (; x + 16 + (iStep == 3) <= dwWidth; x += 16) {
+    for (; x + 8 + (iStep == 3) <= dwWidth; x += 8) {
         const uint8_t* p = pSrc + size_t(x) * iStep;
         uint8_t* q = pDst + size_t(x) * iStep;
-        const __m128i v[4] = {lanes(p), lanes(p + 4 * iStep), lanes(p + 8 * iStep), lanes(p + 12 * iStep)};
-        __m128i words[3][2];  // byte position o of pixels 0-7 and 8-15, saturated to 16 bits
-        for (int h = 0; h < 2; ++h) {
-            __m128i s0[3], s1[3];
-            sums(v[2 * h], s0), sums(v[2 * h + 1], s1);
-            for (int o = 0; o < 3; ++o) words[o][h] = _mm_packs_epi32(s0[o], s1[o]);
-        }
-        const __m128i b0 = _mm_packus_epi16(words[0][0], words[0][1]), b1 = _mm_packus_epi16(words[1][0], words[1][1]);
-        const __m128i b2 = _mm_packus_epi16(words[2][0], words[2][1]);
-        const __m128i pairs[2] = {_mm_unpacklo_epi8(b0, b1), _mm_unpackhi_epi8(b0, b1)};
-        const __m128i thirds[2] = {_mm_unpacklo_epi8(b2, zero), _mm_unpackhi_epi8(b2, zero)};
-        __m128i out[4];  // pixels 4g to 4g + 3, the fourth byte 0
-        for (int h = 0; h < 2; ++h) {
-            out[2 * h] = _mm_unpacklo_epi16(pairs[h], thirds[h]);
-            out[2 * h + 1] = _mm_unpackhi_epi16(pairs[h], thirds[h]);
-        }
+        __m128i s0[3], s1[3];
+        sums(lanes(p), s0), sums(lanes(p + 4 * iStep), s1);
+        // Byte positions 0 and 1 of the 8 pixels clamped to bytes, then position 2 as words.
+        const __m128i b01 = _mm_packus_epi16(_mm_packs_epi32(s0[0], s1[0]), _mm_packs_epi32(s0[1], s1[1]));
+        const __m128i w2 = _mm_packs_epi32(s0[2], s1[2]);
+        const __m128i pairs = _mm_unpacklo_epi8(b01, _mm_srli_si128(b01, 8));
+        const __m128i thirds = _mm_unpacklo_epi8(_mm_packus_epi16(w2, w2), zero);
+        // Pixels 0 to 3 and 4 to 7, the fourth byte 0.
+        const __m128i out[2] = {_mm_unpacklo_epi16(pairs, thirds), _mm_unpackhi_epi16(pairs, thirds)};
         if constexpr (iStep == 4) {
-            // The destination's own fourth bytes, all read before the first store.
-            __m128i kept[4];
-            for (int g = 0; g < 4; ++g) kept[g] = _mm_and_si128(load(q + 16 * g), fourth);
-            for (int g = 0; g < 4; ++g)
+            // The destination's own fourth bytes, both read before the first store.
+            const __m128i fourth = _mm_set1_epi32(int32_t(0xFF000000));
+            const __m128i kept[2] = {_mm_and_si128(load(q), fourth), _mm_and_si128(load(q + 16), fourth)};
+            for (int g = 0; g < 2; ++g)
                 _mm_storeu_si128(reinterpret_cast<__m128i*>(q + 16 * g), _mm_or_si128(out[g], kept[g]));
         } else {
-            for (int g = 0; g < 4; ++g) {
-                // Two pixels of three bytes at the bottom of each 64-bit half.
-                const __m128i packed =
-                    _mm_or_si128(_mm_and_si128(out[g], low3), _mm_and_si128(_mm_srli_epi64(out[g], 8), next3));
+            // The next pixel's first two bytes as read, for the last store's top.
+            const __m128i tail = _mm_slli_si128(load4(p + 24), 14);
+            for (int g = 0; g < 2; ++g) {
+                // Two pixels of three bytes at the bottom of each 64-bit half; the odd pixel's fourth
+                // byte (0) moves down with it, so the half's top two bytes are 0.
+                __m128i packed =
+                    _mm_or_si128(_mm_and_si128(even, out[g]), _mm_srli_epi64(_mm_andnot_si128(even, out[g]), 8));
+                if (g == 1) packed = _mm_or_si128(packed, tail);
                 _mm_storel_epi64(reinterpret_cast<__m128i*>(q + 12 * g), packed);
-                if (g < 3) _mm_storeh_pi(reinterpret_cast<__m64*>(q + 12 * g + 6), _mm_castsi128_ps(packed));
+                _mm_storeh_pi(reinterpret_cast<__m64*>(q + 12 * g + 6), _mm_castsi128_ps(packed));
             }
-            const __m128i last = _mm_or_si128(out[3], _mm_and_si128(v[3], fourth));
-            const int32_t aiLast[2] = {_mm_cvtsi128_si32(_mm_srli_si128(last, 8)),
-                                       _mm_cvtsi128_si32(_mm_srli_si128(last, 12))};
-            std::memcpy(q + 42, &aiLast[0], 4);
-            std::memcpy(q + 45, &aiLast[1], 4);
         }
     }
     return x;
+}
+
+// The variant for the weights c: pairs where they allow, else the split weights while every h fits 16
+// bits (entries within about +-64000); else 0 pixels done.
+template <class TIsa, int iStep>
+uint32_t CorrectBytesSse2(const uint8_t* pSrc, uint8_t* pDst, uint32_t dwWidth, const int32_t* c, int iRed)
+{
+    auto fits = [](int32_t v) { return v == int16_t(v); };
+    bool bPairs = true, bSplit = true;
+    for (int i = 0; i < 9; ++i) {
+        bPairs = bPairs && (i % 4 == 0 ? fits(c[i] - 65536) : fits(c[i]) && fits(c[i] - 1));
+        bSplit = bSplit && fits(c[i] >> 7);
+    }
+    if (bPairs) return CorrectBytesSse2<TIsa, iStep, true>(pSrc, pDst, dwWidth, c, iRed);
+    return bSplit ? CorrectBytesSse2<TIsa, iStep, false>(pSrc, pDst, dwWidth, c, iRed) : 0;
 }
 
 // What a tag built for 128-bit registers brings (matrix_sse2.cpp, matrix_sse4.cpp): the registers of

@@ -102,21 +102,48 @@ TEST(ApplyRgbColorCorrection, MatchesModelOnRandomImages)
     }
 }
 
+// The matrices of the twin test: moderate entries (now and then one wrapping the sums), full-range
+// ones, saturation matrices, sensor-like ones (diagonal 1.0 to 2.5, rows summing to 1.0), entries on
+// the edges of the vector variants' ranges, and moderate ones with small weights off the diagonal.
+std::array<int32_t, 9> TwinMatrix(std::mt19937& gen)
+{
+    std::array<int32_t, 9> m = RandomMatrix(gen);
+    const int32_t edges[] = {-501, -500, 0, 499, 500, 1000, 1499, 1500, 64000, -64001};
+    switch (gen() % 8) {
+        case 0:
+            for (int32_t& v : m) v = int32_t(gen()) / int32_t(1 + gen() % 40000);
+            break;
+        case 1:
+        case 2:
+        case 3:
+            KaipSetSaturationMatrix(gen() % 301, m.data());
+            break;
+        case 4:
+            for (int r = 0; r < 3; ++r) {
+                const int32_t diagonal = 1000 + int32_t(gen() % 1501), left = -int32_t(gen() % (diagonal - 999));
+                m[4 * r] = diagonal, m[3 * r + (r + 1) % 3] = left, m[3 * r + (r + 2) % 3] = 1000 - diagonal - left;
+            }
+            break;
+        case 5:
+            for (int32_t& v : m) v = edges[gen() % std::size(edges)];
+            break;
+        case 6:
+            for (int i : {1, 2, 3, 5, 6, 7}) m[i] %= 500;
+            break;
+    }
+    return m;
+}
+
 // The vector workers of the 8-bit formats write exactly the baseline's bytes: every width (every tail),
 // both line orders, padded lines, in place and into a sentinel-filled destination, with and without a
-// LUT, moderate matrices (the vector case) and now and then entries large enough to wrap the 32-bit
-// sums or to leave the vector case.
+// LUT, over the matrices of TwinMatrix.
 TEST(ApplyRgbColorCorrection, VectorWorkersWriteTheBaselineBytes)
 {
     uint32_t seeds = 40000;
     for (const TCcFormat& f : kFormats) {
         if (f.depth != 8) continue;
         ForEachTwinLine(seeds, [&](uint32_t w, uint32_t flags, uint32_t seed, std::mt19937& gen) {
-            std::array<int32_t, 9> m = RandomMatrix(gen);
-            if (gen() % 4 == 0)
-                for (int32_t& v : m) v = int32_t(gen()) / int32_t(1 + gen() % 40000);
-            if (gen() % 3 == 0)  // off the diagonal within +-499, as a saturation matrix's
-                for (int i : {1, 2, 3, 5, 6, 7}) m[i] %= 500;
+            const std::array<int32_t, 9> m = TwinMatrix(gen);
             const bool inPlace = gen() % 2, bLut = gen() % 3 == 0;
             SCOPED_TRACE(testing::Message()
                          << "seed " << seed << " format 0x" << std::hex << f.code << std::dec << " width " << w
