@@ -328,6 +328,12 @@ struct TChosen {
         take(t0, a0, b0);
         take(t1, a1, b1);
     }
+    template <int SA0, int SB0, int SA1, int SB1>
+    void Take4(T t0, T a0, T b0, T t1, T a1, T b1, T t2, T a2, T b2, T t3, T a3, T b3)
+    {
+        Take2<SA0, SB0>(t0, a0, b0, t1, a1, b1);
+        Take2<SA1, SB1>(t2, a2, b2, t3, a3, b3);
+    }
     void Finish(T& first, T& second) const
     {
         const T m = Reciprocals<W, 14>(n);
@@ -337,8 +343,7 @@ struct TChosen {
     }
 };
 
-// Deeper samples: the terms still fit words, their sums are 32-bit: the terms of two directions,
-// paired word by word with their take masks (-1), give minus their chosen sum in one multiply-add.
+// Deeper samples: the terms still fit words (within +-16380), their sums are 32-bit (see Take4).
 // The sums start at 2n. The mean floor((num + 2n) / 4n) rises with num, so the clamp of num to
 // 0 .. 4n mask may come after it as a clamp to 0 .. mask; u = (num + 2n) >> 2 = n c + (s + 2n) >> 2
 // is therefore taken in words with saturation ((s + 2n) >> 2 narrowed, then n c added; 32767 / n
@@ -356,17 +361,19 @@ struct TChosenDeep {
         a[0] = b[0] = W::UnpackLo(twoN, zero);
         a[1] = b[1] = W::UnpackHi(twoN, zero);
     }
-    template <int SA, int SB>
-    void Take2(T t0, T a0, T b0, T t1, T a1, T b1)
+    // Two directions' chosen terms summed in words (within +-32760), two such sums paired word
+    // by word and added to the 32-bit sums in one multiply-add whose weights carry their signs.
+    template <int SA0, int SB0, int SA1, int SB1>
+    void Take4(T t0, T a0, T b0, T t1, T a1, T b1, T t2, T a2, T b2, T t3, T a3, T b3)
     {
-        const T tLo = W::UnpackLo(t0, t1), tHi = W::UnpackHi(t0, t1);
-        auto add = [&](T(&sum)[2], int sign, T e0, T e1) {
-            const T lo = W::MAdd(W::UnpackLo(e0, e1), tLo), hi = W::MAdd(W::UnpackHi(e0, e1), tHi);  // minus
-            sum[0] = sign > 0 ? W::Sub32(sum[0], lo) : W::Add32(sum[0], lo);
-            sum[1] = sign > 0 ? W::Sub32(sum[1], hi) : W::Add32(sum[1], hi);
+        auto pair = [](T m0, T e0, T m1, T e1) { return W::Add(W::And(m0, e0), W::And(m1, e1)); };
+        auto add = [](T(&sum)[2], T x, T y, T weights) {
+            sum[0] = W::Add32(sum[0], W::MAdd(W::UnpackLo(x, y), weights));
+            sum[1] = W::Add32(sum[1], W::MAdd(W::UnpackHi(x, y), weights));
         };
-        add(a, SA, a0, a1);
-        add(b, SB, b0, b1);
+        auto weights = [](int s0, int s1) { return W::Set32(int32_t(uint32_t(uint16_t(s0)) | uint32_t(uint16_t(s1)) << 16)); };
+        add(a, pair(t0, a0, t1, a1), pair(t2, a2, t3, a3), weights(SA0, SA1));
+        add(b, pair(t0, b0, t1, b1), pair(t2, b2, t3, b3), weights(SB0, SB1));
     }
     __attribute__((always_inline)) void Finish(T& first, T& second) const
     {
@@ -450,15 +457,16 @@ __attribute__((always_inline)) inline void EstimateHalf(const TStrip<int16_t>& s
         V::template Words<Half>(count), W::Load(&At<Par>(s.src[y & 7], k, 0)));
     // Directions in the order of take: north, west, south, east, north-east, north-west, south-west, south-east.
     if constexpr (Green) {
-        chosen.template Take2<1, 1>(t(0), other(2, -1, 0), other(0, -1, 0), t(2), other(2, 1, 0), other(0, 1, 0));
-        chosen.template Take2<1, 1>(t(1), other(1, 0, -1), other(3, 0, -1), t(3), other(1, 0, 1), other(3, 0, 1));
-        chosen.template Take2<-1, -1>(t(4), green(0, -1, 1), green(1, -1, 1), t(5), green(0, -1, -1), green(1, -1, -1));
-        chosen.template Take2<-1, -1>(t(6), green(0, 1, -1), green(1, 1, -1), t(7), green(0, 1, 1), green(1, 1, 1));
+        chosen.template Take4<1, 1, 1, 1>(t(0), other(2, -1, 0), other(0, -1, 0), t(2), other(2, 1, 0), other(0, 1, 0),
+                                          t(1), other(1, 0, -1), other(3, 0, -1), t(3), other(1, 0, 1), other(3, 0, 1));
+        chosen.template Take4<-1, -1, -1, -1>(t(4), green(0, -1, 1), green(1, -1, 1), t(5), green(0, -1, -1),
+                                              green(1, -1, -1), t(6), green(0, 1, -1), green(1, 1, -1), t(7),
+                                              green(0, 1, 1), green(1, 1, 1));
     } else {
-        chosen.template Take2<1, 1>(t(0), green(0, -1, 0), green(2, -1, 0), t(2), green(0, 1, 0), green(2, 1, 0));
-        chosen.template Take2<1, -1>(t(1), green(1, 0, -1), green(2, 0, -1), t(3), green(1, 0, 1), green(2, 0, 1));
-        chosen.template Take2<1, 1>(t(4), other(4, -1, 1), other(5, -1, 1), t(6), other(4, 1, -1), other(5, 1, -1));
-        chosen.template Take2<1, 1>(t(5), other(6, -1, -1), other(7, -1, -1), t(7), other(6, 1, 1), other(7, 1, 1));
+        chosen.template Take4<1, 1, 1, -1>(t(0), green(0, -1, 0), green(2, -1, 0), t(2), green(0, 1, 0), green(2, 1, 0),
+                                           t(1), green(1, 0, -1), green(2, 0, -1), t(3), green(1, 0, 1), green(2, 0, 1));
+        chosen.template Take4<1, 1, 1, 1>(t(4), other(4, -1, 1), other(5, -1, 1), t(6), other(4, 1, -1), other(5, 1, -1),
+                                          t(5), other(6, -1, -1), other(7, -1, -1), t(7), other(6, 1, 1), other(7, 1, 1));
     }
     chosen.Finish(first, second);
 }
