@@ -141,6 +141,13 @@ void Blocks(const TSplitLine (&rows)[5], uint8_t* pOut, uint32_t x0, uint32_t x1
     const uint8_t* const pSplit = pBelow + size_t(x0) * TDepth<Bits>::kBytes;
     uint16_t* const pBelowEven = rows[4].half[x0 & 1] + (x0 >> 1);
     uint16_t* const pBelowOdd = rows[4].half[(x0 + 1) & 1] + ((x0 + 1) >> 1);
+    // Each block asks for the output lines a few blocks ahead of its stores: waiting stores fill the
+    // store queue while their lines are read, which stalls the loop (12% at SSE2, 6-14% at AVX2).
+    auto prefetch = [](const uint8_t* q) {
+        for (uint32_t k = 0; k < V::N * DstBytes; k += 64) {
+            _mm_prefetch(reinterpret_cast<const char*>(q + 1536 + k), _MM_HINT_T0);
+        }
+    };
     auto filters = [&](size_t i) {
         T even, odd;
         SplitSamples<W, Bits>(pSplit + 2 * i * TDepth<Bits>::kBytes, even, odd);
@@ -151,6 +158,7 @@ void Blocks(const TSplitLine (&rows)[5], uint8_t* pOut, uint32_t x0, uint32_t x1
     if constexpr (Use == TLutUse::Read) {
         alignas(32) uint16_t index[3][V::N];
         for (uint32_t x = x0; x < x1; x += V::N) {
+            prefetch(pOut + size_t(x) * DstBytes);
             const TChannels<W> ch = filters((x - x0) / 2);
             for (int i = 0; i < 3; ++i) {
                 V::StoreWords(index[i], W::UnpackLo(ch.even[i], ch.odd[i]), W::UnpackHi(ch.even[i], ch.odd[i]));
@@ -178,6 +186,7 @@ void Blocks(const TSplitLine (&rows)[5], uint8_t* pOut, uint32_t x0, uint32_t x1
         // Steps of i words in the split lines, 2 i columns in the source and the output.
         uint8_t* p = pOut + size_t(x0) * DstBytes;
         for (size_t i = 0, n = (x1 - x0) / 2; i < n; i += W::N, p += V::N * DstBytes) {
+            prefetch(p);
             const TChannels<W> ch = filters(i);
             if constexpr (DstBytes == 3 && !V::kShuffle) {
                 V::StorePairs(p, shift(ch.even[kBlue]), shift(ch.even[1]), shift(ch.even[kRed]), shift(ch.odd[kBlue]),
