@@ -420,8 +420,8 @@ KAIP_API KaipStatus KaipBdPixelGrouping(const KaipImgInfo* pSrcImgInfo, KaipImgI
  * 2004, in integer sixteenths): each bilinear estimate plus a share of the Laplacian of the
  * pixel's own colour, rounded once; the result is then kept within the range of the samples
  * the bilinear estimate averages, which removes the coloured zipper the plain filters leave
- * beside saturated edges. About 1.5 to 1.8 times the bilinear decoder's time for 8-bit mosaics
- * without a LUT (1.1 to 1.8 for 12-bit ones, 1.2 to 1.8 with a LUT). */
+ * beside saturated edges. About 1.4 to 1.8 times the bilinear decoder's time for 8-bit mosaics
+ * without a LUT (1.1 to 1.9 for 12-bit ones, 1.1 to 1.8 with a LUT). */
 KAIP_API KaipStatus KaipBdBilinearColorCorrection(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgInfo,
                                                   uint32_t dwDstPixelFormat, uint32_t dwOptions, KaipHLut hLut);
 
