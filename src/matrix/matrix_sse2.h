@@ -194,8 +194,11 @@ uint32_t CorrectBytesSse2(const uint8_t* pSrc, uint8_t* pDst, uint32_t dwWidth, 
             for (int g = 0; g < 2; ++g)
                 _mm_storeu_si128(reinterpret_cast<__m128i*>(q + 16 * g), _mm_or_si128(out[g], kept[g]));
         } else {
-            // The next pixel's first two bytes as read, for the last store's top.
-            const __m128i tail = _mm_slli_si128(load4(p + 24), 14);
+            // The next pixel's first two bytes as read (only those: the pixel may end the buffer), for
+            // the last store's top.
+            uint16_t wTail;
+            std::memcpy(&wTail, p + 24, 2);
+            const __m128i tail = _mm_insert_epi16(zero, wTail, 7);
             for (int g = 0; g < 2; ++g) {
                 // Two pixels of three bytes at the bottom of each 64-bit half; the odd pixel's fourth
                 // byte (0) moves down with it, so the half's top two bytes are 0.

@@ -203,7 +203,7 @@ inline std::vector<std::unique_ptr<GuardedImage>> SourceAndDestination(uint32_t 
                                                                        uint32_t seed)
 {
     std::vector<std::unique_ptr<GuardedImage>> images;
-    images.push_back(MakeImage(width, height, format, pixelBytes, flags, 1 + seed % 5, seed));
+    images.push_back(MakeImage(width, height, format, pixelBytes, flags, seed % 5, seed));
     images.push_back(MakeImage(width, height, format, pixelBytes, flags, 3, 0));
     return images;
 }
