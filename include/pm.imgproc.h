@@ -409,7 +409,7 @@ KAIP_API KaipStatus KaipBdVariableGradients(const KaipImgInfo* pSrcImgInfo, Kaip
  * kept between the two values; otherwise the mean plus half that step. At red and blue sites
  * the transit runs along the diagonal of smaller gradient. The best PSNR of the library
  * (35.4 dB), at 4.2 to 5.4 times the bilinear decoder's time for 8-bit mosaics without a LUT
- * (3.4 to 4.4 with AVX2), about 3 to 3.5 times for 12-bit ones and with a LUT.
+ * (3.1 to 4.4 with AVX2), about 3 to 3.5 times for 12-bit ones and with a LUT.
  * Allocates line buffers per call (about 26 bytes per column; 12 with SIMD.Level 0): when that
  * fails it returns KASTATUS_KAIP_MEMORY_ALLOC_FAILED, after a rebuild of the destination but
  * before any write. */
