@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include "general/geometry_test_util.h"
-#include "support/log_capture.h"
 
 using namespace geotest;
 
@@ -80,35 +79,7 @@ TEST(CopyArea, WorkedValues)
     auto one = RandomImage(5, 1, mono8, 0, KaipImgFlag_BottomUp, 3);
     ASSERT_EQ(KaipCopyArea(&up->info, &one->info, 0, 0, 5, 1, 0), 0);
     EXPECT_EQ(0, std::memcmp(one->info.pData, up->info.pData + 10, 5));
-}
 
-TEST(CopyArea, RefusalsAndTheirLogLines)
-{
-    const TFormat mono8{KaipPixelFormat_Mono8, 1};
-    auto src = RandomImage(10, 6, mono8, 0, 0, 1);
-    auto dst = RandomImage(4, 3, mono8, 0, 0, 2);
-    const auto before = Bytes(dst->info);
-    LogCapture log;
-    // Outside the source (the random rectangles of the model test meet every side and the empty ones).
-    EXPECT_EQ(KaipCopyArea(&src->info, &dst->info, 12, -3, 4, 5, 0), KASTATUS_KAIP_DST_RECT_OUTSIDE_SRC);
-    // Offsets and sizes whose sum does not fit in 32 bits.
-    EXPECT_EQ(KaipCopyArea(&src->info, &dst->info, INT32_MAX, 0, INT32_MAX, 3, 0), KASTATUS_KAIP_DST_RECT_OUTSIDE_SRC);
-    EXPECT_EQ(KaipCopyArea(&src->info, &dst->info, INT32_MIN, 0, -1, 3, 0), KASTATUS_KAIP_DST_RECT_OUTSIDE_SRC);
-    // A clipped size other than the destination's, without the option.
-    EXPECT_EQ(KaipCopyArea(&src->info, &dst->info, 8, 0, 4, 3, 0), KASTATUS_KAIP_INCOMPATIBLE_DST);
-    const auto lines = log.Lines();
-    ASSERT_EQ(lines.size(), 4u);
-    EXPECT_EQ(lines[0],
-              "KaipCopyArea: the specified rect is outside the bitmap: iYOffset=-3, iXOffset=12, iDstWidth=4, "
-              "iDstHeight=5");
-    EXPECT_EQ(lines[3],
-              "KaipCopyArea: the destination bitmap has incompatible info and KaipOption_ReallocateDst is "
-              "not set.");
-    auto mono16 = RandomImage(4, 3, {KaipPixelFormat_Mono16, 2}, 0, 0, 3);
-    EXPECT_EQ(KaipCopyArea(&src->info, &mono16->info, 0, 0, 4, 3, 0), KASTATUS_KAIP_INCOMPATIBLE_SRC_DST_PIXEL_FORMAT);
-    auto packed = RandomImage(10, 6, {KaipPixelFormat_Mono12Packed, 2}, 0, 0, 4);
-    EXPECT_EQ(KaipCopyArea(&packed->info, &mono16->info, 0, 0, 4, 3, 0), KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT);
-    EXPECT_EQ(Bytes(dst->info), before);
     // A larger destination is rebuilt to the clipped size, keeping the option's flags.
     auto large = RandomImage(10, 6, mono8, 0, 0, 5);
     KaipImgInfo& info = large->info;
@@ -118,6 +89,32 @@ TEST(CopyArea, RefusalsAndTheirLogLines)
     EXPECT_EQ(info.LineIncrement, 4u);
     EXPECT_EQ(info.Flags, KaipImgFlag_Align4 | KaipImgFlag_DataAllocated);
     KaipDeallocateImageData(&info);
+}
+
+// Rectangles outside the source (the random ones of the model test meet every side and the empty ones), sums
+// beyond 32 bits, a clipped size other than the destination's without the option, and the formats.
+TEST(CopyArea, Refusals)
+{
+    const TFormat mono8{KaipPixelFormat_Mono8, 1}, mono16{KaipPixelFormat_Mono16, 2};
+    using I = KaipImgInfo*;
+    auto copy = [](int32_t x, int32_t y, int32_t w, int32_t h) {
+        return [=](I s, I d) { return KaipCopyArea(s, d, x, y, w, h, 0); };
+    };
+    const KaipStatus outside = KASTATUS_KAIP_DST_RECT_OUTSIDE_SRC;
+    // clang-format off
+    ExpectRefusals({
+        {"outside", mono8, mono8, false, 0, copy(12, -3, 4, 5), outside,
+         "KaipCopyArea: the specified rect is outside the bitmap: iYOffset=-3, iXOffset=12, iDstWidth=4, "
+         "iDstHeight=5"},
+        {"sum beyond 32 bits", mono8, mono8, false, 0, copy(INT32_MAX, 0, INT32_MAX, 3), outside},
+        {"sum below 32 bits", mono8, mono8, false, 0, copy(INT32_MIN, 0, -1, 3), outside},
+        {"clipped size", mono8, mono8, false, 0, copy(2, 0, 4, 3), KASTATUS_KAIP_INCOMPATIBLE_DST,
+         "KaipCopyArea: the destination bitmap has incompatible info and KaipOption_ReallocateDst is not set."},
+        {"other format", mono8, mono16, false, 0, copy(0, 0, 4, 3), KASTATUS_KAIP_INCOMPATIBLE_SRC_DST_PIXEL_FORMAT},
+        {"packed", {KaipPixelFormat_Mono12Packed, 2}, mono16, false, 0, copy(0, 0, 4, 3),
+         KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT},
+    });
+    // clang-format on
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include "general/geometry_test_util.h"
-#include "support/log_capture.h"
 
 using namespace geotest;
 
@@ -86,26 +85,21 @@ TEST(Deinterlace, WorkedValues)
     EXPECT_EQ(out[1], 0x0421);
 }
 
+// In place a line may hold at most 8192 bytes; a destination has no limit.
 TEST(Deinterlace, Refusals)
 {
-    // The in-place limit on the line length; a destination has none.
-    auto wide = RandomImage(8193, 3, {KaipPixelFormat_Mono8, 1}, 0, 0, 1);
-    auto wideDst = RandomImage(8193, 3, {KaipPixelFormat_Mono8, 1}, 0, 0, 2);
-    const auto before = Bytes(wide->info);
-    {
-        LogCapture log;
-        EXPECT_EQ(KaipDeinterlace(&wide->info, nullptr, 0), KASTATUS_KAIP_LINE_INCREMENT_TOO_BIG);
-        EXPECT_EQ(log.Lines(), std::vector<std::string>{"KaipDeinterlace: line increment too big: 8193"});
-    }
-    EXPECT_EQ(Bytes(wide->info), before);
+    const TFormat mono8{KaipPixelFormat_Mono8, 1};
+    auto inPlace = [](KaipImgInfo* s, KaipImgInfo*) { return KaipDeinterlace(s, nullptr, 0); };
+    ExpectRefusals({
+        {"line too long in place", mono8, mono8, false, 0, inPlace, KASTATUS_KAIP_LINE_INCREMENT_TOO_BIG,
+         "KaipDeinterlace: line increment too big: 8193", 8192},
+        {"Mono10", {KaipPixelFormat_Mono10, 2}, mono8, false, 0, inPlace, KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT},
+        {"RGB8", {KaipPixelFormat_RGB8Packed, 3}, mono8, false, 0, inPlace, KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT},
+    });
+    auto wide = RandomImage(8193, 3, mono8, 0, 0, 1), wideDst = RandomImage(8193, 3, mono8, 0, 0, 2);
     EXPECT_EQ(KaipDeinterlace(&wide->info, &wideDst->info, 0), 0);
-    auto limit = RandomImage(8000, 2, {KaipPixelFormat_Mono8, 1}, 192, 0, 3);
+    auto limit = RandomImage(8000, 2, mono8, 192, 0, 3);
     EXPECT_EQ(KaipDeinterlace(&limit->info, nullptr, 0), 0);
-
-    auto mono10 = RandomImage(4, 3, {KaipPixelFormat_Mono10, 2}, 0, 0, 4);
-    auto rgb8 = RandomImage(4, 3, {KaipPixelFormat_RGB8Packed, 3}, 0, 0, 4);
-    EXPECT_EQ(KaipDeinterlace(&mono10->info, nullptr, 0), KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT);
-    EXPECT_EQ(KaipDeinterlace(&rgb8->info, nullptr, 0), KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT);
 }
 
 }  // namespace

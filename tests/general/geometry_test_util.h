@@ -5,14 +5,17 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <random>
+#include <tuple>
 #include <vector>
 
 #include "core/common.h"
 #include "general/lut.h"
 #include "pm.imgproc.h"
 #include "support/guarded.h"
+#include "support/log_capture.h"
 
 namespace geotest {
 
@@ -104,5 +107,34 @@ public:
 private:
     KaipHLut m_hLut;
 };
+
+// One refusal of a function's own: a random source of `width` x 3 pixels, a destination of its size (turned when
+// `turned`), the call, its status and any text its log must hold; no byte, flag or buffer may change.
+struct TRefusal {
+    const char* name;
+    TFormat src, dst;
+    bool turned;
+    uint32_t dstFlags;
+    std::function<KaipStatus(KaipImgInfo*, KaipImgInfo*)> call;
+    KaipStatus status;
+    const char* log = nullptr;
+    uint32_t width = 4;
+};
+
+inline void ExpectRefusals(const std::vector<TRefusal>& cases)
+{
+    for (const TRefusal& c : cases) {
+        auto src = RandomImage(c.width, 3, c.src, 1, 0, 1);
+        auto dst = RandomImage(c.turned ? 3 : c.width, c.turned ? c.width : 3, c.dst, 2, c.dstFlags, 2);
+        auto state = [&] { return std::make_tuple(Bytes(*src), Bytes(*dst), src->info.Flags, dst->info.pData); };
+        const auto before = state();
+        LogCapture log;
+        EXPECT_EQ(c.call(&src->info, &dst->info), c.status) << c.name;
+        EXPECT_TRUE(state() == before) << c.name;
+        std::string lines;
+        for (const std::string& line : log.Lines()) lines += line + "\n";
+        EXPECT_TRUE(!c.log || lines.find(c.log) != std::string::npos) << c.name << ": " << lines;
+    }
+}
 
 }  // namespace geotest

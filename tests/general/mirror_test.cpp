@@ -96,11 +96,17 @@ void CheckMirror(const TFormat& f, uint32_t w, uint32_t h, bool tb, bool lr, Kai
     ASSERT_EQ(KaipMirror(&src->info, &dst->info, tb, lr, 0, hLut), 0);
     ASSERT_EQ(Bytes(dst->info), expected);
     ASSERT_EQ(Bytes(src->info), srcBefore);
+    const bool reversal = tb && !lr && !hLut;  // what the plain line reversal does too, flipping the flag
+    auto again = RandomImage(w, h, f, seed % 3, flags, ~seed);
+    ASSERT_TRUE(!reversal || (KaipReverseLines(&src->info, &again->info, 0) == 0 && Bytes(again->info) == expected &&
+                              again->info.Flags == (flags ^ KaipImgFlag_BottomUp)));
 
     const auto inPlace = ModelInPlace(src->info, tb, lr, t);
     ASSERT_EQ(KaipMirror(&src->info, nullptr, tb ? 5 : 0, lr ? -1 : 0, 0, hLut), 0);
     ASSERT_EQ(Bytes(src->info), inPlace);
     ASSERT_EQ(src->info.Flags, flags);
+    ASSERT_TRUE(!reversal || (KaipReverseLines(&src->info, nullptr, 0) == 0 && Bytes(src->info) == srcBefore &&
+                              src->info.Flags == (flags ^ KaipImgFlag_BottomUp)));
 }
 
 TEST(Mirror, MatchesModelOverFormatsSizesAndLuts)
@@ -171,117 +177,86 @@ TEST(Mirror, WorkedValues)
     EXPECT_EQ(bgrOut.info.pData[2], lut.pLut8->Blue[30]);
 }
 
-// Each refusal of its own: one mutation of a valid Mono10 pair (2 x 3, top-down). The common
-// ones (null, uninitialised, no buffer, colour planes, other size) are in tests/hostile.
-TEST(Mirror, Refusals)
+// The refusals of their own (the common ones are in tests/hostile); a plain reversal's refusal is the mirror's.
+TEST(Mirror, RefusalsOfItsOwnAndOfTheReversals)
 {
-    const TFormat mono10{KaipPixelFormat_Mono10, 2};
-    KaipHLut lut8 = KaipAllocateLut(KAIP_LUT_8BIT), lut10 = KaipAllocateLut(KAIP_LUT_10BIT);
-    struct TCase {
-        const char* name;
-        void (*mutate)(KaipImgInfo& src, KaipImgInfo& dst);
-        bool bDst;
-        int lut;  // 0 none, 1 8-bit object, 2 10-bit object
-        KaipStatus expected;
+    const TFormat mono8{KaipPixelFormat_Mono8, 1}, mono10{KaipPixelFormat_Mono10, 2}, mono12{KaipPixelFormat_Mono12, 2};
+    const TFormat packed{KaipPixelFormat_Mono10Packed, 2}, bgr16{KaipPixelFormat_BGR16, 6},
+        bayer10{KaipPixelFormat_BayerGR10, 2};
+    const std::shared_ptr<uint32_t> lut8(KaipAllocateLut(KAIP_LUT_8BIT), KaipFreeLut),
+        lut10(KaipAllocateLut(KAIP_LUT_10BIT), KaipFreeLut);
+    using I = KaipImgInfo*;
+    auto mirror = [](KaipHLut h, bool inPlace = false) {
+        return [h, inPlace](I s, I d) { return KaipMirror(s, inPlace ? nullptr : d, 1, 1, 0, h); };
     };
-    const TCase cases[] = {
-        {"packed source", [](KaipImgInfo& s, KaipImgInfo&) { s.PixelFormat = KaipPixelFormat_Mono10Packed; }, true, 0,
-         100013},
-        {"six-byte source", [](KaipImgInfo& s, KaipImgInfo&) { s.PixelFormat = KaipPixelFormat_BGR16; }, true, 0,
-         100013},
-        {"other format", [](KaipImgInfo&, KaipImgInfo& d) { d.PixelFormat = KaipPixelFormat_Mono12; }, true, 0, 100023},
-        {"other orientation", [](KaipImgInfo&, KaipImgInfo& d) { d.Flags = KaipImgFlag_BottomUp; }, true, 0, 100024},
-        {"8-bit LUT on Mono10", [](KaipImgInfo&, KaipImgInfo&) {}, false, 1, 100030},
-        {"10-bit LUT on BayerGR10 (12-bit table)",
-         [](KaipImgInfo& s, KaipImgInfo& d) { s.PixelFormat = d.PixelFormat = KaipPixelFormat_BayerGR10; }, true, 2,
-         100030},
-    };
-    for (const TCase& c : cases) {
-        SCOPED_TRACE(c.name);
-        auto src = RandomImage(2, 3, mono10, 0, 0, 1);
-        auto dst = RandomImage(2, 3, mono10, 0, 0, 2);
-        c.mutate(src->info, dst->info);
-        const auto srcBefore = Bytes(*src), dstBefore = Bytes(*dst);
-        const KaipHLut h = c.lut == 1 ? lut8 : c.lut == 2 ? lut10 : nullptr;
-        EXPECT_EQ(KaipMirror(&src->info, c.bDst ? &dst->info : nullptr, 1, 1, 0, h), c.expected);
-        EXPECT_EQ(Bytes(*src), srcBefore);
-        EXPECT_EQ(Bytes(*dst), dstBefore);
-    }
-    KaipFreeLut(lut8);
-    KaipFreeLut(lut10);
+    // clang-format off
+    ExpectRefusals({
+        {"packed source", packed, mono10, false, 0, mirror(nullptr), 100013},
+        {"six-byte source", bgr16, bgr16, false, 0, mirror(nullptr), 100013},
+        {"other format", mono10, mono12, false, 0, mirror(nullptr), 100023},
+        {"other orientation", mono10, mono10, false, KaipImgFlag_BottomUp, mirror(nullptr), 100024},
+        {"8-bit LUT on Mono10", mono10, mono10, false, 0, mirror(lut8.get(), true), 100030},
+        {"10-bit LUT on BayerGR10 (12-bit table)", bayer10, bayer10, false, 0, mirror(lut10.get()), 100030},
+        {"reversal of a packed source", {KaipPixelFormat_Mono12Packed, 2}, mono8, false, 0,
+         [](I s, I) { return KaipReverseLines(s, nullptr, 0); }, 100013},
+        {"reversal into the other orientation", mono8, mono8, false, KaipImgFlag_BottomUp,
+         [](I s, I d) { return KaipReverseLines(s, d, 0); }, KASTATUS_KAIP_INCOMPATIBLE_FLAGS,
+         "Mirror: Src and Dst images differ in flags and KaipOption_ReallocateDst flag is not present.\n"
+         "Mirror    Src Flags=0x0, Dst Flags=0x2, ChkFlagsMustBeEqual=0x3\n"},
+        {"fast reversal of a six-byte source", {KaipPixelFormat_RGB16Packed, 6}, mono8, false, 0,
+         [](I s, I) { return KaipReverseLinesFast(s, nullptr, nullptr, 0); }, 100013},
+        {"fast reversal into another format", mono8, {KaipPixelFormat_Mono16, 2}, false, 0,
+         [](I s, I d) { return KaipReverseLinesFast(s, d, nullptr, 0); }, 100023},
+    });
+    // clang-format on
 }
 
-// Both reversals put the lines in reverse order and flip the orientation flag, so the picture stays: the
-// plain one moves the pixels of each line, the fast one whole line increments (the shorter of the two, padding
-// included) and takes a destination of the other orientation, or a caller's scratch line in place.
-TEST(ReverseLines, MoveLinesAndFlipTheFlag)
+// The fast reversal moves whole line increments (the shorter of the two, padding included) into a destination of
+// the other orientation, or in place through its own or a caller's scratch line, and flips the flag.
+TEST(ReverseLinesFast, MovesWholeLinesAndFlipsTheFlag)
 {
     uint32_t seed = 40;
-    for (bool fast : {false, true})
-        for (uint32_t h : {1u, 2u, 3u, 6u})
-            for (uint32_t flags : {0u, KaipImgFlag_BottomUp})
-                for (uint32_t srcPad : {0u, 3u})
-                    for (uint32_t dstPad : {0u, 5u}) {
-                        SCOPED_TRACE(testing::Message() << "fast " << fast << " h " << h << " flags " << flags
-                                                        << " pads " << srcPad << " " << dstPad);
-                        const TFormat f =
-                            fast ? TFormat{KaipPixelFormat_BGR565Packed, 2} : TFormat{KaipPixelFormat_BGRA8Packed, 4};
-                        auto src = RandomImage(7, h, f, srcPad, flags, ++seed);
-                        auto dst = RandomImage(7, h, f, dstPad, fast ? KaipImgFlag_BottomUp : flags, ++seed);
-                        const uint32_t si = src->info.LineIncrement, di = dst->info.LineIncrement;
-                        auto expected = Bytes(dst->info);
+    const TFormat f{KaipPixelFormat_BGR565Packed, 2};
+    for (uint32_t h : {1u, 2u, 3u, 6u})
+        for (uint32_t flags : {0u, KaipImgFlag_BottomUp})
+            for (uint32_t srcPad : {0u, 3u})
+                for (uint32_t dstPad : {0u, 5u}) {
+                    SCOPED_TRACE(testing::Message() << "h " << h << " flags " << flags << " pads " << srcPad << " "
+                                                    << dstPad);
+                    auto src = RandomImage(7, h, f, srcPad, flags, ++seed);
+                    auto dst = RandomImage(7, h, f, dstPad, KaipImgFlag_BottomUp, ++seed);
+                    const uint32_t si = src->info.LineIncrement, di = dst->info.LineIncrement;
+                    auto expected = Bytes(dst->info);
+                    for (uint32_t y = 0; y < h; ++y)
+                        std::memcpy(&expected[(h - 1 - y) * di], &src->info.pData[y * si], std::min(si, di));
+                    ASSERT_EQ(KaipReverseLinesFast(&src->info, &dst->info, nullptr, 0), 0);
+                    EXPECT_EQ(Bytes(dst->info), expected);
+                    EXPECT_EQ(dst->info.Flags, flags ^ KaipImgFlag_BottomUp);
+                    EXPECT_EQ(src->info.Flags, flags);
+                    for (bool own : {false, true}) {
+                        std::vector<uint8_t> line(si);
+                        auto before = Bytes(src->info), after = before;
                         for (uint32_t y = 0; y < h; ++y)
-                            std::memcpy(&expected[(h - 1 - y) * di], &src->info.pData[y * si],
-                                        fast ? std::min(si, di) : 7 * f.dwPixel);
-                        ASSERT_EQ(fast ? KaipReverseLinesFast(&src->info, &dst->info, nullptr, 0)
-                                       : KaipReverseLines(&src->info, &dst->info, 0),
-                                  0);
-                        EXPECT_EQ(Bytes(dst->info), expected);
-                        EXPECT_EQ(dst->info.Flags, flags ^ KaipImgFlag_BottomUp);
-                        EXPECT_EQ(src->info.Flags, flags);
-
-                        for (bool own : {false, true}) {
-                            std::vector<uint8_t> line(si);
-                            auto before = Bytes(src->info), after = before;
-                            for (uint32_t y = 0; y < h; ++y)
-                                std::memcpy(&after[y * si], &before[(h - 1 - y) * si], fast ? si : 7 * f.dwPixel);
-                            const uint32_t oldFlags = src->info.Flags;
-                            ASSERT_EQ(fast ? KaipReverseLinesFast(&src->info, nullptr, own ? line.data() : nullptr, 0)
-                                           : KaipReverseLines(&src->info, nullptr, 0),
-                                      0);
-                            EXPECT_EQ(Bytes(src->info), after);
-                            EXPECT_EQ(src->info.Flags, oldFlags ^ KaipImgFlag_BottomUp);
-                        }
+                            std::memcpy(&after[y * si], &before[(h - 1 - y) * si], si);
+                        ASSERT_EQ(KaipReverseLinesFast(&src->info, nullptr, own ? line.data() : nullptr, 0), 0);
+                        EXPECT_EQ(Bytes(src->info), after);
+                        EXPECT_EQ(src->info.Flags, flags ^ (own ? 0 : KaipImgFlag_BottomUp));
                     }
-    // A failure leaves the flag alone.
-    auto packed = RandomImage(3, 2, {KaipPixelFormat_Mono12Packed, 2}, 0, 0, 1);
-    EXPECT_EQ(KaipReverseLines(&packed->info, nullptr, 0), 100013);
-    EXPECT_EQ(packed->info.Flags, 0u);
+                }
 }
 
-// The fast reversal's refusals; a failed scratch allocation changes nothing, a caller's line needs none; the
-// log lines carry the function names (the plain reversal's refusal is the mirror's).
-TEST(ReverseLinesFast, RefusalsAndFailedScratchAllocation)
+// A failed scratch allocation changes nothing and is logged with the function's name; a caller's line needs none.
+TEST(ReverseLinesFast, FailedScratchAllocation)
 {
     auto src = RandomImage(4, 3, {KaipPixelFormat_Mono8, 1}, 0, 0, 3);
-    auto mono16 = RandomImage(4, 3, {KaipPixelFormat_Mono16, 2}, 0, 0, 3);
-    auto rgb16 = RandomImage(4, 3, {KaipPixelFormat_RGB16Packed, 6}, 0, 0, 3);
-    auto bottomUp = RandomImage(4, 3, {KaipPixelFormat_Mono8, 1}, 0, KaipImgFlag_BottomUp, 2);
-    EXPECT_EQ(KaipReverseLinesFast(&rgb16->info, nullptr, nullptr, 0), 100013);
-    EXPECT_EQ(KaipReverseLinesFast(&src->info, &mono16->info, nullptr, 0), 100023);
     const auto before = Bytes(src->info);
     LogCapture log;
-    EXPECT_EQ(KaipReverseLines(&src->info, &bottomUp->info, 0), KASTATUS_KAIP_INCOMPATIBLE_FLAGS);
     oxOsBufferFailAfter(0);
     EXPECT_EQ(KaipReverseLinesFast(&src->info, nullptr, nullptr, 0), KASTATUS_KAIP_MEMORY_ALLOC_FAILED);
     uint8_t line[4];
     const KaipStatus withLine = KaipReverseLinesFast(&src->info, nullptr, line, 0);
     oxOsBufferFailAfter(-1);
-    EXPECT_EQ(log.Lines(), std::vector<std::string>(
-                               {"Mirror: Src and Dst images differ in flags and KaipOption_ReallocateDst flag is not "
-                                "present.",
-                                "Mirror    Src Flags=0x0, Dst Flags=0x2, ChkFlagsMustBeEqual=0x3",
-                                "KaipReverseLinesFast: memory allocation of 4 bytes failed!"}));
+    EXPECT_EQ(log.Lines(), std::vector<std::string>({"KaipReverseLinesFast: memory allocation of 4 bytes failed!"}));
     EXPECT_EQ(withLine, 0);
     EXPECT_EQ(src->info.Flags, KaipImgFlag_BottomUp);  // toggled once, by the call with a line
     EXPECT_EQ(Bytes(src->info)[0], before[8]);
