@@ -67,17 +67,12 @@ std::vector<uint8_t> Model(const Format& f, const KaipImgInfo& src, const std::v
                 uint32_t v = srcBytes[s] | (f.bytes == 2 ? srcBytes[s + 1] << 8 : 0);
                 v &= (1u << f.depth) - 1;
                 const int colour = f.channels == 1 ? 1 : f.bgr ? 2 - c : c;  // 0 red, 1 green, 2 blue
-                uint32_t out;
-                if (f.depth == 8) {
-                    const TKaIpLut8& l = *Body8(h);
-                    out = (colour == 0 ? l.Red : colour == 1 ? l.Green : l.Blue)[v];
-                } else if (f.depth == 10) {
-                    const TKaIpLut10& l = *Body10(h);
-                    out = (colour == 0 ? l.Red : colour == 1 ? l.Green : l.Blue)[v];
-                } else {
-                    const TKaIpLut12& l = *Body12(h);
-                    out = (colour == 0 ? l.Red : colour == 1 ? l.Green : l.Blue)[v];
-                }
+                auto look = [&](const auto& l) {
+                    return uint32_t((colour == 0 ? l.Red : colour == 1 ? l.Green : l.Blue)[v]);
+                };
+                const uint32_t out = f.depth == 8    ? look(*Body8(h))
+                                     : f.depth == 10 ? look(*Body10(h))
+                                                     : look(*Body12(h));
                 dstBytes[d] = uint8_t(out);
                 if (f.bytes == 2) dstBytes[d + 1] = uint8_t(out >> 8);
             }
@@ -107,8 +102,7 @@ TEST_F(ApplyLut, EveryFormatMatchesTheModel)
             if (f.depth == 8) {
                 TKaIpLut8& l = *Body8(body);
                 Randomize(l, rng);
-                if (trial % 3 != 1)
-                    std::copy(l.Green, l.Green + 256, l.Red), std::copy(l.Green, l.Green + 256, l.Blue);
+                if (trial % 3 != 1) std::copy(l.Green, l.Green + 256, l.Red), std::copy(l.Green, l.Green + 256, l.Blue);
             }
             if (f.depth == 10) Randomize(*Body10(body), rng);
             if (f.depth == 12) Randomize(*Body12(body), rng);
@@ -138,25 +132,14 @@ TEST_F(ApplyLut, EveryFormatMatchesTheModel)
         }
 }
 
+// A Mono10 word 0xFC05 is looked up at index 5 (alpha and padding are rules of the model above).
 TEST_F(ApplyLut, WorkedValues)
 {
-    // A Mono10 word 0xFC05 is looked up at index 5.
     g_Lut10.Green[5] = 0xBEEF;
     uint16_t mono10 = 0xFC05;
     KaipImgInfo img = Image(1, 1, KaipPixelFormat_Mono10, 2, 2, &mono10);
     EXPECT_EQ(KaipApplyLut(&img, nullptr, nullptr, 0), KASTATUS_OK);
     EXPECT_EQ(mono10, 0xBEEF);
-    // Alpha stays in place and in a separate destination keeps what it held.
-    g_Lut8.Red[1] = 10;
-    g_Lut8.Green[2] = 20;
-    g_Lut8.Blue[3] = 30;
-    uint8_t rgba[4] = {1, 2, 3, 4}, out[4] = {0, 0, 0, 99};
-    KaipImgInfo src = Image(1, 1, KaipPixelFormat_RGBA8Packed, 4, 4, rgba);
-    KaipImgInfo dst = Image(1, 1, KaipPixelFormat_RGBA8Packed, 4, 4, out);
-    EXPECT_EQ(KaipApplyLut(&src, &dst, nullptr, 0), KASTATUS_OK);
-    EXPECT_TRUE(out[0] == 10 && out[1] == 20 && out[2] == 30 && out[3] == 99);
-    EXPECT_EQ(KaipApplyLut(&src, nullptr, nullptr, 0), KASTATUS_OK);
-    EXPECT_TRUE(rgba[0] == 10 && rgba[1] == 20 && rgba[2] == 30 && rgba[3] == 4);
 }
 
 TEST_F(ApplyLut, LutAndFormatPairing)

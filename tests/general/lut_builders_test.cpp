@@ -163,15 +163,3 @@ TEST_F(LutBuilders, WorkedValues)
     EXPECT_EQ(Body8(l8.h)->Red32[64], 0);
     EXPECT_EQ(Body8(l8.h)->Red32[192], 256);
 }
-
-TEST_F(LutBuilders, UnknownDepthIsRefusedButGammaOneIsNot)
-{
-    uint32_t fake[2] = {9, 0};
-    EXPECT_EQ(KaipAddGammaToLut(1000, fake), KASTATUS_OK);
-    EXPECT_EQ(KaipAddGammaToLut(1000, reinterpret_cast<KaipHLut>(0x10)), KASTATUS_OK);
-    EXPECT_EQ(KaipAddGammaToLut(999, fake), KASTATUS_KAIP_INVALID_LUT_TYPE);
-    EXPECT_EQ(KaipAddWbToLut(1000, 1000, 1000, fake), KASTATUS_KAIP_INVALID_LUT_TYPE);
-    EXPECT_EQ(KaipAddOffsetAndGainToLut(0, 1000, fake), KASTATUS_KAIP_INVALID_LUT_TYPE);
-    EXPECT_EQ(KaipAddBrightnessAndContrastToLut(1000, 1000, fake), KASTATUS_KAIP_INVALID_LUT_TYPE);
-    EXPECT_EQ(fake[1], 0u);
-}

@@ -164,10 +164,14 @@ TEST(LutLog, EachRefusalIsOneLineNamingItsFunction)
     KaipResetLut(fake);
     KaipSet10BitLut(l8.h, nullptr, nullptr, nullptr);
     KaipGet12BitLutValue(l8.h, KAIP_LUT_CHANNEL_RED, 0, &value);
-    KaipAddGammaToLut(1000, fake);
-    KaipAddGammaToLut(2000, fake);
-    KaipAddWbToLut(1, 1, 1, fake);
-    KaipAddBrightnessAndContrastToLut(1, 1, fake);
+    // A builder on an unknown depth changes nothing; gamma 1000 is no change, so it takes any handle.
+    EXPECT_EQ(KaipAddGammaToLut(1000, fake), KASTATUS_OK);
+    EXPECT_EQ(KaipAddGammaToLut(1000, reinterpret_cast<KaipHLut>(0x10)), KASTATUS_OK);
+    EXPECT_EQ(KaipAddGammaToLut(999, fake), KASTATUS_KAIP_INVALID_LUT_TYPE);
+    EXPECT_EQ(KaipAddWbToLut(1, 1, 1, fake), KASTATUS_KAIP_INVALID_LUT_TYPE);
+    EXPECT_EQ(KaipAddOffsetAndGainToLut(0, 1000, fake), KASTATUS_KAIP_INVALID_LUT_TYPE);
+    EXPECT_EQ(KaipAddBrightnessAndContrastToLut(1, 1, fake), KASTATUS_KAIP_INVALID_LUT_TYPE);
+    EXPECT_EQ(fake[1], 0u);
     KaipApplyLut(&bayer, nullptr, l8.h, 0);
     KaipApplyLut(&bayer, nullptr, nullptr, 0);
     const std::vector<std::string> expected = {
@@ -178,6 +182,7 @@ TEST(LutLog, EachRefusalIsOneLineNamingItsFunction)
         "KaipGet12BitLutValue - Invalid LUT type",
         "KaipAddGammaToLut - Invalid LUT type",
         "KaipAddWbToLut - Invalid LUT type",
+        "AddOffsetAndGainToLut - Invalid LUT type",
         "AddOffsetAndGainToLut - Invalid LUT type",
         "ApplyLut: KASTATUS_KAIP_INVALID_LUT_TYPE",
         "ApplyLut: KASTATUS_KAIP_UNSUPPORTED_SRC_PIXEL_FORMAT 0x01080009",

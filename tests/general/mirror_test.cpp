@@ -221,8 +221,8 @@ TEST(ReverseLinesFast, MovesWholeLinesAndFlipsTheFlag)
         for (uint32_t flags : {0u, KaipImgFlag_BottomUp})
             for (uint32_t srcPad : {0u, 3u})
                 for (uint32_t dstPad : {0u, 5u}) {
-                    SCOPED_TRACE(testing::Message() << "h " << h << " flags " << flags << " pads " << srcPad << " "
-                                                    << dstPad);
+                    SCOPED_TRACE(testing::Message()
+                                 << "h " << h << " flags " << flags << " pads " << srcPad << " " << dstPad);
                     auto src = RandomImage(7, h, f, srcPad, flags, ++seed);
                     auto dst = RandomImage(7, h, f, dstPad, KaipImgFlag_BottomUp, ++seed);
                     const uint32_t si = src->info.LineIncrement, di = dst->info.LineIncrement;
@@ -236,8 +236,7 @@ TEST(ReverseLinesFast, MovesWholeLinesAndFlipsTheFlag)
                     for (bool own : {false, true}) {
                         std::vector<uint8_t> line(si);
                         auto before = Bytes(src->info), after = before;
-                        for (uint32_t y = 0; y < h; ++y)
-                            std::memcpy(&after[y * si], &before[(h - 1 - y) * si], si);
+                        for (uint32_t y = 0; y < h; ++y) std::memcpy(&after[y * si], &before[(h - 1 - y) * si], si);
                         ASSERT_EQ(KaipReverseLinesFast(&src->info, nullptr, own ? line.data() : nullptr, 0), 0);
                         EXPECT_EQ(Bytes(src->info), after);
                         EXPECT_EQ(src->info.Flags, flags ^ (own ? 0 : KaipImgFlag_BottomUp));
