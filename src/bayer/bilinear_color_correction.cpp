@@ -117,7 +117,8 @@ void ScalarSpan(const TKernel& k, const TSiteLines<TKernel> (&lines)[2], const T
 
 // Interior lines 2..h-3: vector blocks from the first red or blue column (1 or 2) to column w-2
 // or w-3 where the switches allow (the pixels they write in the second ring are rewritten), the
-// scalar rule elsewhere; then the columns of both rings while their lines are still in the cache.
+// scalar rule elsewhere; then the columns of both rings while their lines are still in the cache,
+// and the rings' lines last.
 // The vector blocks read the source lines split by column parity, each line split once into a
 // ring of five (pRing: 10 halves of dwHalf words, and the words around them for the second
 // ring's pixels); without a ring the scalar rule decodes everything.
@@ -127,7 +128,6 @@ void RunColorCorrection(const TBayerPlanes& p, const TBayerLut& lut, TColorCorre
 {
     using TKernel = TColorCorrection<Bits, DstBytes>;
     const TKernel k{lut};
-    const TBilinear<Bits, DstBytes> ring2{lut};
     const TSiteLines<TKernel> lines[2] = {{0, p.bShiftColumn}, {1, p.bShiftColumn}};
     auto ring = [&](uint32_t y) {
         return TSplitLine{{pRing + (y % 5) * 2 * dwHalf, pRing + ((y % 5) * 2 + 1) * dwHalf}};
@@ -166,14 +166,9 @@ void RunColorCorrection(const TBayerPlanes& p, const TBayerLut& lut, TColorCorre
             splitColumns(y + 2, 0, xv);
             splitColumns(y + 2, std::max(xe, xl + vec.dwBlock), w);
         }
-        RunInterior(ring2, p, h, 1, 2, y, y + 1);
-        RunInterior(ring2, p, h, w - 2, w - 1, y, y + 1);
-        FrameColumns(p, lut, Bits, DstBytes, w, y);
+        RingColumns<Bits, DstBytes>(p, lut, w, h, y);
     }
-    for (const uint32_t y : {1u, h - 2}) {
-        RunInterior(ring2, p, h, 1, w - 1, y, y + 1);
-        FrameColumns(p, lut, Bits, DstBytes, w, y);
-    }
+    RingLines<Bits, DstBytes>(p, lut, w, h);
 }
 
 }  // namespace
@@ -200,8 +195,6 @@ KaipStatus BdBilinearColorCorrection(const KaipImgInfo* pSrcImgInfo, KaipImgInfo
                            [&](auto bytes) { RunColorCorrection<bits, bytes>(planes, lut, vec, pRing, dwHalf, w, h); });
         });
         if (pRing) oxOsBufferFree(pRing);
-        CalculateFrame1(job.src.pData, w, h, job.src.LineIncrement, job.dwBits, job.bShiftLine, job.bShiftColumn,
-                        job.pDst->pData, job.pDst->LineIncrement, dwDstBytes * 8, hLut, false);
     } else {
         FinishFrames(job, dwDstBytes, hLut);
     }

@@ -159,57 +159,18 @@ KaipStatus PrepareInterpolatingDecoder(const char* pszFunc, const KaipImgInfo* p
 
 namespace {
 
-// The planes of the border pass and the LUT tables it reads.
-struct TFrameArgs {
-    TBayerPlanes p;
-    TBayerLut lut;
-};
-
-// One border pixel (x, y): its 2x2 block joins the horizontal neighbour (x-1, or x+1 in
-// column 0), the vertical neighbour (y+1 in line 0, else y-1) and the diagonal that
-// completes the block, which always holds one red, one blue and two green sites.
+// Line 0 and the last line whole, then the first and last column of the lines between.
 template <unsigned Bits, uint32_t DstBytes>
-void FramePixel(const TFrameArgs& a, uint32_t x, uint32_t y)
-{
-    using D = TDepth<Bits>;
-    const uint32_t xh = x ? x - 1 : x + 1;
-    const uint32_t yv = y ? y - 1 : y + 1;
-    const uint8_t* pLine = a.p.pSrc + size_t(y) * a.p.dwSrcLineIncrement;
-    const uint8_t* pNext = a.p.pSrc + size_t(yv) * a.p.dwSrcLineIncrement;
-    const uint32_t s = D::At(pLine, x) & D::kMask1, sh = D::At(pLine, xh) & D::kMask1;
-    const uint32_t sv = D::At(pNext, x) & D::kMask1, sd = D::At(pNext, xh) & D::kMask1;
-    const bool bRedLine = ((y & 1) != 0) == a.p.bShiftLine;
-    const bool bRedColumn = ((x & 1) != 0) == a.p.bShiftColumn;  // red in a red line, green in a blue one
-    uint32_t r, g, b;
-    if (bRedLine != bRedColumn) {  // green: the other two colours beside and above/below it
-        g = s;
-        r = bRedLine ? sh : sv;
-        b = bRedLine ? sv : sh;
-    } else {  // red or blue: green beside it, the opposite colour on the diagonal
-        g = sh;
-        r = bRedLine ? s : sd;
-        b = bRedLine ? sd : s;
-    }
-    uint8_t* pOut = a.p.pDst + size_t(y) * a.p.dwDstLineIncrement + size_t(x) * DstBytes;
-    if constexpr (DstBytes == 1) {
-        *pOut = a.lut.pGreen[(r + g + b) / 3];
-    } else {
-        StoreBgr<DstBytes>(pOut, a.lut.pBlue[b], a.lut.pGreen[g], a.lut.pRed[r]);
-    }
-}
-
-// Line 0 and the last line whole, then (bColumns) the first and last column of the lines between.
-template <unsigned Bits, uint32_t DstBytes>
-void RunFrame(const TFrameArgs& a, uint32_t dwWidth, uint32_t dwHeight, bool bColumns)
+void RunFrame(const TBayerPlanes& p, const TBayerLut& lut, uint32_t dwWidth, uint32_t dwHeight)
 {
     const uint32_t yLast = dwHeight - 1, xLast = dwWidth - 1;
-    for (uint32_t x = 0; x < dwWidth; ++x) FramePixel<Bits, DstBytes>(a, x, 0);
+    for (uint32_t x = 0; x < dwWidth; ++x) FramePixel<Bits, DstBytes>(p, lut, x, 0);
     if (yLast > 0) {
-        for (uint32_t x = 0; x < dwWidth; ++x) FramePixel<Bits, DstBytes>(a, x, yLast);
+        for (uint32_t x = 0; x < dwWidth; ++x) FramePixel<Bits, DstBytes>(p, lut, x, yLast);
     }
-    for (uint32_t y = 1; bColumns && y < yLast; ++y) {
-        FramePixel<Bits, DstBytes>(a, 0, y);
-        if (xLast > 0) FramePixel<Bits, DstBytes>(a, xLast, y);
+    for (uint32_t y = 1; y < yLast; ++y) {
+        FramePixel<Bits, DstBytes>(p, lut, 0, y);
+        if (xLast > 0) FramePixel<Bits, DstBytes>(p, lut, xLast, y);
     }
 }
 
@@ -227,22 +188,13 @@ void WithFrameKind(uint32_t dwSrcBits, uint32_t dwDstBytes, F&& f)
 
 void CalculateFrame1(const uint8_t* pSrc, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwSrcLineIncrement,
                      uint32_t dwSrcBits, bool bShiftLine, bool bShiftColumn, uint8_t* pDst, uint32_t dwDstLineIncrement,
-                     uint32_t dwDstBitsPerPixel, KaipHLut hLut, bool bColumns)
+                     uint32_t dwDstBitsPerPixel, KaipHLut hLut)
 {
-    TFrameArgs a{{pSrc, dwSrcLineIncrement, pDst, dwDstLineIncrement, bShiftLine, bShiftColumn}, {}};
-    if (dwWidth == 0 || dwHeight == 0 || dwDstBitsPerPixel % 8 || !ResolveBayerLut(hLut, dwSrcBits, a.lut)) return;
+    const TBayerPlanes p{pSrc, dwSrcLineIncrement, pDst, dwDstLineIncrement, bShiftLine, bShiftColumn};
+    TBayerLut lut;
+    if (dwWidth == 0 || dwHeight == 0 || dwDstBitsPerPixel % 8 || !ResolveBayerLut(hLut, dwSrcBits, lut)) return;
     WithFrameKind(dwSrcBits, dwDstBitsPerPixel / 8,
-                  [&](auto bits, auto bytes) { RunFrame<bits, bytes>(a, dwWidth, dwHeight, bColumns); });
-}
-
-void FrameColumns(const TBayerPlanes& p, const TBayerLut& lut, uint32_t dwBits, uint32_t dwDstBytes, uint32_t dwWidth,
-                  uint32_t y)
-{
-    const TFrameArgs a{p, lut};
-    WithFrameKind(dwBits, dwDstBytes, [&](auto bits, auto bytes) {
-        FramePixel<bits, bytes>(a, 0, y);
-        FramePixel<bits, bytes>(a, dwWidth - 1, y);
-    });
+                  [&](auto bits, auto bytes) { RunFrame<bits, bytes>(p, lut, dwWidth, dwHeight); });
 }
 
 void CalculateFrame2(const uint8_t* pSrc, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwSrcLineIncrement,

@@ -53,11 +53,10 @@ KaipStatus SelectBayerLut(const char* pszFunc, KaipHLut hLut, uint32_t dwBits, T
 // Writes line 0, line height-1, column 0 and column width-1 from 2x2 blocks (see the .cpp).
 // Colour destinations (24 or 32 bits per pixel) get blue, green, red (and 0) whatever
 // their channel order; Mono8 (8 bits) gets the green output of the block's mean.
-// The image must be at least 2x2: the blocks reach one pixel inwards. bColumns false leaves the
-// columns of lines 1..height-2 to FrameColumns.
+// The image must be at least 2x2: the blocks reach one pixel inwards.
 void CalculateFrame1(const uint8_t* pSrc, uint32_t dwWidth, uint32_t dwHeight, uint32_t dwSrcLineIncrement,
                      uint32_t dwSrcBits, bool bShiftLine, bool bShiftColumn, uint8_t* pDst, uint32_t dwDstLineIncrement,
-                     uint32_t dwDstBitsPerPixel, KaipHLut hLut, bool bColumns = true);
+                     uint32_t dwDstBitsPerPixel, KaipHLut hLut);
 
 // The second ring (line 1, line height-2, column 1 and column width-2 between them) by the
 // bilinear interior rule, for decoders whose interior reads two pixels on each side. Same
@@ -192,10 +191,66 @@ void RunInterior(const Kernel& k, const TBayerPlanes& p, uint32_t dwHeight, uint
     }
 }
 
-// Column 0 and column width-1 of line y (0 < y < height-1) as CalculateFrame1 writes them, for
-// decoders that write them while the line is still in the cache. dwDstBytes: 3 or 4.
-void FrameColumns(const TBayerPlanes& p, const TBayerLut& lut, uint32_t dwBits, uint32_t dwDstBytes, uint32_t dwWidth,
-                  uint32_t y);
+// One pixel (x, y) of the outermost ring as CalculateFrame1 writes it: its 2x2 block joins the
+// horizontal neighbour (x-1, or x+1 in column 0), the vertical neighbour (y+1 in line 0, else
+// y-1) and the diagonal that completes the block, which always holds one red, one blue and two
+// green sites. Mono8 destinations (DstBytes 1) get the green output of the block's mean.
+template <unsigned Bits, uint32_t DstBytes>
+void FramePixel(const TBayerPlanes& p, const TBayerLut& lut, uint32_t x, uint32_t y)
+{
+    using D = TDepth<Bits>;
+    const uint32_t xh = x ? x - 1 : x + 1;
+    const uint32_t yv = y ? y - 1 : y + 1;
+    const uint8_t* pLine = p.pSrc + size_t(y) * p.dwSrcLineIncrement;
+    const uint8_t* pNext = p.pSrc + size_t(yv) * p.dwSrcLineIncrement;
+    const uint32_t s = D::At(pLine, x) & D::kMask1, sh = D::At(pLine, xh) & D::kMask1;
+    const uint32_t sv = D::At(pNext, x) & D::kMask1, sd = D::At(pNext, xh) & D::kMask1;
+    const bool bRedLine = ((y & 1) != 0) == p.bShiftLine;
+    const bool bRedColumn = ((x & 1) != 0) == p.bShiftColumn;  // red in a red line, green in a blue one
+    uint32_t r, g, b;
+    if (bRedLine != bRedColumn) {  // green: the other two colours beside and above/below it
+        g = s;
+        r = bRedLine ? sh : sv;
+        b = bRedLine ? sv : sh;
+    } else {  // red or blue: green beside it, the opposite colour on the diagonal
+        g = sh;
+        r = bRedLine ? s : sd;
+        b = bRedLine ? sd : s;
+    }
+    uint8_t* pOut = p.pDst + size_t(y) * p.dwDstLineIncrement + size_t(x) * DstBytes;
+    if constexpr (DstBytes == 1) {
+        *pOut = lut.pGreen[(r + g + b) / 3];
+    } else {
+        StoreBgr<DstBytes>(pOut, lut.pBlue[b], lut.pGreen[g], lut.pRed[r]);
+    }
+}
+
+// The two outer rings of a decoder with a 5x5 support (images at least 5x5), in pieces it can
+// write while its lines are cached: RingColumns the columns 0, 1, width-2 and width-1 of line y
+// (2 <= y < height-2), RingLines the lines 0, 1, height-2 and height-1 whole. Together they
+// write what CalculateFrame2 followed by CalculateFrame1 writes.
+template <unsigned Bits, uint32_t DstBytes>
+void RingColumns(const TBayerPlanes& p, const TBayerLut& lut, uint32_t dwWidth, uint32_t dwHeight, uint32_t y)
+{
+    const TBilinear<Bits, DstBytes> ring2{lut};
+    RunInterior(ring2, p, dwHeight, 1, 2, y, y + 1);
+    RunInterior(ring2, p, dwHeight, dwWidth - 2, dwWidth - 1, y, y + 1);
+    FramePixel<Bits, DstBytes>(p, lut, 0, y);
+    FramePixel<Bits, DstBytes>(p, lut, dwWidth - 1, y);
+}
+
+template <unsigned Bits, uint32_t DstBytes>
+void RingLines(const TBayerPlanes& p, const TBayerLut& lut, uint32_t dwWidth, uint32_t dwHeight)
+{
+    for (const uint32_t y : {1u, dwHeight - 2}) {
+        RunInterior(TBilinear<Bits, DstBytes>{lut}, p, dwHeight, 1, dwWidth - 1, y, y + 1);
+        FramePixel<Bits, DstBytes>(p, lut, 0, y);
+        FramePixel<Bits, DstBytes>(p, lut, dwWidth - 1, y);
+    }
+    for (const uint32_t y : {0u, dwHeight - 1}) {
+        for (uint32_t x = 0; x < dwWidth; ++x) FramePixel<Bits, DstBytes>(p, lut, x, y);
+    }
+}
 
 // The planes of a checked job: source mosaic in, destination pixels out.
 inline TBayerPlanes JobPlanes(const TBayerJob& job)

@@ -184,8 +184,9 @@ TWindow5<Bits> ClampedWindow(const TBayerPlanes& p, uint32_t y, uint32_t dwHeigh
 }
 
 // Interior (lines and columns 2 .. size-3) with three lines of green in a ring: the green of
-// line y+1 is made just before the colours of line y, so every line is estimated once. The
-// estimate loops build for AVX2 too, used behind its switch.
+// line y+1 is made just before the colours of line y, so every line is estimated once; the
+// columns of both outer rings follow each line while it is cached, the rings' lines come last.
+// The estimate loops build for AVX2 too, used behind its switch.
 template <unsigned Bits, uint32_t DstBytes>
 void RunGrouping(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32_t h, int32_t* pGreen)
 {
@@ -234,7 +235,9 @@ void RunGrouping(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32
             });
             line(k, {s.pLine[2], {first[0], first[1]}, {second[0], second[1]}, x0, pOut}, x0, x0 + n);
         }
+        RingColumns<Bits, DstBytes>(p, lut, w, h, y);
     }
+    RingLines<Bits, DstBytes>(p, lut, w, h);
 }
 
 // Line buffers of the vector path: 13 lines split by parity (source ring of eight, green
@@ -249,8 +252,9 @@ size_t SplitStride(uint32_t w)
 
 // The interior in vector loops. Every source line is split into 16-bit halves once, into a
 // ring of eight; the green of line y+1 (estimates at red and blue columns only: nothing reads
-// the green plane at green columns) is made just before the colours of line y. The identity LUT
-// stores the top 8 bits of the values; other LUTs are read per colour as in the plain path.
+// the green plane at green columns) is made just before the colours of line y, the rings as in
+// the plain path. The identity LUT stores the top 8 bits of the values; other LUTs are read per
+// colour as in the plain path.
 template <unsigned Bits, uint32_t DstBytes>
 void RunGroupingVector(const TGroupingLoops& v, const TBayerPlanes& p, const TBayerLut& lut, bool bIdentity, uint32_t w,
                        uint32_t h, int16_t* pBuffer)
@@ -323,7 +327,9 @@ void RunGroupingVector(const TGroupingLoops& v, const TBayerPlanes& p, const TBa
             (bRedLine ? colour.red : colour.blue)(
                 k, {pCur, {first.half[rb], first.half[gp]}, {g.half[rb], second.half[gp]}, 0, pOut}, x, w - 2);
         }
+        RingColumns<Bits, DstBytes>(p, lut, w, h, y);
     }
+    RingLines<Bits, DstBytes>(p, lut, w, h);
 }
 
 }  // namespace
@@ -360,7 +366,8 @@ KaipStatus BdPixelGrouping(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDstImgI
             });
         });
         oxOsBufferFree(pBuffer);
+    } else {
+        FinishFrames(job, dwDstBytes, hLut);
     }
-    FinishFrames(job, dwDstBytes, hLut);
     return KASTATUS_OK;
 }
