@@ -215,7 +215,8 @@ struct TGradientsColour {
 // built for AVX2 if bAvx2; the strip's lines and planes in pBuffer (zeroed once, so the
 // vector blocks past a strip's end read defined values). The vector stages (if any) replace
 // the loops over planes and estimates; they or the vector writer (if any) write whole blocks of
-// each line's stretch, the scalar writer what they leave.
+// each line's stretch, the scalar writer what they leave. The last strip writes the columns of
+// both outer rings of each line while the line is cached; the rings' lines come last.
 template <unsigned Bits, uint32_t DstBytes, class T>
 void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint32_t h, bool bAvx2, TGradientsVector vec,
                   TGradientsWriter writer, void* pBuffer)
@@ -273,8 +274,10 @@ void RunGradients(const TBayerPlanes& p, const TBayerLut& lut, uint32_t w, uint3
             if (writer) xs = writer(stretch, lut);
             const auto line = bRedLine ? lines.red : lines.blue;
             line(k, {pCur, {first[0], first[1]}, {second[0], second[1]}, x0, pOut}, xs, x1);
+            if (x1 == w - 2) RingColumns<Bits, DstBytes>(p, lut, w, h, y);
         }
     }
+    RingLines<Bits, DstBytes>(p, lut, w, h);
 }
 
 }  // namespace
@@ -311,7 +314,8 @@ KaipStatus BdVariableGradients(const KaipImgInfo* pSrcImgInfo, KaipImgInfo* pDst
             });
         });
         oxOsBufferFree(pBuffer);
+    } else {
+        FinishFrames(job, dwDstBytes, hLut);
     }
-    FinishFrames(job, dwDstBytes, hLut);
     return KASTATUS_OK;
 }
