@@ -7,16 +7,13 @@ using namespace bayer_model;
 
 namespace {
 
-TEST(BdPixelGrouping, MatchesReferenceForEveryDepthPatternDestinationAndLut)
-{
-    ExpectMatchesModel(KaipBdPixelGrouping, PixelGrouping);
-}
-
-// Every width at which the vector loops can end, and long lines; this binary also runs at
+// The window sizes, every width at which the vector loops can end, and long lines; this binary also runs at
 // SIMD.Level 0 and 4, so the 32-bit path and both vector copies are held to the same bytes.
 TEST(BdPixelGrouping, MatchesReferenceAtEveryWidth)
 {
-    ExpectMatchesModel(KaipBdPixelGrouping, PixelGrouping, EveryWidthSizes());
+    std::vector<Size> sizes = WindowSizes();
+    sizes.insert(sizes.end(), EveryWidthSizes().begin(), EveryWidthSizes().end());
+    ExpectMatchesModel(KaipBdPixelGrouping, PixelGrouping, sizes);
 }
 
 // The vector loops divide in float. Truncating the rounded quotient is monotonic in the
