@@ -12,11 +12,6 @@ using namespace bayer_model;
 
 namespace {
 
-std::vector<uint8_t> Whole(const GuardedImage& img)
-{
-    return {img.buffer.data(), img.buffer.data() + img.buffer.size()};
-}
-
 // Widths 2..64 (every position of the last vector block) and a few large ones, every depth (16-bit
 // samples with stray high bits now and then) and pattern, every destination each decoder takes, the
 // identity, global and random LUTs (one whose doubled and quadrupled tables repeat its single ones, as
@@ -62,7 +57,7 @@ TEST(BayerInterior8Simd, EveryLevelWritesTheScalarBytes)
                             auto vector = Destination(s.w, s.h, d.code, d.bytes);
                             ScopedSimdLevel set(level);
                             ASSERT_EQ(decode(&src.img->info, &vector->info, d.code, 0, lut.handle), 0);
-                            ASSERT_EQ(Whole(*vector), Whole(*scalar)) << "level " << level;
+                            ASSERT_EQ(Bytes(*vector), Bytes(*scalar)) << "level " << level;
                         }
                     }
                 }
@@ -78,12 +73,12 @@ TEST(BilinearInterior8Simd, ClosedGatesWriteNothing)
     const TBayerPlanes planes{
         src.img->info.pData, src.img->info.LineIncrement, dst->info.pData, dst->info.LineIncrement, false, true};
     TBayerLut lut{};
-    const auto before = Whole(*dst);
+    const auto before = Bytes(*dst);
     {
         ScopedSimdLevel off(0);
         EXPECT_EQ(BilinearInterior_intr(planes, 100, 6, 8, 3, lut, true), 1u);
         EXPECT_EQ(NearestInterior_intr(planes, 100, 6, 3, false), 1u);
-        EXPECT_EQ(Whole(*dst), before);
+        EXPECT_EQ(Bytes(*dst), before);
     }
     ScopedSimdLevel sse2(1);
     EXPECT_EQ(BilinearInterior_intr(planes, 100, 6, 8, 3, lut, true), g_SSEChecker.m_bUseSSE2 ? 99u : 1u);

@@ -133,8 +133,8 @@ TEST(BayerFrame, NearestNeighbourWantsBayerTablesOnlyAboveEightBits)
     }
 }
 
-// Under KaipOption_ReallocateDst a missing or misfit destination is rebuilt with the options
-// word as flags, then decoded as usual.
+// Under KaipOption_ReallocateDst a missing or misfit destination is rebuilt, then decoded as usual (the
+// rebuilt descriptor of every image function is pinned in tests/hostile).
 TEST(BayerFrame, RebuildsTheDestinationUnderReallocateDst)
 {
     BayerImage src(9, 6, 10, true, true, 42);
@@ -150,11 +150,7 @@ TEST(BayerFrame, RebuildsTheDestinationUnderReallocateDst)
         ASSERT_EQ(KaipBdBilinearInterpolation(&src.img->info, &dst, KaipPixelFormat_BGRA8Packed,
                                               KaipOption_ReallocateDst | KaipImgFlag_Align16, nullptr),
                   0);
-        EXPECT_EQ(dst.PixelFormat, KaipPixelFormat_BGRA8Packed);
-        EXPECT_EQ(dst.Width, 9u);
-        EXPECT_EQ(dst.Height, 6u);
         EXPECT_EQ(dst.LineIncrement, 48u);
-        EXPECT_EQ(dst.Flags, KaipImgFlag_Align16 | KaipImgFlag_DataAllocated);
         for (uint32_t i = 0; i < 54; ++i) {
             const Px px = Bilinear(src.m, lut.of(10), i % 9, i / 9);
             const uint8_t* p = dst.pData + i / 9 * dst.LineIncrement + i % 9 * 4;

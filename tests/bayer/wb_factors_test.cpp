@@ -87,10 +87,7 @@ TEST(CalcWbFactors, SaturatedPixelsAreLeftOutUnlessTooFewRemain)
             return i % 2 ? Colour{100, 200, 50} : Colour{limit, limit + 1, limit};
         });
         EXPECT_EQ(Measure(&half->info, 0), (Factors{2000, 1000, 4000})) << limit;
-        auto atLimit = RgbImage(f, 8, 8, [limit](uint32_t i) {
-            return i % 2 ? Colour{limit, limit, limit} : Colour{limit, limit, limit};
-        });
-        EXPECT_EQ(Measure(&atLimit->info, 0), (Factors{1000, 1000, 1000})) << limit;
+        EXPECT_EQ(Measure(&Uniform(f, {limit, limit, limit})->info, 0), (Factors{1000, 1000, 1000})) << limit;
     }
 }
 

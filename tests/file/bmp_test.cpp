@@ -179,7 +179,7 @@ TEST(BmpFile, ExactBytesAndRoundTrips)
             const uint32_t lineInc = Align4(w * f.pixelIncrement) + (padded ? 4 * (1 + gen() % 2) : 0);
             const uint32_t flags = (trial & 1) ? KaipImgFlag_BottomUp : 0, options = (trial & 2) ? 2 : 0;
             TestImage src(w, h, f.format, f.pixelIncrement, lineInc, flags, seed + cases++);
-            const std::vector<uint8_t> before(src.buffer.data(), src.buffer.data() + src.buffer.size());
+            const std::vector<uint8_t> before = Bytes(src);
             SCOPED_TRACE(testing::Message() << "seed " << seed << " format " << f.format << " " << w << "x" << h
                                             << " flags " << flags << " options " << options << " lineInc " << lineInc);
             ASSERT_EQ(0, KaipSaveToBmp(path.c_str(), &src.info, options));
@@ -262,7 +262,6 @@ TEST(BmpHostile, RefusedBeforeAllocating)
         std::vector<uint8_t> bytes;
         KaipStatus status;
     } const cases[] = {
-        {"empty", {}, KASTATUS_KAIP_CANNOT_OPEN_READ_FILE},
         {"not BM", With(good, 0, 0x4142, 2), KASTATUS_KAIP_INVALID_BMP_FILE},
         {"OS/2 header", With(good, 14, 12), KASTATUS_KAIP_INVALID_BMP_FILE},
         {"4 bits", With(good, 28, 4, 2), KASTATUS_KAIP_INVALID_BMP_FILE},

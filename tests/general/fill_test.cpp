@@ -111,7 +111,7 @@ TEST(FillWithColor, MatchesConversionRules)
                 const uint32_t pad = gen() % 7;
                 GuardedImage img(w, h, format, uint32_t(w * pixel + pad), flags, uint32_t(pixel));
                 FillRandom(img.buffer.data(), img.buffer.size(), seed);
-                std::vector<uint8_t> expected(img.buffer.data(), img.buffer.data() + img.buffer.size());
+                std::vector<uint8_t> expected = Bytes(img);
                 for (uint32_t y = 0; y < h; ++y)
                     for (uint32_t x = 0; x < w; ++x) {
                         const auto bytes = Pixel(format, c, x, y);
@@ -122,7 +122,7 @@ TEST(FillWithColor, MatchesConversionRules)
                 if (format == KaipPixelFormat_Mono8)
                     std::fill(expected.begin(), expected.end(), Pixel(format, c, 0, 0)[0]);
                 ASSERT_EQ(KaipFillWithColor(&img.info, uint8_t(c.r), uint8_t(c.g), uint8_t(c.b)), KASTATUS_OK);
-                ASSERT_EQ(std::vector<uint8_t>(img.buffer.data(), img.buffer.data() + img.buffer.size()), expected);
+                ASSERT_EQ(Bytes(img), expected);
             }
         }
     }
@@ -211,8 +211,7 @@ TEST(FillWithColor, Refusals)
         if (c.spoil) c.spoil(img.info);
         LogCapture log;
         EXPECT_EQ(KaipFillWithColor(c.spoil ? &img.info : nullptr, 1, 2, 3), c.status);
-        EXPECT_EQ(std::vector<uint8_t>(img.buffer.data(), img.buffer.data() + img.buffer.size()),
-                  std::vector<uint8_t>(img.buffer.size(), 0x5A));
+        EXPECT_EQ(Bytes(img), std::vector<uint8_t>(img.buffer.size(), 0x5A));
         EXPECT_EQ(log.Lines(), std::vector<std::string>({c.line}));
     }
 }

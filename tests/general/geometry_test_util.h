@@ -69,12 +69,6 @@ inline std::vector<uint8_t> Bytes(const KaipImgInfo& info)
     return std::vector<uint8_t>(info.pData, info.pData + size_t(info.Height) * info.LineIncrement);
 }
 
-// The whole buffer of a guarded image, whatever its descriptor now says.
-inline std::vector<uint8_t> Bytes(const GuardedImage& img)
-{
-    return std::vector<uint8_t>(img.buffer.data(), img.buffer.data() + img.buffer.size());
-}
-
 inline uint8_t* Pixel(std::vector<uint8_t>& bytes, const KaipImgInfo& info, uint32_t x, uint32_t y)
 {
     return bytes.data() + size_t(y) * info.LineIncrement +

@@ -39,11 +39,6 @@ inline std::unique_ptr<GuardedImage> MakeImage(uint32_t width, uint32_t height, 
     return image;
 }
 
-inline std::vector<uint8_t> Bytes(const GuardedImage& image)
-{
-    return {image.buffer.data(), image.buffer.data() + image.buffer.size()};
-}
-
 // The red, green and blue tables of a LUT as the tests see them.
 using TModelLut = std::array<std::vector<uint32_t>, 3>;
 
@@ -88,25 +83,19 @@ private:
     TModelLut m_tables;
 };
 
-// Random tables in the global LUT of one depth for one scope; the old contents come back afterwards.
+// Random tables in the global LUT of one depth for one scope; it is identity again afterwards.
 class RandomGlobalLut {
 public:
     RandomGlobalLut(unsigned depth, uint32_t seed)
-        : m_save8(g_Lut8),
-          m_save10(std::make_unique<TKaIpLut10>(g_Lut10)),
-          m_save12(std::make_unique<TKaIpLut12>(g_Lut12))
     {
         if (depth == 8) m_tables = FillTables(g_Lut8, depth, seed);
         if (depth == 10) m_tables = FillTables(g_Lut10, depth, seed);
         if (depth == 12) m_tables = FillTables(g_Lut12, depth, seed);
     }
-    ~RandomGlobalLut() { g_Lut8 = m_save8, g_Lut10 = *m_save10, g_Lut12 = *m_save12; }
+    ~RandomGlobalLut() { KaipResetLut(nullptr); }
     const TModelLut& Tables() const { return m_tables; }
 
 private:
-    TKaIpLut8 m_save8;
-    std::unique_ptr<TKaIpLut10> m_save10;
-    std::unique_ptr<TKaIpLut12> m_save12;
     TModelLut m_tables;
 };
 

@@ -36,6 +36,12 @@ struct GuardedImage {
     GuardedBuffer buffer;
 };
 
+// The whole buffer of a guarded image, padding included, whatever its descriptor now says.
+inline std::vector<uint8_t> Bytes(const GuardedImage& img)
+{
+    return {img.buffer.data(), img.buffer.data() + img.buffer.size()};
+}
+
 // Fills bytes from a seeded generator.
 void FillRandom(uint8_t* p, size_t n, uint32_t seed);
 std::vector<uint8_t> RandomBytes(size_t n, uint32_t seed);
