@@ -527,16 +527,17 @@ struct SGrey32 {
     }
 };
 
-// 16 pixels of 3 bytes in the order O to 15-bit (k565 false) or 16-bit words, as Pack555 and Pack565 do, the even
-// pixel pairs (0-1, 4-5, 8-9, 12-13) in one register and the odd ones in another, interleaved by dwords at the end.
-// Dword k of X holds the source bytes 0-3 of its pair, those of Z bytes 2-5 (each picked by one dword shuffle from
-// two loads 24 bytes apart), so lane i of X holds the source word with pixel i's first byte, lane i of Z the one
-// with its third, and every channel byte is the low or the high byte of X or Z. Each channel's top bits reach
-// their field by a multiply per lane (by 2^s for a shift left by s, the high half of a multiply by 2^(16 - s) for a
-// shift right) and a mask; fields of one source and one direction in different lanes share a multiply (a slot).
+// 32 pixels of 3 bytes in the order O to 15-bit (k565 false) or 16-bit words, as Pack555 and Pack565 do. In each
+// half of 16 pixels the even pixel pairs (0-1, 4-5, 8-9, 12-13) lie in one register and the odd ones in another,
+// interleaved by dwords at the end. Dword k of X holds the source bytes 0-3 of its pair, those of Z bytes 2-5 (each
+// picked by one dword shuffle from two loads 24 bytes apart), so lane i of X holds the source word with pixel i's first
+// byte, lane i of Z the one with its third, and every channel byte is the low or the high byte of X or Z. Each
+// channel's top bits reach their field by a multiply per lane (by 2^s for a shift left by s, the high half of a
+// multiply by 2^(16 - s) for a shift right) and a mask; fields of one source and one direction in different lanes share
+// a multiply (a slot).
 template <bool k565, TOrder O>
 struct SBytesToShort {
-    static constexpr uint32_t kPixels = 16, kInBytes = 48, kOutBytes = 32;
+    static constexpr uint32_t kPixels = 32, kInBytes = 96, kOutBytes = 64;
     static constexpr int kAt[3] = {0, 5, k565 ? 11 : 10}, kBits[3] = {5, k565 ? 6 : 5, 5};  // blue, green, red
     // [source X, Z][left, right][slot][lane]
     struct TSlots {
@@ -601,12 +602,15 @@ struct SBytesToShort {
         AddAll<1>(w, Ends(s + 2, s + 26));
         return w;
     }
+    // Two halves of 16 pixels a step, as one leaves the loop's own work too large a share of a step this short.
     template <bool kStream>
     void Run(const uint8_t* s, uint8_t* d) const
     {
-        const __m128i even = Pairs(s), odd = Pairs(s + 6);
-        Store<kStream>(d, _mm_unpacklo_epi32(even, odd));
-        Store<kStream>(d + 16, _mm_unpackhi_epi32(even, odd));
+        for (int h = 0; h < 2; ++h) {
+            const __m128i even = Pairs(s + 48 * h), odd = Pairs(s + 48 * h + 6);
+            Store<kStream>(d + 32 * h, _mm_unpacklo_epi32(even, odd));
+            Store<kStream>(d + 32 * h + 16, _mm_unpackhi_epi32(even, odd));
+        }
     }
 };
 
