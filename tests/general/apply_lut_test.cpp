@@ -33,14 +33,7 @@ const Format kFormats[] = {
 
 KaipImgInfo Image(uint32_t width, uint32_t height, uint32_t format, uint32_t pixelInc, uint32_t lineInc, void* p)
 {
-    KaipImgInfo info{};
-    info.Width = width;
-    info.Height = height;
-    info.PixelFormat = format;
-    info.PixelIncrement = pixelInc;
-    info.LineIncrement = lineInc;
-    info.pData = static_cast<uint8_t*>(p);
-    return info;
+    return {0, width, height, format, 0, pixelInc, lineInc, static_cast<uint8_t*>(p), nullptr, nullptr, nullptr};
 }
 
 // Random channel tables, 16-bit ones with values above the depth's range too.
