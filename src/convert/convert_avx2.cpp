@@ -510,11 +510,12 @@ KAIP_YUV422_CONVERTERS(KAIP_DEFINE_YUV422_CONVERTER)
 KAIP_YUV444_CONVERTERS(KAIP_DEFINE_YUV444_CONVERTER)
 KAIP_YUV411_CONVERTERS(KAIP_DEFINE_YUV411_CONVERTER)
 
-// The 15/16-bit to 24/32-bit members of KAIP_VECTOR_MEMBERS.
-#define KAIP_AVX2_ENTRY(name, R, W, S)                                                                               \
-    int name(KAIP_LINE_PARAMS, bool bReverseLines)                                                                   \
-    {                                                                                                                \
-        return RunLines(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, KPlanes<S, R, W>{dwWidth}); \
+// The 15/16-bit to 24/32-bit members of KAIP_VECTOR_MEMBERS, with the SSE2 build's store choice.
+#define KAIP_AVX2_ENTRY(name, R, W, S)                                                                       \
+    int name(KAIP_LINE_PARAMS, bool bReverseLines)                                                           \
+    {                                                                                                        \
+        return RunLines<kStreamAbove<R, W>>(dwHeight, pSrc, pDst, dwSrcLineInc, dwDstLineInc, bReverseLines, \
+                                            KPlanes<S, R, W>{dwWidth});                                      \
     }
 KAIP_AVX2_ENTRY(Convert_BGR15_to_BGR24, RBGR15, WBGR24, SShort<false>)
 KAIP_AVX2_ENTRY(Convert_BGR15_to_RGB24, RBGR15, WRGB24, SShort<false>)

@@ -278,8 +278,10 @@ struct TShiftPlan : TStep<M, kStepPixels> {
 
 // The image size in bytes above which the SSE2 build stores a destination line on 16 bytes non-temporally when
 // the reader R's pixels go out by the writer W: 1 MiB, the rule of the named variants, unless measured otherwise
-// (frames of 2448x2048 and 641x479, streamed against cached, same runs). The wider builds keep 1 MiB: with
-// SIMD.Level 4 these families measured faster streamed.
+// (frames of 2448x2048 and 641x479, streamed against cached, same runs). The wider builds keep 1 MiB (with
+// SIMD.Level 4 these families measured faster streamed), except that the AVX2 build's 15/16-bit words to 3 or 4
+// bytes take the choices below too: to 3 bytes, six alternated full-frame runs with SIMD.Level 4 gave medians of
+// 0.82-0.83 ms cached against 0.93-0.95 ms streamed.
 // The YUV colour converters never stream, in every build: they are arithmetic rather than moves, and at full
 // frames their destinations measured faster through the cache than streamed past it.
 constexpr uint64_t kNeverStream = ~uint64_t(0);
