@@ -62,8 +62,9 @@ inline int32_t ClampSample(int32_t v)
     return std::min(std::max(v, 0), int32_t(TDepth<Bits>::kMask1));
 }
 
-// The two outer rings of a decoder with a 5x5 support, after its interior: the second ring by
-// the bilinear rule, then the outermost one by the 2x2 block rule.
+// The two outer rings of a decoder with a 5x5 support on an image too small for its interior
+// (below 5x5): the second ring by the bilinear rule, then the outermost one by the 2x2 block
+// rule. Larger images get the same bytes from RingColumns and RingLines.
 inline void FinishFrames(const TBayerJob& job, uint32_t dwDstBytes, KaipHLut hLut)
 {
     const uint32_t w = job.src.Width, h = job.src.Height;
